@@ -1,0 +1,1 @@
+// Only there so that the precompiled headers have a target to be compiled for.
