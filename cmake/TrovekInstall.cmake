@@ -9,8 +9,12 @@ set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/trovek-ui)
 install(TARGETS ${libraries} EXPORT trovek-ui-targets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(TARGETS trovekd ostrand RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-set_target_properties(trovekd ostrand PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+foreach(program trovekd ostrand)
+  if(TARGET ${program})
+    install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+  endif()
+endforeach()
 set_target_properties(${libraries} PROPERTIES INSTALL_RPATH "$ORIGIN")
 
 install(DIRECTORY include/trovek-ui DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
