@@ -4,6 +4,7 @@
 
 #include <json/value.h>
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -20,11 +21,19 @@ class TROVEK_EXPORT EepromMap
 public:
     explicit EepromMap(Json::Value map);
 
+    /**
+     * The map as the client gives it out: every element in its type code's kind, so that two
+     * documents compare equal when their values do. "f", "d" and a fixed-point "H" are real, "I"
+     * without a list of allowed values is unsigned, all other numbers are signed.
+     */
+    static EepromMap fromService(Json::Value map);
+
     const Json::Value& getEepromMap() const { return m_map; }
 
     /**
-     * The entry's values; null when the path is absent or holds another kind. The vector belongs to
-     * the map and is valid until the map changes or goes.
+     * The entry's values; null when the path is absent, holds another kind, or a value does not fit.
+     * The vector belongs to the map and is valid until the map changes or goes; vectors of other
+     * paths stay as they are.
      */
     const std::vector<int>* getInt(const std::string& path) const;
     const std::vector<float>* getFloat(const std::string& path) const;
@@ -37,9 +46,9 @@ public:
 
 private:
     Json::Value m_map;
-    mutable std::vector<int> m_ints;
-    mutable std::vector<float> m_floats;
-    mutable std::vector<std::string> m_strings;
+    mutable std::map<std::string, std::vector<int>> m_ints;
+    mutable std::map<std::string, std::vector<float>> m_floats;
+    mutable std::map<std::string, std::vector<std::string>> m_strings;
 };
 
 } // namespace trovek

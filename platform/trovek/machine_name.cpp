@@ -1,1 +1,9 @@
-namespace trovek {}
+#include "trovek/machine_name.h"
+
+#include <utility>
+
+namespace trovek {
+
+MachineName::MachineName(std::string name) : m_name(std::move(name)) {}
+
+} // namespace trovek

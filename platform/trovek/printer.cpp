@@ -1,1 +1,9 @@
-namespace trovek {}
+#include "trovek/printer.h"
+
+#include <utility>
+
+namespace trovek {
+
+Printer::Printer(Data data) : m_data(std::move(data)) {}
+
+} // namespace trovek
