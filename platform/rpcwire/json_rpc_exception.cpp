@@ -5,13 +5,16 @@
 namespace rpcwire {
 
 JsonRpcException::JsonRpcException(std::string message, Json::Value data, int code)
-    : m_message(std::move(message)), m_data(std::move(data)), m_code(code)
-{
-}
+    : m_message(std::move(message))
+    , m_data(std::move(data))
+    , m_code(code)
+{}
 
 JsonRpcException::~JsonRpcException() = default;
 
-ConnectionError::ConnectionError(const std::string& text) : std::runtime_error(text) {}
+ConnectionError::ConnectionError(const std::string& text)
+    : std::runtime_error(text)
+{}
 
 ConnectionError::~ConnectionError() = default;
 

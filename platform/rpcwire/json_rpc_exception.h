@@ -10,7 +10,8 @@
 
 namespace rpcwire {
 
-/** JSON-RPC 2.0 error codes (jsonrpc.org, section 5.1) and the one for errors that the service names. */
+/** JSON-RPC 2.0 error codes (jsonrpc.org, section 5.1) and the one for errors that the service
+ * names. */
 enum ErrorCode : int {
     ParseError = -32700,
     InvalidRequest = -32600,
