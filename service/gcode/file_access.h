@@ -1,0 +1,34 @@
+#pragma once
+
+#include "gcode_reader.h"
+
+#include <memory>
+#include <string>
+
+class QFile;
+
+namespace trovek::service {
+
+/**
+ * Opens a file that a client named, for reading.
+ *
+ * A regular file only: neither a link, a folder, a device nor a pipe, which could block for ever.
+ * @param path absolute, UTF-8
+ * @throws std::runtime_error for a user, with the path
+ */
+std::unique_ptr<QFile> openInput(const std::string& path);
+
+/**
+ * Opens a file that a client made for the service to write into, and empties it.
+ *
+ * It must be there already: a regular file of the user that the service runs as, with one name only, and
+ * neither it nor its folder may be a link. A file that fails a check keeps its contents. Nothing is created.
+ * @param path absolute, UTF-8
+ * @throws std::runtime_error for a user, with the path
+ */
+std::unique_ptr<QFile> openOutput(const std::string& path);
+
+/** Reads the file from its beginning, whatever was read before; shares its ownership. */
+ByteSource byteSourceOf(std::shared_ptr<QFile> file);
+
+} // namespace trovek::service
