@@ -47,15 +47,16 @@ public:
     const char* what() const noexcept override { return "Canceled"; }
 };
 
-/** Called every few thousand commands with the bytes read up to now; false stops the work. */
+/** Called every kCommandsPerProgress commands with the bytes read up to now; false stops the work. */
 using GCodeProgress = std::function<bool(std::uint64_t bytesRead)>;
+constexpr std::uint64_t kCommandsPerProgress = 4096;
 
 struct GCodeEstimate {
     /** Heating and homing included. */
     double seconds = 0;
     /** Filament pushed less filament pulled back, in millimetres, of tools 0 and 1. */
     std::array<double, 2> filamentMm{};
-    /** Whether a tool is selected by a move that extrudes. */
+    /** Whether any move pushes the tool's filament. */
     std::array<bool, 2> usesTool{};
     std::uint64_t lines = 0;
     std::uint64_t commands = 0;

@@ -48,7 +48,7 @@ public:
     ~MachineFileWriter();
 
     void begin();
-    /** @throws GCodeError when a counter would leave what a file can hold; std::runtime_error from the sink */
+    /** @throws std::runtime_error from the sink */
     void write(const MachineCommand& command);
     /** Ends the build and hands the last bytes to the sink. */
     void finish();
