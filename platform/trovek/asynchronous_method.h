@@ -16,8 +16,11 @@ class Trovek;
  *
  * Set the arguments, then issue() it once. Exactly one of the two handlers is called, once, from
  * the event loop and never inside issue(): with the service's answer, or with an error object when
- * it answers one, refuses the request, or the link is lost or was never there. Destroying the
- * request before drops the answer.
+ * it answers one, refuses the request, or the link is lost or was never there (then the object has
+ * no "data"). Destroying the request before drops the answer; when the client is destroyed before,
+ * neither handler is called any more. Requests have no deadline of their own.
+ *
+ * A handler may destroy the request. An exception that it lets out is logged and dropped.
  */
 class TROVEK_EXPORT AsynchronousMethod
 {
