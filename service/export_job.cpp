@@ -1,0 +1,186 @@
+#include "export_job.h"
+
+#include "background_task.h"
+#include "gcode/machine_definition.h"
+
+#include <trovek/log.h>
+#include <trovek/text.h>
+#include <trovek/wire.h>
+
+#include <algorithm>
+#include <array>
+#include <stdexcept>
+
+namespace trovek::service {
+
+static constexpr char kLogUnit[] = "service\\export_job";
+
+namespace {
+
+constexpr std::size_t kCopyBytes = 1 << 18;
+
+trovek::Job::Data describeJob(const MachineDefinition& machine, const MakeRequest& request,
+                              bool isMachineFile)
+{
+    trovek::Job::Data data;
+    data.name = request.name();
+    data.kind = isMachineFile ? wire::method::kPrintToFile : wire::method::kSlice;
+    data.machine = MachineName(machine.key);
+    return data;
+}
+
+} // namespace
+
+/** What happens on the pool's thread; the job touches it only before and after. */
+class ExportJob::Work
+{
+public:
+    Work(const MachineDefinition& machine, MakeRequest request, std::unique_ptr<QFile> output,
+         std::optional<MachineFileFormat> format)
+        : m_machine(machine)
+        , m_request(std::move(request))
+        , m_output(std::move(output))
+        , m_format(format)
+        , m_inputBytes(static_cast<std::uint64_t>(std::max<qint64>(1, m_request.input->size())))
+    {}
+
+    void run(BackgroundTask::Control& control)
+    {
+        if (m_format)
+            writeMachineCode(control);
+        else
+            writeGCode(control);
+        if (!m_output->flush())
+            throw std::runtime_error(writeError());
+    }
+
+    void emptyOutput() { m_output->resize(0); }
+    const std::string& remarks() const { return m_remarks; }
+
+private:
+    void writeMachineCode(BackgroundTask::Control& control)
+    {
+        const auto open = [this] {
+            return sectionsOf(m_machine, m_request);
+        };
+        const auto sink = [this](const char* bytes, std::size_t size) {
+            write(bytes, size);
+        };
+        const auto progress = [this, &control](std::uint64_t bytesRead) {
+            tell(control, bytesRead / 2);
+            return !control.isCanceled();
+        };
+        const MachineFileResult result =
+            writeMachineFile(m_machine, *m_format, m_request.name(), open, sink, progress);
+        m_remarks = result.estimate.remarks.toString();
+    }
+
+    void writeGCode(BackgroundTask::Control& control)
+    {
+        std::vector<char> buffer(kCopyBytes);
+        std::uint64_t bytesRead = 0;
+        for (const GCodeSection& section : sectionsOf(m_machine, m_request)) {
+            // A file may end without a line break, and code after it must begin a line.
+            if (m_lastByte != '\n')
+                write("\n", 1);
+            while (const std::size_t size = section.source(buffer.data(), buffer.size())) {
+                if (control.isCanceled())
+                    throw GCodeCanceled();
+                write(buffer.data(), size);
+                bytesRead += size;
+                tell(control, bytesRead);
+            }
+        }
+    }
+
+    void write(const char* bytes, std::size_t size)
+    {
+        if (size == 0)
+            return;
+        if (m_output->write(bytes, static_cast<qint64>(size)) != static_cast<qint64>(size))
+            throw std::runtime_error(writeError());
+        m_lastByte = bytes[size - 1];
+    }
+
+    void tell(BackgroundTask::Control& control, std::uint64_t bytes) const
+    {
+        control.setProgress(
+            static_cast<int>(std::min<std::uint64_t>(99, bytes * 100 / m_inputBytes)));
+    }
+
+    std::string writeError() const
+    {
+        return toStdString(QStringLiteral("Cannot write \"%1\": %2")
+                               .arg(m_output->fileName(), m_output->errorString()));
+    }
+
+    const MachineDefinition& m_machine;
+    const MakeRequest m_request;
+    const std::unique_ptr<QFile> m_output;
+    const std::optional<MachineFileFormat> m_format;
+    const std::uint64_t m_inputBytes;
+    char m_lastByte = '\n';
+    std::string m_remarks;
+};
+
+ExportJob::ExportJob(const MachineDefinition& machine, MakeRequest request,
+                     std::unique_ptr<QFile> output, std::optional<MachineFileFormat> format,
+                     QThreadPool& pool, QObject* parent)
+    : RunningJob(describeJob(machine, request, format.has_value()), parent)
+    , m_pool(pool)
+    , m_isModel(request.isModel())
+    , m_work(new Work(machine, std::move(request), std::move(output), format))
+{}
+
+ExportJob::~ExportJob() = default;
+
+void ExportJob::start()
+{
+    if (m_isModel) {
+        conclude(JobFailed, modelRefusal());
+        return;
+    }
+    setStage(QStringLiteral("Writing the file"));
+    m_task = std::make_unique<BackgroundTask>(
+        m_pool, [this](BackgroundTask::Control& control) { m_work->run(control); });
+    connect(m_task.get(), &BackgroundTask::progressed, this, &ExportJob::setProgress);
+    connect(m_task.get(), &BackgroundTask::ended, this, &ExportJob::finish);
+    m_task->start();
+}
+
+void ExportJob::cancel()
+{
+    if (isConcluded())
+        return;
+    m_canceled = true;
+    setStage(QStringLiteral("Canceling"));
+    m_task->cancel();
+}
+
+void ExportJob::abort(const QString& reason)
+{
+    if (isConcluded())
+        return;
+    m_task.reset();
+    m_work->emptyOutput();
+    conclude(JobFailed, reason);
+}
+
+void ExportJob::finish(const QString& error)
+{
+    if (isConcluded())
+        return;
+    if (m_canceled || !error.isEmpty())
+        m_work->emptyOutput();
+    if (m_canceled) {
+        conclude(JobCanceled);
+    } else if (!error.isEmpty()) {
+        conclude(JobFailed, error);
+    } else {
+        if (!m_work->remarks().empty())
+            TROVEK_LOG(1) << "Job " << data().id << ": " << m_work->remarks() << std::endl;
+        conclude(JobEnded);
+    }
+}
+
+} // namespace trovek::service

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QThreadPool>
+
+namespace trovek::service {
+
+class JobList;
+class MachineList;
+class MethodTable;
+
+/**
+ * Everything that makes, asks for or ends a job, and the heaters.
+ * @param machines not owned; must outlive the table, as the others must
+ */
+void addJobMethods(MethodTable& table, MachineList& machines, JobList& jobs, QThreadPool& pool);
+
+} // namespace trovek::service

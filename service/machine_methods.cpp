@@ -1,0 +1,138 @@
+#include "machine_methods.h"
+
+#include "machine.h"
+#include "machine_list.h"
+#include "method_table.h"
+#include "running_job.h"
+
+#include <trovek/wire.h>
+
+namespace trovek::service {
+
+namespace {
+
+Json::Value connectToPort(const MachineList& machines, const Call& call)
+{
+    const std::string port = call.params.string("port");
+    const std::string identity = call.params.optionalString("identity");
+    Machine& machine = machines.machineOnPort(port);
+    if (!identity.empty() && identity != machine.definition().portIdentity) {
+        throw wire::makeError(wire::error::kUnknownPort,
+                              "Another device is attached to this port now: " + port);
+    }
+    machine.open();
+    Json::Value result(Json::objectValue);
+    result["name"] = machine.definition().key;
+    return result;
+}
+
+Json::Value disconnectFromPort(const MachineList& machines, const Call& call)
+{
+    machines.machineOnPort(call.params.string("port"))
+        .close(QStringLiteral("The machine was disconnected"));
+    return Json::Value();
+}
+
+Json::Value simulatedMachines(const MachineList& machines)
+{
+    Json::Value list(Json::arrayValue);
+    for (const auto& machine : machines.machines()) {
+        const MachineDefinition& definition = machine->definition();
+        Json::Value entry(Json::objectValue);
+        entry["name"] = definition.key;
+        entry["display_name"] = definition.displayName;
+        entry["type"] = int(definition.type);
+        entry["type_name"] = machineTypeName(definition.type);
+        entry["plugged_in"] = machine->isPluggedIn();
+        list.append(entry);
+    }
+    return list;
+}
+
+/** A client tells these errors apart by the name in "exception". */
+JsonRpcException eepromError(const char* name, const std::string& text)
+{
+    JsonRpcException error = wire::makeError(name, text);
+    Json::Value data = error.data();
+    data["exception"]["name"] = name;
+    data["exception"]["message"] = text;
+    return JsonRpcException(error.message(), data);
+}
+
+/** No firmware has a map of its memory yet, without which its bytes say nothing. */
+Json::Value refuseEeprom(const MachineList& machines, const Call& call)
+{
+    const Machine& machine = machines.openMachine(call.params.string("machine"));
+    if (machine.job() != nullptr) {
+        throw eepromError(wire::error::kMachineState,
+                          "The machine is busy: " + machine.job()->data().name);
+    }
+    throw eepromError(wire::error::kMissingEepromMap,
+                      "There is no map of the onboard memory for firmware " +
+                          machine.definition().firmwareVersion);
+}
+
+Json::Value refuseDownload(const Call& call)
+{
+    call.params.string("machine");
+    call.params.integer("type");
+    const std::string text =
+        "There is no firmware " + call.params.string("version") + " for this machine";
+    const JsonRpcException error = wire::makeError(wire::error::kFirmwareUnavailable, text);
+    Json::Value data = error.data();
+    data["error"] = text;
+    throw JsonRpcException(text, data);
+}
+
+Json::Value refuseUpload(const MachineList& machines, const Call& call)
+{
+    call.params.string("path");
+    const Machine& machine = machines.openMachine(call.params.string("machine"));
+    if (machine.job() != nullptr) {
+        throw wire::makeError(wire::error::kPrinterThreadNotIdle,
+                              "The machine is busy: " + machine.job()->data().name);
+    }
+    throw wire::makeError(wire::error::kFirmwareUnavailable,
+                          "This file is not in the service's firmware catalogue");
+}
+
+} // namespace
+
+void addMachineMethods(MethodTable& table, MachineList& machines)
+{
+    using namespace wire::method;
+    MachineList* list = &machines;
+    table.add(kConnectToPort, [list](const Call& call) { return connectToPort(*list, call); });
+    table.add(kDisconnectFromPort,
+              [list](const Call& call) { return disconnectFromPort(*list, call); });
+
+    table.add(kSimulatedMachines, [list](const Call&) { return simulatedMachines(*list); });
+    table.add(kSimulatePlugIn, [list](const Call& call) {
+        list->machine(call.params.string("name")).plugIn();
+        return Json::Value();
+    });
+    table.add(kSimulateUnplug, [list](const Call& call) {
+        list->machine(call.params.string("name")).unplug();
+        return Json::Value();
+    });
+
+    table.add(kReadEeprom, [list](const Call& call) { return refuseEeprom(*list, call); });
+    table.add(kWriteEeprom, [list](const Call& call) {
+        call.params.object("map");
+        return refuseEeprom(*list, call);
+    });
+    table.add(kResetEepromCompletely,
+              [list](const Call& call) { return refuseEeprom(*list, call); });
+
+    table.add(kGetUploadableMachines,
+              [list](const Call&) { return wire::toJson(list->machineNames()); });
+    table.add(kGetMachineVersions, [](const Call& call) {
+        call.params.string("machine");
+        call.params.integer("type");
+        return Json::Value(Json::arrayValue);
+    });
+    table.add(kDownloadFirmware, refuseDownload);
+    table.add(kUploadFirmware, [list](const Call& call) { return refuseUpload(*list, call); });
+}
+
+} // namespace trovek::service

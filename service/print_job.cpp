@@ -1,0 +1,117 @@
+#include "print_job.h"
+
+#include "background_task.h"
+
+#include <trovek/log.h>
+#include <trovek/text.h>
+#include <trovek/wire.h>
+
+#include <cmath>
+
+namespace trovek::service {
+
+static constexpr char kLogUnit[] = "service\\print_job";
+
+namespace {
+
+trovek::Job::Data describeJob(const Machine& machine, const MakeRequest& request)
+{
+    trovek::Job::Data data;
+    data.name = request.name();
+    data.kind = wire::method::kPrint;
+    data.machine = MachineName(machine.definition().key);
+    return data;
+}
+
+} // namespace
+
+PrintJob::PrintJob(Machine& machine, MakeRequest request, QThreadPool& pool, QObject* parent)
+    : RunningJob(describeJob(machine, request), parent)
+    , m_machine(machine)
+    , m_request(std::move(request))
+    , m_pool(pool)
+{}
+
+PrintJob::~PrintJob() = default;
+
+void PrintJob::start()
+{
+    if (m_request.isModel()) {
+        conclude(JobFailed, modelRefusal());
+        return;
+    }
+    m_lease = std::make_unique<Machine::Lease>(m_machine, *this);
+    setStage(QStringLiteral("Reading the file"));
+    m_planning = std::make_unique<BackgroundTask>(m_pool, [this](BackgroundTask::Control& control) {
+        const auto goOn = [&control](std::uint64_t) {
+            return !control.isCanceled();
+        };
+        const MachineDefinition& definition = m_machine.definition();
+        m_result = planPrint(definition, sectionsOf(definition, m_request), goOn);
+    });
+    connect(m_planning.get(), &BackgroundTask::ended, this, &PrintJob::print);
+    m_planning->start();
+}
+
+void PrintJob::print(const QString& planningError)
+{
+    if (isConcluded())
+        return;
+    if (!planningError.isEmpty()) {
+        end(JobFailed, planningError);
+        return;
+    }
+    const std::string remarks = m_result.remarks.toString();
+    if (!remarks.empty())
+        TROVEK_LOG(1) << "Job " << data().id << ": " << remarks << std::endl;
+    m_plan = std::make_shared<const MotionPlan>(std::move(m_result.motion));
+
+    MachineDriver& driver = m_machine.driver();
+    connect(&driver, &MachineDriver::changed, this, &PrintJob::update);
+    connect(&driver, &MachineDriver::finished, this, [this] { end(JobEnded); });
+    connect(&driver, &MachineDriver::failed, this,
+            [this](const QString& reason) { end(JobFailed, reason); });
+    driver.run(m_plan);
+    update();
+}
+
+void PrintJob::update()
+{
+    if (isConcluded())
+        return;
+    const MachineDriver::Status status = m_machine.driver().status();
+    setStage(status.heating ? QStringLiteral("Heating") : QStringLiteral("Printing"));
+    // 100 is for what has ended.
+    const double share = m_plan->seconds > 0 ? status.doneSeconds / m_plan->seconds : 0;
+    setProgress(std::min(99, static_cast<int>(share * 100)));
+    const double left = m_plan->seconds - status.doneSeconds + status.waitSeconds;
+    setSecondsLeft(static_cast<int>(std::ceil(std::min(std::max(left, 0.0), 1e9))));
+}
+
+void PrintJob::cancel()
+{
+    end(JobCanceled);
+}
+
+void PrintJob::abort(const QString& reason)
+{
+    end(JobFailed, reason);
+}
+
+void PrintJob::end(JobConclusion conclusion, const QString& failure)
+{
+    if (isConcluded())
+        return;
+    MachineDriver& driver = m_machine.driver();
+    disconnect(&driver, nullptr, this, nullptr);
+    if (m_planning)
+        m_planning->cancel();
+    driver.stop();
+    for (int tool = 0; tool < m_machine.definition().extruders; ++tool)
+        driver.setToolTarget(tool, 0);
+    driver.setPlatformTarget(0);
+    m_lease.reset();
+    conclude(conclusion, failure);
+}
+
+} // namespace trovek::service

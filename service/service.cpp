@@ -1,0 +1,242 @@
+#include "service.h"
+
+#include "job_list.h"
+#include "job_methods.h"
+#include "machine.h"
+#include "machine_list.h"
+#include "machine_methods.h"
+#include "system.h"
+
+#include <trovek/log.h>
+#include <trovek/text.h>
+#include <trovek/wire.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLockFile>
+#include <QThread>
+#include <QThreadPool>
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+namespace trovek::service {
+
+static constexpr char kLogUnit[] = "service\\service";
+
+namespace {
+
+constexpr int kLockWaitMs = 200;
+
+/** Offered by a later version, or by a service that drives scanners. */
+constexpr const char* kMissingMethods[] = {
+    wire::method::kStrandelConfigVersionCheck,
+    wire::method::kUpgradeStrandelConfig,
+    "create_calibrate_camera_job",
+    "create_calibrate_turntable_job",
+    "calibratecamera",
+    "calibratelaser",
+    "calibrateturntable",
+    "loadcalibration",
+    "savecalibration",
+    "read_user_calibration_from_eeprom",
+    "write_user_calibration_to_eeprom",
+    "digitizer_invalidate_user_calibration",
+    "get_digitizer_version",
+    "digitizer_load_name",
+    "digitizer_save_name",
+    "digitizer_camera_device_path",
+    "digitizer_set_enabled_lasers",
+    "captureimage",
+    "capture_image_auto_exposure",
+    "scan",
+    "point_cloud_create",
+    "point_cloud_destroy",
+    "point_cloud_load_from_id",
+    "point_cloud_save",
+    "point_cloud_crop",
+    "point_cloud_process",
+    "point_cloud_coarse_alignment",
+    "point_cloud_fine_alignment",
+    "mesh_create",
+    "mesh_copy",
+    "mesh_destroy",
+    "mesh_load",
+    "mesh_save",
+    "mesh_cut_plane",
+    "mesh_place_on_platform",
+    "mesh_reconstruct_point_cloud",
+};
+
+MachineDefinitions readDefinitions(const QString& path)
+{
+    if (path.isEmpty())
+        return defaultMachineDefinitions();
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) {
+        throw std::runtime_error(
+            toStdString(QStringLiteral("Cannot read the machines file \"%1\"").arg(path)));
+    }
+    return loadMachineDefinitions(file.readAll().toStdString());
+}
+
+/** Holds the state folder for one service. */
+std::unique_ptr<QLockFile> lockStateDir(const QString& stateDir)
+{
+    makePrivateFolder(stateDir);
+    auto lock = std::make_unique<QLockFile>(QDir(stateDir).filePath(QStringLiteral("lock")));
+    lock->setStaleLockTime(0);
+    if (!lock->tryLock(kLockWaitMs)) {
+        throw std::runtime_error(toStdString(
+            QStringLiteral("The state folder \"%1\" is in use by another service").arg(stateDir)));
+    }
+    return lock;
+}
+
+Json::Value nameOf(const Machine& machine)
+{
+    Json::Value value(Json::objectValue);
+    value["name"] = machine.definition().key;
+    return value;
+}
+
+Json::Value idOf(int job)
+{
+    Json::Value value(Json::objectValue);
+    value["id"] = job;
+    return value;
+}
+
+} // namespace
+
+class Service::Private
+{
+public:
+    Private(Service& owner, const ServiceOptions& options);
+
+    void followMachines();
+    void followJobs();
+    void addMethods();
+    Json::Value subscribe(Client& client);
+    void post(const char* method, Json::Value params);
+    void flush();
+
+    Service& q;
+    // The order matters: jobs use machines and the pool, and all of them the folder.
+    const std::unique_ptr<QLockFile> lock;
+    QThreadPool pool;
+    MachineList machines;
+    JobList jobs;
+    MethodTable table;
+    std::vector<std::pair<const char*, Json::Value>> outbox;
+};
+
+Service::Private::Private(Service& owner, const ServiceOptions& options)
+    : q(owner)
+    , lock(lockStateDir(options.stateDir))
+    , machines(readDefinitions(options.machinesFile), options.stateDir, options.timeScale)
+    , jobs(QDir(options.stateDir).filePath(QStringLiteral("jobs.json")))
+{
+    pool.setMaxThreadCount(std::max(2, QThread::idealThreadCount()));
+}
+
+void Service::Private::followMachines()
+{
+    using namespace wire::notification;
+    connect(&machines, &MachineList::attached, &q,
+            [this](const Machine& machine) { post(kPortAttached, wire::toJson(machine.port())); });
+    connect(&machines, &MachineList::detached, &q, [this](const Machine& machine) {
+        Json::Value port(Json::objectValue);
+        port["name"] = machine.definition().portName;
+        port["identity"] = machine.definition().portIdentity;
+        post(kPortDetached, port);
+    });
+    // A port names its machine before that is announced, and as long as it is there.
+    connect(&machines, &MachineList::opened, &q, [this](const Machine& machine) {
+        post(kPortChanged, wire::toJson(machine.port()));
+        post(kPrinterAdded, wire::toJson(machine.printer()));
+    });
+    connect(&machines, &MachineList::closed, &q, [this](const Machine& machine) {
+        post(kPrinterRemoved, nameOf(machine));
+        post(kPortChanged, wire::toJson(machine.port()));
+    });
+    connect(&machines, &MachineList::changed, &q, [this](const Machine& machine) {
+        post(kPrinterChanged, wire::toJson(machine.printer()));
+    });
+}
+
+void Service::Private::followJobs()
+{
+    using namespace wire::notification;
+    connect(&jobs, &JobList::added, &q, [this](int id) { post(kJobAdded, idOf(id)); });
+    connect(&jobs, &JobList::changed, &q, [this](int id) { post(kJobChanged, idOf(id)); });
+    connect(&jobs, &JobList::concluded, &q, [this](int id) { post(kJobConcluded, idOf(id)); });
+}
+
+void Service::Private::addMethods()
+{
+    table.add(wire::method::kSubscribe,
+              [this](const Call& call) { return subscribe(call.client); });
+    addMachineMethods(table, machines);
+    addJobMethods(table, machines, jobs, pool);
+    for (const char* name : kMissingMethods)
+        table.addMissing(name);
+}
+
+Json::Value Service::Private::subscribe(Client& client)
+{
+    // What has happened before is in the result, and must not be told a second time.
+    flush();
+    client.subscribe();
+    Json::Value result(Json::objectValue);
+    result["ports"] = Json::Value(Json::arrayValue);
+    for (const Port::Data& port : machines.ports())
+        result["ports"].append(wire::toJson(port));
+    result["printers"] = Json::Value(Json::arrayValue);
+    for (const Printer::Data& printer : machines.printers())
+        result["printers"].append(wire::toJson(printer));
+    return result;
+}
+
+void Service::Private::post(const char* method, Json::Value params)
+{
+    if (outbox.empty())
+        QMetaObject::invokeMethod(
+            &q, [this] { flush(); }, Qt::QueuedConnection);
+    outbox.emplace_back(method, std::move(params));
+}
+
+void Service::Private::flush()
+{
+    const auto told = std::exchange(outbox, {});
+    for (const auto& [method, params] : told)
+        emit q.notification(method, params);
+}
+
+Service::Service(const ServiceOptions& options, QObject* parent)
+    : QObject(parent)
+    , d(new Private(*this, options))
+{
+    d->followMachines();
+    d->followJobs();
+    d->addMethods();
+    d->machines.start();
+    TROVEK_LOG(1) << "Service ready, state in " << toStdString(options.stateDir) << std::endl;
+}
+
+Service::~Service()
+{
+    d->jobs.abortAll(QStringLiteral("The service was shut down"));
+    d->flush();
+}
+
+void Service::handle(const std::string& method, const Json::Value& params, Client& client,
+                     const Responder& respond)
+{
+    d->table.handle(method, params, client, respond);
+}
+
+} // namespace trovek::service

@@ -1,0 +1,53 @@
+#include "state_file.h"
+
+#include <rpcwire/json_text.h>
+#include <trovek/log.h>
+#include <trovek/text.h>
+
+#include <QFile>
+#include <QSaveFile>
+
+#include <string>
+
+namespace trovek::service {
+
+static constexpr char kLogUnit[] = "service\\state_file";
+
+Json::Value readStateFile(const QString& path)
+{
+    QFile file(path);
+    if (!file.exists())
+        return Json::Value();
+    if (!file.open(QIODevice::ReadOnly)) {
+        TROVEK_LOG(0) << "Cannot read " << toStdString(path) << ": "
+                      << toStdString(file.errorString()) << std::endl;
+        return Json::Value();
+    }
+    const QByteArray bytes = file.readAll();
+    Json::Value value;
+    std::string error;
+    if (!rpcwire::parseJson({bytes.constData(), static_cast<std::size_t>(bytes.size())}, &value,
+                            &error)) {
+        TROVEK_LOG(0) << "Cannot read " << toStdString(path) << ": " << error << std::endl;
+        return Json::Value();
+    }
+    return value;
+}
+
+bool writeStateFile(const QString& path, const Json::Value& value)
+{
+    const std::string line = rpcwire::toJsonLine(value) + "\n";
+    return writeStateBytes(path, QByteArray(line.data(), static_cast<int>(line.size())));
+}
+
+bool writeStateBytes(const QString& path, const QByteArray& bytes)
+{
+    QSaveFile file(path);
+    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())
+        return true;
+    TROVEK_LOG(0) << "Cannot write " << toStdString(path) << ": " << toStdString(file.errorString())
+                  << std::endl;
+    return false;
+}
+
+} // namespace trovek::service

@@ -1,0 +1,290 @@
+#include "virtual_machine.h"
+
+#include "plan_runner.h"
+#include "state_file.h"
+
+#include <trovek/log.h>
+#include <trovek/text.h>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QPointer>
+#include <QTimer>
+
+#include <optional>
+#include <stdexcept>
+
+namespace trovek::service {
+
+static constexpr char kLogUnit[] = "service\\virtual_machine";
+
+namespace {
+
+constexpr int kTickMs = 50;
+constexpr int kSaveMs = 5000;
+/** What a machine takes from the opening of its port until it answers. */
+constexpr double kGreetingSeconds = 1.0;
+constexpr char kErasedByte = '\xff';
+
+double numberOr(const Json::Value& value, double fallback)
+{
+    return value.isNumeric() ? value.asDouble() : fallback;
+}
+
+} // namespace
+
+class VirtualMachine::Private
+{
+public:
+    Private(VirtualMachine& owner, const MachineDefinition& definition_, const QString& folder,
+            double scale);
+
+    void load();
+    void loadMemory();
+    void save();
+    void tick();
+    void letTimePass(double seconds);
+    void wake();
+    void fall(const QString& reason);
+
+    VirtualMachine& q;
+    const MachineDefinition& definition;
+    const QString stateFile;
+    const QString memoryFile;
+    const double timeScale;
+    MachineBody body;
+    QByteArray memory;
+    Printer::State state = Printer::UnknownState;
+    double greetingSeconds = 0;
+    std::optional<PlanRunner> runner;
+    QTimer timer;
+    QElapsedTimer sinceTick;
+    QElapsedTimer sinceSave;
+};
+
+VirtualMachine::Private::Private(VirtualMachine& owner, const MachineDefinition& definition_,
+                                 const QString& folder, double scale)
+    : q(owner)
+    , definition(definition_)
+    , stateFile(QDir(folder).filePath(QStringLiteral("state.json")))
+    , memoryFile(QDir(folder).filePath(QStringLiteral("memory.bin")))
+    , timeScale(scale)
+    , body(definition)
+{
+    load();
+    loadMemory();
+    timer.setInterval(kTickMs);
+    timer.setTimerType(Qt::CoarseTimer);
+    QObject::connect(&timer, &QTimer::timeout, &q, [this] { tick(); });
+    sinceSave.start();
+    wake();
+}
+
+void VirtualMachine::Private::load()
+{
+    const Json::Value saved = readStateFile(stateFile);
+    if (!saved.isObject())
+        return;
+    const Json::Value& tools = saved["tools"];
+    for (std::size_t i = 0; tools.isArray() && i < body.tools.size(); ++i) {
+        const Json::Value tool = tools.get(static_cast<Json::ArrayIndex>(i), Json::Value());
+        body.tools[i].setCelsius(numberOr(tool, HeaterDefinition::kRoomCelsius));
+    }
+    body.platform.setCelsius(numberOr(saved["platform"], HeaterDefinition::kRoomCelsius));
+    const Json::Value& position = saved["position"];
+    for (std::size_t i = 0; position.isArray() && i < 3; ++i) {
+        body.position[i] = numberOr(position.get(static_cast<Json::ArrayIndex>(i), Json::Value()),
+                                    body.position[i]);
+    }
+}
+
+void VirtualMachine::Private::loadMemory()
+{
+    QFile file(memoryFile);
+    if (file.open(QIODevice::ReadOnly))
+        memory = file.read(kMemoryBytes);
+    const int missing = kMemoryBytes - memory.size();
+    if (missing == 0)
+        return;
+    memory.append(missing, kErasedByte);
+    writeStateBytes(memoryFile, memory);
+}
+
+void VirtualMachine::Private::save()
+{
+    Json::Value saved(Json::objectValue);
+    saved["tools"] = Json::Value(Json::arrayValue);
+    for (const Heater& tool : body.tools)
+        saved["tools"].append(tool.celsius());
+    saved["platform"] = body.platform.celsius();
+    saved["position"] = Json::Value(Json::arrayValue);
+    for (const double coordinate : body.position)
+        saved["position"].append(coordinate);
+    writeStateFile(stateFile, saved);
+    sinceSave.restart();
+}
+
+void VirtualMachine::Private::wake()
+{
+    const bool needed = runner || state == Printer::Connecting || !body.isAtRest();
+    if (needed == timer.isActive())
+        return;
+    if (needed) {
+        sinceTick.start();
+        timer.start();
+    } else {
+        timer.stop();
+        save();
+    }
+}
+
+void VirtualMachine::Private::tick()
+{
+    const double seconds = static_cast<double>(sinceTick.nsecsElapsed()) * 1e-9 * timeScale;
+    sinceTick.restart();
+    const QPointer<VirtualMachine> alive(&q);
+    letTimePass(seconds);
+    if (!alive)
+        return;
+    if (sinceSave.elapsed() >= kSaveMs)
+        save();
+    wake();
+    emit q.changed();
+}
+
+void VirtualMachine::Private::letTimePass(double seconds)
+{
+    if (state == Printer::Connecting) {
+        body.heat(seconds);
+        greetingSeconds -= seconds;
+        if (greetingSeconds > 0)
+            return;
+        state = Printer::Idle;
+        emit q.opened();
+        return;
+    }
+    if (!runner) {
+        body.heat(seconds);
+        return;
+    }
+    try {
+        runner->advance(body, seconds);
+    } catch (const std::exception& error) {
+        fall(QString::fromUtf8(error.what()));
+        return;
+    }
+    if (!runner->isFinished())
+        return;
+    runner.reset();
+    state = Printer::Idle;
+    emit q.finished();
+}
+
+void VirtualMachine::Private::fall(const QString& reason)
+{
+    TROVEK_LOG(1) << "Machine \"" << definition.key << "\" stops: " << toStdString(reason)
+                  << std::endl;
+    runner.reset();
+    state = Printer::Idle;
+    emit q.failed(reason);
+}
+
+VirtualMachine::VirtualMachine(const MachineDefinition& definition, const QString& stateFolder,
+                               double timeScale, QObject* parent)
+    : MachineDriver(parent)
+    , d(new Private(*this, definition, stateFolder, timeScale))
+{}
+
+VirtualMachine::~VirtualMachine()
+{
+    d->save();
+}
+
+MachineDriver::Status VirtualMachine::status() const
+{
+    Status status;
+    status.state = d->state;
+    for (const Heater& tool : d->body.tools) {
+        status.toolCelsius.push_back(tool.celsius());
+        status.toolTargets.push_back(tool.target());
+    }
+    status.platformCelsius = d->body.platform.celsius();
+    status.platformTarget = d->body.platform.target();
+    status.position = d->body.position;
+    if (d->runner) {
+        status.doneSeconds = d->runner->doneSeconds();
+        status.heating = d->runner->isHeating(d->body);
+        status.waitSeconds = d->runner->waitSeconds(d->body);
+    }
+    return status;
+}
+
+void VirtualMachine::open()
+{
+    if (d->state != Printer::UnknownState)
+        return;
+    d->state = Printer::Connecting;
+    d->greetingSeconds = kGreetingSeconds;
+    d->wake();
+}
+
+void VirtualMachine::close()
+{
+    d->runner.reset();
+    d->state = Printer::UnknownState;
+    for (Heater& tool : d->body.tools)
+        tool.setTarget(0);
+    d->body.platform.setTarget(0);
+    d->save();
+    d->wake();
+}
+
+void VirtualMachine::run(std::shared_ptr<const MotionPlan> plan)
+{
+    if (d->state != Printer::Idle)
+        throw std::logic_error("The machine is not idle");
+    d->runner.emplace(std::move(plan));
+    d->state = Printer::Running;
+    d->wake();
+}
+
+void VirtualMachine::stop()
+{
+    if (!d->runner)
+        return;
+    d->runner.reset();
+    d->state = Printer::Idle;
+    d->wake();
+}
+
+void VirtualMachine::setToolTarget(int tool, int celsius)
+{
+    d->body.tools.at(static_cast<std::size_t>(tool)).setTarget(celsius);
+    d->wake();
+}
+
+void VirtualMachine::setPlatformTarget(int celsius)
+{
+    d->body.platform.setTarget(celsius);
+    d->wake();
+}
+
+QByteArray VirtualMachine::readMemory(int offset, int size) const
+{
+    return offset < 0 || size < 0 ? QByteArray() : d->memory.mid(offset, size);
+}
+
+bool VirtualMachine::writeMemory(int offset, const QByteArray& bytes)
+{
+    if (offset < 0 || bytes.size() > d->memory.size() || offset > d->memory.size() - bytes.size())
+        return false;
+    QByteArray changed = d->memory;
+    changed.replace(offset, bytes.size(), bytes);
+    if (!writeStateBytes(d->memoryFile, changed))
+        return false;
+    d->memory = changed;
+    return true;
+}
+
+} // namespace trovek::service
