@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::size_t kBufferBytes = 64 * 1024;
 constexpr double kLargestNumber = 1e9;
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr int kLargestCode = 99999;
 
 bool isBlank(char c)
@@ -251,6 +252,8 @@ void GCodeReader::parse(GCodeLine& line) const
     line.m_text = {};
 
     std::string_view text = m_line;
+    if (line.m_number == 1 && text.substr(0, kByteOrderMark.size()) == kByteOrderMark)
+        text.remove_prefix(kByteOrderMark.size());
     WordScanner words(text);
     if (!words.skipToWord()) {
         if (!m_cut || words.inComment())
@@ -287,7 +290,8 @@ void GCodeReader::parse(GCodeLine& line) const
     }
     while (words.skipToWord()) {
         const char name = words.letter();
-        if (name == 0 || line.has(name))
+        // Which of two commands the parameters belong to is anybody's guess.
+        if (name == 0 || name == 'G' || name == 'M' || line.has(name))
             return;
         line.m_present |= GCodeLine::bit(name);
         if (!words.atNumber())

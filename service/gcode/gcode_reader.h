@@ -76,7 +76,7 @@ private:
  * Line numbers ("N10") are skipped, checksums ("*71") checked; comments are what follows a semicolon and
  * what stands in parentheses. Letters may be lower case. A line is unreadable when a word is not a letter
  * with at most one plain decimal number (no exponent, "nan" or "inf"; within +-1e9), when a letter comes
- * twice, when it begins with another letter than G, M or T, or when it is longer than kMaximumLineBytes
+ * twice, when it begins with another letter than G, M or T or holds two commands, or when it is longer than kMaximumLineBytes
  * outside a comment.
  */
 class GCodeReader
