@@ -1,5 +1,7 @@
 #include "export_watch.h"
 
+#include "unknown_job.h"
+
 #include <trovek-ui/trovekqt.h>
 
 #include <trovek/log.h>
@@ -44,33 +46,33 @@ QStringList ExportWatch::unfinished() const
 void ExportWatch::settle()
 {
     QStringList lostNow;
+    bool complete = true;
     for (const auto& [job, destination] : m_pending()) {
         if (m_lost.count(job) > 0)
             continue;
         try {
             const Fate fate = fateOf(job);
-            if (fate == Fate::Running)
-                continue;
-            if (fate != Fate::Concluded) {
+            if (fate == Fate::Failed || fate == Fate::Gone) {
                 TROVEK_LOG(1) << "Export of job " << job << " is lost" << std::endl;
-                lostNow.append(destination);
                 m_lost.insert(job);
+                lostNow.append(destination);
             }
-            // The end came while nobody listened.
-            if (fate != Fate::Gone) {
+            if (fate != Fate::Running && fate != Fate::Gone) {
+                // The end came while nobody listened.
                 emit m_facade.jobChanged(job);
                 emit m_facade.jobConcluded(job);
             }
         } catch (const std::exception& e) {
             // The link is gone again; the next one brings us back here.
             TROVEK_LOG(1) << e.what() << std::endl;
-            return;
+            complete = false;
+            break;
         }
     }
-    if (lostNow.isEmpty())
-        emit settled();
-    else
+    if (!lostNow.isEmpty())
         emit lost(lostNow);
+    else if (complete)
+        emit settled();
 }
 
 ExportWatch::Fate ExportWatch::fateOf(int job)
@@ -78,16 +80,16 @@ ExportWatch::Fate ExportWatch::fateOf(int job)
     try {
         switch (m_facade.jobFromID(job).conclusion()) {
         case trovek::JobEnded:
+        case trovek::JobCanceled:
             return Fate::Concluded;
         case trovek::JobFailed:
-        case trovek::JobCanceled:
             return Fate::Failed;
         default:
             return Fate::Running;
         }
     } catch (const JsonRpcException& e) {
         TROVEK_LOG(1) << "Job " << job << ": " << e.message() << std::endl;
-        return Fate::Gone;
+        return saysUnknownJob(e) ? Fate::Gone : Fate::Running;
     }
 }
 

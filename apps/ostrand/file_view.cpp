@@ -144,6 +144,7 @@ QWidget* FileView::makeDetails()
 
 void FileView::setFile(const QString& path)
 {
+    const bool isOther = path != m_path;
     m_path = path;
     setCurrentIndex(path.isEmpty() ? 0 : 1);
     if (path.isEmpty())
@@ -165,7 +166,7 @@ void FileView::setFile(const QString& path)
     m_make->setEnabled(remark.isEmpty());
     m_make->setToolTip(remark.isEmpty() ? tr("Print this file or export it for a machine (Ctrl+M)")
                                         : remark);
-    if (m_make->isEnabled())
+    if (isOther && m_make->isEnabled())
         m_make->setFocus();
 }
 

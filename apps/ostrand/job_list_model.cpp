@@ -1,5 +1,7 @@
 #include "job_list_model.h"
 
+#include "unknown_job.h"
+
 #include <trovek-ui/trovekqt.h>
 
 #include <trovek/log.h>
@@ -17,14 +19,6 @@ constexpr char kLogUnit[] = "apps\\ostrand\\job_list_model";
 bool isShortMotion(const trovek::Job& job)
 {
     return job.kind() == trovek::wire::method::kJog || job.kind() == trovek::wire::method::kHome;
-}
-
-/** True when the service says that it has no such job. */
-bool saysUnknownJob(const JsonRpcException& e)
-{
-    const Json::Value data = e.data();
-    return data.isObject() && data["name"].isString()
-           && data["name"].asString() == trovek::wire::error::kUnknownJob;
 }
 
 } // namespace
@@ -154,6 +148,14 @@ int JobListModel::runningCount() const
 {
     return static_cast<int>(std::count_if(m_rows.begin(), m_rows.end(),
                                           [this](const Row& row) { return isRunning(row); }));
+}
+
+int JobListModel::runningPrintCount() const
+{
+    int count = 0;
+    for (int row = 0; row < rowCount(); ++row)
+        count += isPrint(row) && isRunning(m_rows[static_cast<std::size_t>(row)]) ? 1 : 0;
+    return count;
 }
 
 int JobListModel::finishedCount() const

@@ -61,6 +61,7 @@ public:
     /** False for exports and the like, which can simply be started again. */
     bool isPrint(int row) const;
     int runningCount() const;
+    int runningPrintCount() const;
     int finishedCount() const;
 
 public slots:

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "pictures.h"
+#include "robot.h"
+
+#include <QPalette>
+
+class QTextStream;
+class QTemporaryDir;
+
+namespace ostrand {
+
+class Host;
+
+/** Saves a picture of every window and message, and a page that shows them all. */
+class Gallery
+{
+public:
+    /** @param lines receives what was done */
+    Gallery(Host& host, const QString& dir, QTextStream& lines);
+
+    /** @return the exit status */
+    int run();
+
+private:
+    void photographMainWindow();
+    void photographJobs();
+    void photographMakeDialog();
+    void photographWidgets();
+    void photographMessages();
+    void photographLostLink();
+    void photograph(QWidget& window, const QString& name, const QString& caption);
+    QString sampleFile(const QString& name, const QByteArray& content) const;
+
+    Host& m_host;
+    QTextStream& m_lines;
+    Pictures m_pictures;
+    Robot m_robot;
+    int m_count = 0;
+};
+
+/** Dark colors for the Fusion style. */
+QPalette darkPalette();
+
+} // namespace ostrand

@@ -1,0 +1,444 @@
+#include "main_window.h"
+
+#include "export_watch.h"
+#include "file_view.h"
+#include "icons.h"
+#include "job_list_model.h"
+#include "jobs_view.h"
+#include "link_indicator.h"
+#include "log_view.h"
+#include "notice_bar.h"
+#include "recent_files.h"
+#include "simulate_menu.h"
+
+#include <trovek-ui/make_gcode_dialog.h>
+#include <trovek-ui/message_box.h>
+#include <trovek-ui/messages.h>
+#include <trovek-ui/trovekqt.h>
+
+#include <trovek/log.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDir>
+#include <QDockWidget>
+#include <QFileInfo>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QScopedValueRollback>
+#include <QSessionManager>
+#include <QSettings>
+#include <QStandardPaths>
+#include <QStatusBar>
+#include <QToolBar>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#include <exception>
+
+namespace ostrand {
+namespace {
+
+constexpr char kLogUnit[] = "apps\\ostrand\\main_window";
+constexpr char kGeometryKey[] = "ostrand/geometry";
+constexpr char kLayoutKey[] = "ostrand/layout";
+constexpr char kLastOpenDirKey[] = "ostrand/lastOpenDir";
+// Raise it when docks or tool bars change so that old layouts no longer fit.
+constexpr int kLayoutVersion = 1;
+
+QString documentsDir()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+}
+
+/** One path a line; a long list ends with how many more there are. */
+QString pathLines(const QStringList& paths)
+{
+    constexpr int kShown = 8;
+    QStringList lines;
+    for (const QString& path : paths.mid(0, kShown))
+        lines.append(QDir::toNativeSeparators(path));
+    if (paths.size() > kShown)
+        lines.append(MainWindow::tr("and %1 more").arg(paths.size() - kShown));
+    return lines.join(QLatin1Char('\n'));
+}
+
+/** Shows a message without waiting for its end. */
+void showLater(trovek::MessageBox* box)
+{
+    if (!box)
+        return;
+    QObject::connect(box, &QDialog::finished, box, &QObject::deleteLater);
+    box->open();
+}
+
+QString firstLocalFile(const QMimeData* data)
+{
+    for (const QUrl& url : data->urls()) {
+        if (url.isLocalFile())
+            return url.toLocalFile();
+    }
+    return QString();
+}
+
+} // namespace
+
+MainWindow::MainWindow(const Surroundings& surroundings, QWidget* parent)
+    : QMainWindow(parent)
+    , m_facade(surroundings.facade)
+    , m_settings(surroundings.settings)
+    , m_link(surroundings.link)
+    , m_exports(surroundings.exports)
+    , m_fileView(new FileView(this))
+    , m_notice(new NoticeBar(this))
+    , m_jobs(new JobListModel(surroundings.facade, this))
+    , m_recentFiles(new RecentFiles(surroundings.settings, this))
+    , m_logView(new LogView(surroundings.log, surroundings.settings))
+{
+    setObjectName(QStringLiteral("mainWindow"));
+    setWindowIcon(applicationIcon());
+    setAcceptDrops(true);
+    setUnifiedTitleAndToolBarOnMac(true);
+
+    auto* middle = new QWidget(this);
+    auto* layout = new QVBoxLayout(middle);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_notice);
+    layout->addWidget(m_fileView, 1);
+    setCentralWidget(middle);
+
+    makeActions();
+    makeDocks();
+    makeMenus();
+    statusBar()->addWidget(new LinkIndicator(m_link, this));
+    connect(m_fileView, &FileView::openRequested, this, &MainWindow::chooseFile);
+    connect(m_fileView, &FileView::makeRequested, this, &MainWindow::make);
+    connect(m_recentFiles, &RecentFiles::chosen, this, &MainWindow::openFile,
+            Qt::QueuedConnection);
+    connectService();
+    restoreLayout();
+    updateActions();
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::makeActions()
+{
+    m_open = new QAction(icon("open"), tr("&Open..."), this);
+    m_open->setObjectName(QStringLiteral("open"));
+    m_open->setShortcut(QKeySequence::Open);
+    m_open->setStatusTip(tr("Open a model or a G-code file"));
+    connect(m_open, &QAction::triggered, this, &MainWindow::chooseFile);
+    m_make = new QAction(icon("make"), tr("&Make..."), this);
+    m_make->setObjectName(QStringLiteral("make"));
+    m_make->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_M));
+    m_make->setStatusTip(tr("Print the file or export it for a machine"));
+    connect(m_make, &QAction::triggered, this, &MainWindow::make);
+    m_quit = new QAction(tr("&Quit"), this);
+    m_quit->setObjectName(QStringLiteral("quit"));
+    m_quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    m_quit->setMenuRole(QAction::QuitRole);
+    connect(m_quit, &QAction::triggered, this, &QWidget::close);
+    m_restart = new QAction(tr("&Restart Background Service"), this);
+    m_restart->setObjectName(QStringLiteral("restartService"));
+    connect(m_restart, &QAction::triggered, this, &MainWindow::restartService);
+    m_reconnect = new QAction(tr("Re&connect Now"), this);
+    m_reconnect->setObjectName(QStringLiteral("reconnect"));
+    m_reconnect->setShortcut(QKeySequence(Qt::Key_F5));
+    connect(m_reconnect, &QAction::triggered, &m_link, &ServiceLink::connectNow);
+    m_saveLog = new QAction(icon("save"), tr("&Save Log..."), this);
+    m_saveLog->setObjectName(QStringLiteral("saveLogAction"));
+    connect(m_saveLog, &QAction::triggered, m_logView, &LogView::save);
+}
+
+void MainWindow::makeDocks()
+{
+    m_jobsDock = new QDockWidget(tr("Jobs"), this);
+    m_jobsDock->setObjectName(QStringLiteral("jobsDock"));
+    m_jobsDock->setWidget(new JobsView(*m_jobs, m_jobsDock));
+    addDockWidget(Qt::BottomDockWidgetArea, m_jobsDock);
+    m_logDock = new QDockWidget(tr("Log"), this);
+    m_logDock->setObjectName(QStringLiteral("logDock"));
+    m_logDock->setWidget(m_logView);
+    addDockWidget(Qt::BottomDockWidgetArea, m_logDock);
+    tabifyDockWidget(m_jobsDock, m_logDock);
+    m_logDock->hide();
+    m_jobsDock->toggleViewAction()->setIcon(icon("jobs"));
+    m_jobsDock->toggleViewAction()->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_J));
+    m_logDock->toggleViewAction()->setIcon(icon("log"));
+    m_logDock->toggleViewAction()->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_L));
+}
+
+void MainWindow::makeMenus()
+{
+    QMenu* fileMenu = menuBar()->addMenu(tr("&File"));
+    fileMenu->addAction(m_open);
+    fileMenu->addMenu(m_recentFiles);
+    fileMenu->addSeparator();
+    fileMenu->addAction(m_quit);
+    menuBar()->addMenu(tr("&Make"))->addAction(m_make);
+    QMenu* services = menuBar()->addMenu(tr("Se&rvices"));
+    services->addActions({m_restart, m_reconnect});
+    auto* simulate = new SimulateMenu(m_facade, this);
+    menuBar()->addMenu(simulate);
+    connect(simulate, &SimulateMenu::failed, this, [this](const QString& text) {
+        m_noticeIsOfLink = false;
+        m_notice->showNotice(QStyle::SP_MessageBoxWarning,
+                             tr("The virtual machine could not be changed"), text);
+    });
+    QMenu* view = menuBar()->addMenu(tr("&View"));
+    view->addActions({m_jobsDock->toggleViewAction(), m_logDock->toggleViewAction()});
+    view->addSeparator();
+    view->addAction(m_saveLog);
+    QMenu* help = menuBar()->addMenu(tr("&Help"));
+    QAction* aboutThis = help->addAction(tr("&About Ostrand"));
+    aboutThis->setMenuRole(QAction::AboutRole);
+    connect(aboutThis, &QAction::triggered, this, &MainWindow::about);
+    connect(help->addAction(tr("About &Qt")), &QAction::triggered, qApp, &QApplication::aboutQt);
+
+    QToolBar* bar = addToolBar(tr("Tool Bar"));
+    bar->setObjectName(QStringLiteral("toolBar"));
+    bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    bar->setIconSize(QSize(24, 24));
+    bar->addActions({m_open, m_make});
+    bar->addSeparator();
+    bar->addActions({m_jobsDock->toggleViewAction(), m_logDock->toggleViewAction()});
+}
+
+void MainWindow::connectService()
+{
+    connect(&m_link, &ServiceLink::stateChanged, this, &MainWindow::showLinkState);
+    connect(&m_exports, &ExportWatch::interrupted, this, &MainWindow::showInterrupted);
+    connect(&m_exports, &ExportWatch::lost, this, &MainWindow::showLost);
+    connect(m_jobs, &QAbstractItemModel::rowsInserted, m_jobsDock, &QWidget::raise);
+}
+
+void MainWindow::restoreLayout()
+{
+    resize(900, 640);
+    restoreGeometry(m_settings.value(QLatin1String(kGeometryKey)).toByteArray());
+    restoreState(m_settings.value(QLatin1String(kLayoutKey)).toByteArray(), kLayoutVersion);
+}
+
+void MainWindow::saveLayout()
+{
+    m_settings.setValue(QLatin1String(kGeometryKey), saveGeometry());
+    m_settings.setValue(QLatin1String(kLayoutKey), saveState(kLayoutVersion));
+}
+
+QString MainWindow::file() const
+{
+    return m_fileView->file();
+}
+
+void MainWindow::openFile(const QString& path)
+{
+    const QFileInfo info(path);
+    if (!info.isFile()) {
+        TROVEK_LOG(1) << "Cannot open " << path.toStdString() << std::endl;
+        m_recentFiles->remove(path);
+        showLater(message::FileNotFound(this).box());
+        return;
+    }
+    m_fileView->setFile(info.absoluteFilePath());
+    m_recentFiles->add(info.absoluteFilePath());
+    m_settings.setValue(QLatin1String(kLastOpenDirKey), info.absolutePath());
+    updateActions();
+}
+
+void MainWindow::chooseFile()
+{
+    try {
+        const QPointer<MainWindow> self(this);
+        const trovek::FileChooserResult chosen = trovek::chooseOpenPath(
+            this, tr("Open"),
+            m_settings.value(QLatin1String(kLastOpenDirKey), documentsDir()).toString(),
+            openFileFilters());
+        if (self && !chosen.cancelled)
+            openFile(chosen.paths.first());
+    } catch (const std::exception& e) {
+        TROVEK_LOG(0) << e.what() << std::endl;
+    }
+}
+
+void MainWindow::make()
+{
+    if (m_makeDialog || file().isEmpty())
+        return;
+    if (const QString reason = whyNotMakeable(file()); !reason.isEmpty()) {
+        // The file may have changed behind our back.
+        m_fileView->setFile(file());
+        m_noticeIsOfLink = false;
+        m_notice->showNotice(QStyle::SP_MessageBoxInformation,
+                             tr("This file cannot be made"), reason);
+        updateActions();
+        return;
+    }
+    try {
+        m_makeDialog = new trovek::MakeGCodeDialog(m_facade, file(), &m_settings, nullptr,
+                                                   documentsDir(), true, this);
+        m_makeDialog->open();
+    } catch (const std::exception& e) {
+        TROVEK_LOG(0) << e.what() << std::endl;
+        delete m_makeDialog;
+        showLater(message::FailedToStartPrint(this).box());
+    }
+}
+
+void MainWindow::updateActions()
+{
+    const QString name = QFileInfo(file()).fileName();
+    setWindowFilePath(file());
+    setWindowTitle(name.isEmpty() ? tr("Ostrand") : tr("%1 - Ostrand").arg(name));
+    m_make->setEnabled(!name.isEmpty() && whyNotMakeable(file()).isEmpty());
+    m_restart->setEnabled(m_link.canRestartService());
+    m_restart->setStatusTip(m_link.canRestartService()
+                                ? tr("End the background service with all of its jobs and start "
+                                     "it again")
+                                : tr("This background service belongs to another program"));
+    m_reconnect->setEnabled(m_link.state() != ServiceLink::Connected);
+}
+
+void MainWindow::showLinkState(ServiceLink::State state)
+{
+    updateActions();
+    if (state == ServiceLink::Connected) {
+        m_wasConnected = true;
+        if (m_noticeIsOfLink)
+            m_notice->hide();
+        m_noticeIsOfLink = false;
+        return;
+    }
+    if (state == ServiceLink::Waiting && !m_wasConnected && !m_saidUnavailable) {
+        m_saidUnavailable = true;
+        showLater(message::BackgroundServiceUnavailable(this).box());
+    }
+    if (state == ServiceLink::Waiting && m_wasConnected && !m_notice->isVisible()) {
+        m_noticeIsOfLink = true;
+        m_notice->showNotice(QStyle::SP_MessageBoxWarning,
+                             tr("The connection to the background service is lost"),
+                             tr("Ostrand tries by itself to connect again."));
+    }
+}
+
+void MainWindow::showInterrupted(const QStringList& destinations)
+{
+    m_noticeIsOfLink = true;
+    m_notice->showNotice(
+        QStyle::SP_MessageBoxWarning, tr("The connection to the background service is lost"),
+        tr("Ostrand tries by itself to connect again. These exports are not finished yet:")
+            + QLatin1Char('\n') + pathLines(destinations));
+}
+
+void MainWindow::showLost(const QStringList& destinations)
+{
+    m_noticeIsOfLink = false;
+    m_notice->showNotice(
+        QStyle::SP_MessageBoxWarning, tr("Exports were lost"),
+        tr("The background service stopped before these files were finished. Please export "
+           "them again:")
+            + QLatin1Char('\n') + pathLines(destinations));
+}
+
+void MainWindow::restartService()
+{
+    if (m_asking)
+        return;
+    const QScopedValueRollback<bool> asking(m_asking, true);
+    if (!m_jobs->runningCount()
+        || confirmEndOfOwnPrints(tr("Restart while jobs are running?"), tr("&Restart")))
+        m_link.restartService();
+}
+
+void MainWindow::about()
+{
+    QMessageBox::about(
+        this, tr("About Ostrand"),
+        tr("<h3>Ostrand %1</h3><p>Prints on 3D printers and exports files for them.</p>")
+            .arg(QApplication::applicationVersion()));
+}
+
+bool MainWindow::mayClose()
+{
+    if (m_asking)
+        return false;
+    const QScopedValueRollback<bool> asking(m_asking, true);
+    try {
+        if (!m_exports.unfinished().isEmpty()
+            && message::UnfinishedExportJobs(this).exec()
+                   != message::UnfinishedExportJobs::CloseOstrand)
+            return false;
+        // A service of somebody else goes on with its prints, ours ends with us.
+        return !m_link.canRestartService() || !m_jobs->runningPrintCount()
+               || confirmEndOfOwnPrints(tr("Quit while printing?"), tr("&Quit"));
+    } catch (const std::exception& e) {
+        TROVEK_LOG(0) << e.what() << std::endl;
+        return true;
+    }
+}
+
+bool MainWindow::confirmEndOfOwnPrints(const QString& heading, const QString& confirm)
+{
+    const QPointer<trovek::MessageBox> box =
+        new trovek::MessageBox({trovek::MessageBox::Button(tr("&Cancel"), 0, 1),
+                                trovek::MessageBox::Button(confirm, 1, 0)},
+                               heading,
+                               tr("The background service ends, and with it the jobs in progress."),
+                               QMessageBox::Question, this);
+    box->maybeShowModal();
+    if (!box)
+        return false;
+    box->deleteLater();
+    return box->finishCode() == 1;
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    if (!mayClose()) {
+        event->ignore();
+        return;
+    }
+    saveLayout();
+    event->accept();
+}
+
+void MainWindow::endSession(QSessionManager& manager)
+{
+    saveLayout();
+    if (m_exports.unfinished().isEmpty() || !manager.allowsInteraction())
+        return;
+    const bool close = mayClose();
+    manager.release();
+    if (!close)
+        manager.cancel();
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (!firstLocalFile(event->mimeData()).isEmpty())
+        event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event)
+{
+    const QString path = firstLocalFile(event->mimeData());
+    if (path.isEmpty())
+        return;
+    event->acceptProposedAction();
+    openFile(path);
+}
+
+void MainWindow::changeEvent(QEvent* event)
+{
+    QMainWindow::changeEvent(event);
+    // What the disk says of the file may have changed while another program was in front.
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() && !file().isEmpty()) {
+        m_fileView->setFile(file());
+        updateActions();
+    }
+}
+
+} // namespace ostrand

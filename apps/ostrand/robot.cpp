@@ -1,0 +1,179 @@
+#include "robot.h"
+
+#include <trovek-ui/message_box.h>
+
+#include <trovek/text.h>
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QComboBox>
+#include <QCompleter>
+#include <QDialogButtonBox>
+#include <QEventLoop>
+#include <QFileDialog>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPointer>
+#include <QPushButton>
+#include <QTimer>
+
+#include <exception>
+#include <stdexcept>
+
+namespace ostrand {
+namespace {
+
+constexpr int kLookEveryMs = 10;
+
+[[noreturn]] void fail(const QString& text)
+{
+    throw std::runtime_error(trovek::toStdString(text));
+}
+
+void press(QWidget& widget, int key, const QString& text = QString())
+{
+    QKeyEvent down(QEvent::KeyPress, key, Qt::NoModifier, text);
+    QApplication::sendEvent(&widget, &down);
+    QKeyEvent up(QEvent::KeyRelease, key, Qt::NoModifier, text);
+    QApplication::sendEvent(&widget, &up);
+}
+
+template <typename T>
+T& child(QWidget& parent, const char* name)
+{
+    if (T* found = parent.findChild<T*>(QLatin1String(name)))
+        return *found;
+    fail(QStringLiteral("There is no %1 in the dialog").arg(QLatin1String(name)));
+}
+
+QString textOf(const QDialog& dialog)
+{
+    QStringList texts;
+    for (const QLabel* label : dialog.findChildren<QLabel*>()) {
+        if (!label->text().isEmpty())
+            texts.append(label->text());
+    }
+    return texts.join(QStringLiteral(": "));
+}
+
+void chooseFilter(QComboBox& filters, const QString& start)
+{
+    int wanted = -1;
+    for (int i = filters.count() - 1; i >= 0; --i) {
+        if (filters.itemText(i).startsWith(start))
+            wanted = i;
+    }
+    if (wanted < 0)
+        fail(QStringLiteral("There is no filter \"%1\"").arg(start));
+    while (filters.currentIndex() != wanted) {
+        const int before = filters.currentIndex();
+        press(filters, before < wanted ? Qt::Key_Down : Qt::Key_Up);
+        if (filters.currentIndex() == before)
+            fail(QStringLiteral("The filter \"%1\" cannot be chosen").arg(start));
+    }
+}
+
+} // namespace
+
+Robot::Robot(int deadlineMs)
+    : m_deadline(deadlineMs)
+{
+}
+
+void Robot::waitFor(const std::function<bool()>& condition, const QString& what)
+{
+    QEventLoop loop;
+    QTimer look;
+    look.setInterval(kLookEveryMs);
+    std::exception_ptr failure;
+    QObject::connect(&look, &QTimer::timeout, &loop, [&] {
+        try {
+            refuseMessages();
+            if (condition())
+                loop.quit();
+            else if (m_deadline.hasExpired())
+                fail(QStringLiteral("Gave up waiting for %1").arg(what));
+        } catch (...) {
+            failure = std::current_exception();
+            loop.quit();
+        }
+    });
+    look.start();
+    loop.exec();
+    if (failure)
+        std::rethrow_exception(failure);
+}
+
+void Robot::clickAndAnswer(const std::function<void()>& click,
+                           const std::function<void(QDialog& dialog)>& answer)
+{
+    QPointer<QWidget> before = QApplication::activeModalWidget();
+    bool answered = false;
+    std::exception_ptr failure;
+    QTimer look;
+    look.setInterval(kLookEveryMs);
+    QObject::connect(&look, &QTimer::timeout, qApp, [&] {
+        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        if (!dialog || dialog == before) {
+            if (m_deadline.hasExpired() && dialog)
+                dialog->reject();
+            return;
+        }
+        try {
+            if (answered || failure || qobject_cast<trovek::MessageBox*>(dialog))
+                fail(textOf(*dialog));
+            // The answer opens no event loop of its own, so this cannot be entered twice.
+            answered = true;
+            answer(*dialog);
+        } catch (...) {
+            if (!failure)
+                failure = std::current_exception();
+            dialog->reject();
+        }
+    });
+    look.start();
+    click();
+    look.stop();
+    if (failure)
+        std::rethrow_exception(failure);
+    if (!answered)
+        fail(QStringLiteral("No dialog came"));
+}
+
+void Robot::fillFileDialog(QDialog& dialog, const QString& path, const QString& filterStart,
+                           const std::function<void()>& beforeAccepting)
+{
+    if (!filterStart.isEmpty())
+        chooseFilter(child<QComboBox>(dialog, "fileTypeCombo"), filterStart);
+    auto& name = child<QLineEdit>(dialog, "fileNameEdit");
+    name.setFocus();
+    name.selectAll();
+    press(name, Qt::Key_Backspace);
+    for (const QChar& character : path)
+        press(name, Qt::Key_unknown, character);
+    if (name.completer())
+        name.completer()->popup()->hide();
+    if (beforeAccepting)
+        beforeAccepting();
+    auto& buttons = child<QDialogButtonBox>(dialog, "buttonBox");
+    for (const auto which : {QDialogButtonBox::Save, QDialogButtonBox::Open}) {
+        if (QPushButton* button = buttons.button(which)) {
+            button->click();
+            return;
+        }
+    }
+    fail(QStringLiteral("The file dialog has no button to accept with"));
+}
+
+void Robot::refuseMessages()
+{
+    auto* dialog = qobject_cast<trovek::MessageBox*>(QApplication::activeModalWidget());
+    if (!dialog)
+        return;
+    const QString text = textOf(*dialog);
+    dialog->reject();
+    fail(text);
+}
+
+} // namespace ostrand

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QDeadlineTimer>
+#include <QString>
+
+#include <functional>
+
+class QAbstractButton;
+class QDialog;
+class QWidget;
+
+namespace ostrand {
+
+/**
+ * Uses windows as a user does, and waits for what they do.
+ *
+ * Everything waits for a condition until one deadline for all. A message box that nobody expects
+ * ends the wait: it is closed and its text is thrown.
+ */
+class Robot
+{
+public:
+    explicit Robot(int deadlineMs);
+
+    /**
+     * Runs the event loop until the condition holds.
+     * @param what for the text that is thrown when it does not, for example "the print's end"
+     * @throws std::runtime_error
+     */
+    void waitFor(const std::function<bool()>& condition, const QString& what);
+
+    /**
+     * Clicks, and answers the modal dialog that this opens while the click is still under way.
+     * @param answer may throw; the dialog is closed then
+     * @throws std::runtime_error what the answer threw, or that no such dialog came
+     */
+    void clickAndAnswer(const std::function<void()>& click,
+                        const std::function<void(QDialog& dialog)>& answer);
+
+    /** Types a path into a file dialog, chooses the filter whose text begins so, and accepts. */
+    static void fillFileDialog(QDialog& dialog, const QString& path, const QString& filterStart,
+                               const std::function<void()>& beforeAccepting = nullptr);
+
+private:
+    void refuseMessages();
+
+    QDeadlineTimer m_deadline;
+};
+
+} // namespace ostrand
