@@ -1,8 +1,10 @@
 #include "rpcwire/peer.h"
 
+#include "rpcwire/delivery_queue.h"
 #include "rpcwire/frame_splitter.h"
 #include "rpcwire/json_text.h"
 #include "rpcwire/message.h"
+#include "rpcwire/pending_requests.h"
 #include "rpcwire/socket.h"
 
 #include <QDeadlineTimer>
@@ -10,9 +12,7 @@
 #include <QScopedValueRollback>
 #include <QTimer>
 
-#include <deque>
 #include <limits>
-#include <map>
 #include <optional>
 #include <set>
 #include <utility>
@@ -44,14 +44,6 @@ class Peer::Private
 public:
     enum class State { Open, Closing, Closed };
 
-    /** A request of ours whose handler has not run. */
-    struct PendingRequest
-    {
-        AnswerHandler handler;
-        /** Its end is queued for delivery. */
-        bool concluded = false;
-    };
-
     /** The one call that waits. */
     struct WaitingCall
     {
@@ -75,15 +67,11 @@ public:
     void write(std::string line);
     void conclude(const Request& request, std::string line);
 
-    void enqueue(std::function<void()> delivery);
-    void scheduleDelivery();
-    void deliverNext();
-    void enqueueOutcome(int id, Json::Value result, std::shared_ptr<std::exception> error);
-    void enqueueFailure(int id, const std::string& text);
+    void deliverOutcome(int id, Json::Value result, std::shared_ptr<std::exception> error);
+    void deliverFailure(int id, const std::string& text);
     void runHandler(int id, const Json::Value& result, const std::exception* error);
 
     void close(const std::string& reason);
-    void finish();
 
     Peer* const q;
     const Limits limits;
@@ -98,14 +86,11 @@ public:
     int lastId = 0;
     quint64 callCount = 0;
     WaitingCall* waiting = nullptr;
-    std::map<int, PendingRequest> pending;
-    /** Requests of ours that still get an answer which nobody wants. */
-    std::set<int> forgotten;
+    PendingRequests pending;
     /** Ids of the other side's requests; nothing keeps it from using one twice. */
     std::multiset<Json::Value> unanswered;
 
-    std::deque<std::function<void()>> deliveries;
-    bool deliveryScheduled = false;
+    DeliveryQueue deliveries;
 };
 
 Peer::Private::Private(Peer* peer, QIODevice* device, const Limits& peerLimits)
@@ -113,6 +98,7 @@ Peer::Private::Private(Peer* peer, QIODevice* device, const Limits& peerLimits)
     , limits(peerLimits)
     , socket(device)
     , splitter(static_cast<std::size_t>(peerLimits.frameBytes))
+    , deliveries(peer, [this] { readAvailable(); })
 {}
 
 void Peer::Private::log(int severity, const std::string& text) const
@@ -176,9 +162,10 @@ void Peer::Private::handleFrame(std::string_view frame)
         handleRequest(std::move(message));
         break;
     case Message::Kind::Notification:
-        enqueue([this, method = std::move(message.method), params = std::move(message.params)] {
-            emit q->notificationReceived(method, params);
-        });
+        deliveries.append(
+            [this, method = std::move(message.method), params = std::move(message.params)] {
+                emit q->notificationReceived(method, params);
+            });
         break;
     case Message::Kind::Answer:
         handleAnswer(std::move(message));
@@ -203,8 +190,9 @@ void Peer::Private::handleRequest(Message message)
         return;
     }
     unanswered.insert(message.id);
-    enqueue([this, request = Request{std::move(message.method), std::move(message.params),
-                                     std::move(message.id)}] { emit q->requestReceived(request); });
+    deliveries.append(
+        [this, request = Request{std::move(message.method), std::move(message.params),
+                                 std::move(message.id)}] { emit q->requestReceived(request); });
 }
 
 void Peer::Private::handleAnswer(Message message)
@@ -214,17 +202,20 @@ void Peer::Private::handleAnswer(Message message)
         waiting->answer = std::move(message);
         return;
     }
-    if (forgotten.erase(id) > 0)
-        return;
-    const auto request = pending.find(id);
-    if (request == pending.end() || request->second.concluded) {
-        log(0, "Dropped the answer to the unknown request " + toJsonLine(message.id));
-        return;
+    switch (pending.conclude(id)) {
+    case PendingRequests::Conclusion::Wanted: {
+        std::shared_ptr<std::exception> error;
+        if (message.error)
+            error = std::make_shared<JsonRpcException>(*message.error);
+        deliverOutcome(id, std::move(message.result), std::move(error));
+        break;
     }
-    std::shared_ptr<std::exception> error;
-    if (message.error)
-        error = std::make_shared<JsonRpcException>(*message.error);
-    enqueueOutcome(id, std::move(message.result), std::move(error));
+    case PendingRequests::Conclusion::Forgotten:
+        break;
+    case PendingRequests::Conclusion::Unknown:
+        log(0, "Dropped the answer to the unknown request " + toJsonLine(message.id));
+        break;
+    }
 }
 
 /** Says so to the other side, which may be a program in the making, and closes. */
@@ -276,64 +267,29 @@ void Peer::Private::conclude(const Request& request, std::string line)
     write(std::move(line));
 }
 
-void Peer::Private::enqueue(std::function<void()> delivery)
-{
-    deliveries.push_back(std::move(delivery));
-    scheduleDelivery();
-}
-
-void Peer::Private::scheduleDelivery()
-{
-    if (deliveryScheduled)
-        return;
-    deliveryScheduled = true;
-    QMetaObject::invokeMethod(
-        q, [this] { deliverNext(); }, Qt::QueuedConnection);
-}
-
-void Peer::Private::deliverNext()
-{
-    deliveryScheduled = false;
-    if (deliveries.empty())
-        return;
-    const std::function<void()> delivery = std::move(deliveries.front());
-    deliveries.pop_front();
-    if (deliveries.size() <= kMaxBacklog)
-        readAvailable();
-    // Before the delivery, since a receiver may run an event loop of its own or delete the peer.
-    if (!deliveries.empty())
-        scheduleDelivery();
-    delivery();
-}
-
-void Peer::Private::enqueueOutcome(int id, Json::Value result,
+void Peer::Private::deliverOutcome(int id, Json::Value result,
                                    std::shared_ptr<std::exception> error)
 {
-    pending[id].concluded = true;
-    enqueue([this, id, result = std::move(result), error = std::move(error)] {
+    deliveries.append([this, id, result = std::move(result), error = std::move(error)] {
         runHandler(id, result, error.get());
     });
 }
 
-void Peer::Private::enqueueFailure(int id, const std::string& text)
+void Peer::Private::deliverFailure(int id, const std::string& text)
 {
-    enqueueOutcome(id, Json::Value(), std::make_shared<ConnectionError>(text));
+    deliverOutcome(id, Json::Value(), std::make_shared<ConnectionError>(text));
 }
 
 void Peer::Private::runHandler(int id, const Json::Value& result, const std::exception* error)
 {
-    const auto request = pending.find(id);
-    if (request == pending.end())
-        return;
-    const AnswerHandler handler = std::move(request->second.handler);
-    pending.erase(request);
+    const AnswerHandler handler = pending.takeHandler(id);
     if (!handler)
         return;
+    // The handler may delete the peer.
     const std::shared_ptr<const LogFunction> logAfterwards = logFunction;
     try {
         handler(result, error);
     } catch (const std::exception& exception) {
-        // The handler may have deleted the peer.
         if (logAfterwards && *logAfterwards)
             (*logAfterwards)(0, std::string("A handler of an answer failed: ") + exception.what());
     }
@@ -345,18 +301,11 @@ void Peer::Private::close(const std::string& reason)
         return;
     if (closeReason.empty())
         closeReason = reason;
-    finish();
-    socket.abort();
-}
-
-void Peer::Private::finish()
-{
     state = State::Closed;
-    for (const auto& [id, request] : pending) {
-        if (!request.concluded)
-            enqueueFailure(id, closeReason);
-    }
-    enqueue([this, reason = closeReason] { emit q->closed(reason); });
+    for (const int id : pending.concludeAll())
+        deliverFailure(id, closeReason);
+    deliveries.append([this, text = closeReason] { emit q->closed(text); });
+    socket.abort();
 }
 
 Peer::Peer(QIODevice* socket, const Limits& limits, QObject* parent)
@@ -432,25 +381,21 @@ Json::Value Peer::call(const std::string& method, const Json::Value& params, int
 int Peer::request(const std::string& method, const Json::Value& params, AnswerHandler handler)
 {
     const int id = d->takeId();
-    d->pending[id].handler = std::move(handler);
     std::string line = requestLine(id, method, params);
-    if (!isOpen())
-        d->enqueueFailure(id, d->closeReason);
-    else if (d->isTooLarge(line))
-        d->enqueueFailure(id, kTooLarge);
-    else
+    const bool sendable = isOpen() && !d->isTooLarge(line);
+    d->pending.add(id, std::move(handler));
+    if (sendable) {
         d->write(std::move(line));
+    } else {
+        d->pending.conclude(id);
+        d->deliverFailure(id, isOpen() ? kTooLarge : d->closeReason);
+    }
     return id;
 }
 
 void Peer::forget(int request)
 {
-    const auto pending = d->pending.find(request);
-    if (pending == d->pending.end())
-        return;
-    if (!pending->second.concluded)
-        d->forgotten.insert(request);
-    d->pending.erase(pending);
+    d->pending.forget(request);
 }
 
 void Peer::notify(const std::string& method, const Json::Value& params)

@@ -71,6 +71,11 @@ FarEnd::~FarEnd()
     m_thread.wait();
 }
 
+QByteArray object(const QByteArray& members)
+{
+    return R"({"jsonrpc":"2.0",)" + members + "}\n";
+}
+
 void writeNow(QIODevice& socket, const QByteArray& bytes)
 {
     socket.write(bytes);

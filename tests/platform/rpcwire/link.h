@@ -49,6 +49,8 @@ private:
     QThread m_thread;
 };
 
+/** A JSON-RPC message with these members, and its line break. */
+QByteArray object(const QByteArray& members);
 /** Writes and makes sure that the bytes are on their way as a piece of their own. */
 void writeNow(QIODevice& socket, const QByteArray& bytes);
 /** Ends the connection without a word. */

@@ -18,11 +18,6 @@ namespace {
 /** No call of these tests may take so long, unless it waits for its deadline. */
 constexpr int kLongMs = 60000;
 
-QByteArray object(const QByteArray& members)
-{
-    return R"({"jsonrpc":"2.0",)" + members + "}\n";
-}
-
 QByteArray notification(int number)
 {
     return object(R"("method":"n","params":[)" + QByteArray::number(number) + "]");

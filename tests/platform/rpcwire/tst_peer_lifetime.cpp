@@ -13,11 +13,6 @@ namespace {
 
 const QString kClosedByOther = QStringLiteral("Connection closed by the other side");
 
-QByteArray object(const QByteArray& members)
-{
-    return R"({"jsonrpc":"2.0",)" + members + "}\n";
-}
-
 } // namespace
 
 /** How a peer's connection ends, and what may happen to a peer while it delivers. */
