@@ -40,6 +40,17 @@ Json::Value protocolVersion()
     return version;
 }
 
+/** Its data also has the service's version, for clients with texts of their own. */
+JsonRpcException otherVersion(int major, int minor)
+{
+    const std::string text = "The service speaks protocol version "
+        + std::to_string(wire::kProtocolMajor) + "." + std::to_string(wire::kProtocolMinor)
+        + ", the client " + std::to_string(major) + "." + std::to_string(minor);
+    Json::Value data = wire::makeError(wire::error::kProtocolVersion, text).data();
+    data["version"] = protocolVersion();
+    return JsonRpcException(text, data);
+}
+
 } // namespace
 
 Session::Session(Service& service, QIODevice* socket, const QByteArray& token, QObject* parent)
@@ -109,13 +120,8 @@ void Session::checkGreeting(const Params& params) const
     const int major = version.integer("major");
     const int minor = version.integer("minor");
     const std::string name = params.optionalString("client");
-    if (major != wire::kProtocolMajor) {
-        throw wire::makeError(wire::error::kProtocolVersion,
-                              "The service speaks protocol version " +
-                                  std::to_string(wire::kProtocolMajor) + "." +
-                                  std::to_string(wire::kProtocolMinor) + ", the client " +
-                                  std::to_string(major) + "." + std::to_string(minor));
-    }
+    if (major != wire::kProtocolMajor)
+        throw otherVersion(major, minor);
     const std::string token = params.optionalString("token");
     if (!m_token.isEmpty() && !equalInConstantTime(m_token, QByteArray::fromStdString(token)))
         throw wire::makeError(wire::error::kAccessDenied, "The token is not the service's");
