@@ -16,6 +16,15 @@ public:
     /** Called inside every hook, after it was written down. */
     std::function<void(const std::string& event)> onEvent;
 
+    /** All events so far, with ", " between. */
+    std::string story() const
+    {
+        std::string text;
+        for (const std::string& event : events)
+            text += (text.empty() ? "" : ", ") + event;
+        return text;
+    }
+
 protected:
     void emitPrinterAdded(Printer* printer) override { record("printerAdded " + nameOf(printer)); }
     void emitPrinterRemoved(Printer* printer) override

@@ -1,0 +1,230 @@
+#include "support/thrown_text.h"
+
+#include <rpcwire/json_text.h>
+#include <trovek/eeprom_map.h>
+
+#include <QTest>
+
+using trovek::EepromMap;
+
+namespace {
+
+Json::Value json(const QByteArray& text)
+{
+    Json::Value value;
+    if (!rpcwire::parseJson(std::string_view(text.constData(), std::size_t(text.size())), &value,
+                            nullptr))
+        qFatal("Test data is not JSON");
+    return value;
+}
+
+Json::Value document()
+{
+    return json(R"({
+        "version": 3,
+        "eeprom_map": {
+            "toolhead_count": {"offset": "0", "type": "B", "value": [2]},
+            "name": {"offset": "1", "type": "s", "value": ["left"]},
+            "steps": {"offset": "2", "type": "ff", "value": [1.5, 2]},
+            "wide": {"offset": "3", "type": "I", "value": [4294967295]},
+            "acceleration": {"offset": "4", "sub_map": {
+                "rate": {"offset": "0", "type": "hh", "value": [-5, 7]},
+                "inner": {"sub_map": {
+                    "on": {"offset": "0", "type": "B", "value": [1]}}}}},
+            "fixed": {"offset": "5", "type": "H", "floating_point": "True", "value": [0.25]},
+            "mixed": {"offset": "6", "type": "BB", "value": [1, "x"]},
+            "untyped": {"offset": "7", "value": [1]},
+            "scalar": {"offset": "8", "type": "B", "value": 1},
+            "text": "no entry"
+        }
+    })");
+}
+
+} // namespace
+
+class tst_EepromMap : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void theDocumentIsKept();
+    void readsByKind();
+    void whatIsNotThereIsNull_data();
+    void whatIsNotThereIsNull();
+    void documentsOfAnyShapeAreHarmless_data();
+    void documentsOfAnyShapeAreHarmless();
+    void pointersOfOtherPathsStay();
+    void writesIntoTheDocument();
+    void onlyEntriesAreWritten();
+    void theServicesValuesGetTheirKind_data();
+    void theServicesValuesGetTheirKind();
+    void nestedValuesGetTheirKind();
+};
+
+void tst_EepromMap::theDocumentIsKept()
+{
+    QVERIFY(EepromMap(document()).getEepromMap() == document());
+}
+
+void tst_EepromMap::readsByKind()
+{
+    const EepromMap map(document());
+    QCOMPARE(*map.getInt("toolhead_count"), std::vector<int>{2});
+    QCOMPARE(*map.getString("name"), std::vector<std::string>{"left"});
+    QCOMPARE(*map.getFloat("steps"), (std::vector<float>{1.5F, 2.0F}));
+    QCOMPARE(*map.getInt("acceleration.rate"), (std::vector<int>{-5, 7}));
+    QCOMPARE(*map.getInt("acceleration.inner.on"), std::vector<int>{1});
+    QCOMPARE(*map.getFloat("fixed"), std::vector<float>{0.25F});
+}
+
+void tst_EepromMap::whatIsNotThereIsNull_data()
+{
+    QTest::addColumn<QByteArray>("path");
+    for (const char* const path :
+         {"missing", "", ".", "acceleration", "acceleration.", "acceleration.missing",
+          "toolhead_count.x", "text", "text.x", "mixed", "untyped", "scalar", "rate",
+          "eeprom_map.toolhead_count", "version", "wide"})
+        QTest::newRow(*path ? path : "empty") << QByteArray(path);
+}
+
+void tst_EepromMap::whatIsNotThereIsNull()
+{
+    QFETCH(QByteArray, path);
+    const EepromMap map(document());
+    QVERIFY(!map.getInt(path.toStdString()));
+    QVERIFY(!map.getFloat(path.toStdString()));
+    QVERIFY(!map.getString(path.toStdString()));
+    QVERIFY(!map.getFloat("toolhead_count"));
+    QVERIFY(!map.getString("toolhead_count"));
+    QVERIFY(!map.getInt("steps"));
+    QVERIFY(!map.getInt("fixed"));
+    QVERIFY(!map.getInt("name"));
+}
+
+void tst_EepromMap::documentsOfAnyShapeAreHarmless_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    for (const char* const text :
+         {"null", "5", "[]", "\"x\"", "{}", R"({"eeprom_map": 5})", R"({"eeprom_map": []})",
+          R"({"eeprom_map": {"a": null}})", R"({"eeprom_map": {"a": {"type": 5, "value": [1]}}})",
+          R"({"eeprom_map": {"a": {"type": "", "value": []}}})",
+          R"({"eeprom_map": {"a": {"type": "x", "value": [1]}}})",
+          R"({"eeprom_map": {"a": {"sub_map": []}}})"})
+        QTest::newRow(text) << QByteArray(text);
+}
+
+void tst_EepromMap::documentsOfAnyShapeAreHarmless()
+{
+    QFETCH(QByteArray, text);
+    EepromMap map = EepromMap::fromService(json(text));
+    QVERIFY(map.getEepromMap() == json(text));
+    QVERIFY(!map.getInt("a"));
+    QVERIFY(!map.getInt("a.b"));
+    QCOMPARE(thrownText([&] { map.setInt("a", {1}); }), std::string("No such EEPROM entry: a"));
+    QVERIFY(map.getEepromMap() == json(text));
+}
+
+void tst_EepromMap::pointersOfOtherPathsStay()
+{
+    const EepromMap map(document());
+    const std::vector<int>* const count = map.getInt("toolhead_count");
+    const std::vector<int>* const rate = map.getInt("acceleration.rate");
+    QVERIFY(count != rate);
+    QCOMPARE(*count, std::vector<int>{2});
+    QCOMPARE(map.getInt("toolhead_count"), count);
+}
+
+void tst_EepromMap::writesIntoTheDocument()
+{
+    EepromMap map(document());
+    map.setInt("acceleration.rate", {1, 2});
+    map.setFloat("steps", {0.5F, 3.0F});
+    map.setString("name", {"right"});
+    map.setInt("wide", {7});
+
+    Json::Value expected = document();
+    expected["eeprom_map"]["acceleration"]["sub_map"]["rate"]["value"] = json("[1, 2]");
+    expected["eeprom_map"]["steps"]["value"] = json("[0.5, 3.0]");
+    expected["eeprom_map"]["name"]["value"] = json(R"(["right"])");
+    expected["eeprom_map"]["wide"]["value"][0] = Json::UInt64(7);
+    QVERIFY(map.getEepromMap() == expected);
+    QCOMPARE(*map.getInt("acceleration.rate"), (std::vector<int>{1, 2}));
+}
+
+void tst_EepromMap::onlyEntriesAreWritten()
+{
+    EepromMap map(document());
+    for (const char* const path : {"missing", "acceleration", "text", "untyped", ""}) {
+        const std::string expected = std::string("No such EEPROM entry: ") + path;
+        QCOMPARE(thrownText([&] { map.setInt(path, {1}); }), expected);
+        QCOMPARE(thrownText([&] { map.setFloat(path, {1}); }), expected);
+        QCOMPARE(thrownText([&] { map.setString(path, {"a"}); }), expected);
+    }
+    QVERIFY(map.getEepromMap() == document());
+}
+
+void tst_EepromMap::theServicesValuesGetTheirKind_data()
+{
+    QTest::addColumn<QByteArray>("entry");
+    QTest::addColumn<QByteArray>("element");
+    QTest::addColumn<int>("kind");
+
+    const auto row = [](const char* name, const char* entry, const char* element,
+                        Json::ValueType kind) {
+        QTest::newRow(name) << QByteArray(entry) << QByteArray(element) << int(kind);
+    };
+    row("whole float", R"("type": "f")", "2", Json::realValue);
+    row("whole double", R"("type": "d")", "2", Json::realValue);
+    row("fixed point", R"("type": "H", "floating_point": "True")", "2", Json::realValue);
+    row("fixed point off by a truth value", R"("type": "H", "floating_point": true)", "2",
+        Json::intValue);
+    row("unsigned 16 bit", R"("type": "H")", "65535", Json::intValue);
+    row("unsigned 32 bit", R"("type": "I")", "5", Json::uintValue);
+    row("unsigned 32 bit, written as a real", R"("type": "I")", "5.0", Json::uintValue);
+    row("unsigned 32 bit, negative all the same", R"("type": "I")", "-5", Json::intValue);
+    row("unsigned 32 bit with a list", R"("type": "I", "constraints": "l,0,5")", "5",
+        Json::intValue);
+    row("unsigned 32 bit with a range", R"("type": "I", "constraints": "m,0,5")", "5",
+        Json::uintValue);
+    row("unsigned 32 bit with an odd constraint", R"("type": "I", "constraints": 5)", "5",
+        Json::uintValue);
+    row("unsigned 8 bit", R"("type": "B")", "255", Json::intValue);
+    row("signed, written as a real", R"("type": "b")", "-3.0", Json::intValue);
+    row("signed with a fraction stays", R"("type": "b")", "3.5", Json::realValue);
+    row("signed 64 bit", R"("type": "q")", "9223372036854775807", Json::intValue);
+    row("signed 64 bit too large stays", R"("type": "q")", "9223372036854775808", Json::uintValue);
+    row("text", R"("type": "s")", "\"5\"", Json::stringValue);
+    row("text where a number belongs", R"("type": "B")", "\"5\"", Json::stringValue);
+    row("truth value where a number belongs", R"("type": "B")", "true", Json::booleanValue);
+    row("nothing where a number belongs", R"("type": "f")", "null", Json::nullValue);
+    row("unknown type", R"("type": "x")", "2.0", Json::realValue);
+}
+
+void tst_EepromMap::theServicesValuesGetTheirKind()
+{
+    QFETCH(QByteArray, entry);
+    QFETCH(QByteArray, element);
+    QFETCH(int, kind);
+    const Json::Value given = json(R"({"eeprom_map": {"a": {"offset": "0", )" + entry
+                                   + R"(, "value": [)" + element + "]}}}");
+    const Json::Value taken = EepromMap::fromService(given).getEepromMap();
+    const Json::Value& value = taken["eeprom_map"]["a"]["value"][0];
+    QCOMPARE(int(value.type()), kind);
+    if (value.isNumeric())
+        QCOMPARE(value.asDouble(), json(element).asDouble());
+    // The same values written otherwise make the same document.
+    QVERIFY(EepromMap::fromService(taken).getEepromMap() == taken);
+}
+
+void tst_EepromMap::nestedValuesGetTheirKind()
+{
+    const EepromMap map = EepromMap::fromService(json(R"({"eeprom_map": {"a": {"sub_map": {
+        "b": {"sub_map": {"c": {"offset": "0", "type": "ff", "value": [1, 2]}}}}}}})"));
+    const Json::Value& values =
+        map.getEepromMap()["eeprom_map"]["a"]["sub_map"]["b"]["sub_map"]["c"]["value"];
+    QCOMPARE(int(values[0].type()), int(Json::realValue));
+    QCOMPARE(int(values[1].type()), int(Json::realValue));
+}
+
+QTEST_GUILESS_MAIN(tst_EepromMap)
+#include "tst_eeprom_map.moc"
