@@ -38,6 +38,8 @@ public:
     int next = 1;
     int reservedUntil = 1;
     std::map<int, Entry> running;
+    /** Concluded; destroyed from the event loop. */
+    std::vector<std::unique_ptr<RunningJob>> retired;
     std::map<int, trovek::Job::Data> concluded;
     /** In the order of conclusion, which is not that of the numbers. */
     std::deque<int> conclusions;
@@ -64,8 +66,11 @@ void JobList::Private::conclude(int id)
         return;
     concluded.emplace(id, found->second.job->data());
     conclusions.push_back(id);
-    // The job is inside its own signal now.
-    found->second.job.release()->deleteLater();
+    // The job is inside its own signal now, and must be gone before the machine and the pool it
+    // uses.
+    retired.push_back(std::move(found->second.job));
+    QMetaObject::invokeMethod(
+        q, [this] { retired.clear(); }, Qt::QueuedConnection);
     running.erase(found);
     while (conclusions.size() > static_cast<std::size_t>(kConcludedKept)) {
         concluded.erase(conclusions.front());

@@ -12,6 +12,8 @@
 #include <trovek/text.h>
 #include <trovek/wire.h>
 
+#include <QFileInfo>
+
 #include <limits>
 
 namespace trovek::service {
@@ -31,6 +33,13 @@ auto openFile(Open open, const std::string& path)
     } catch (const std::exception& error) {
         throw wire::makeError(wire::error::kFileAccess, error.what());
     }
+}
+
+/** Opening the output empties it, so it must be another file by whatever name. */
+bool isSameFile(const std::string& left, const std::string& right)
+{
+    const QString path = QFileInfo(toQString(left)).canonicalFilePath();
+    return !path.isEmpty() && path == QFileInfo(toQString(right)).canonicalFilePath();
 }
 
 Json::Value idOf(int job)
@@ -190,7 +199,7 @@ private:
     {
         const std::string outputPath = params.string("output_path");
         const MachineDefinition& machine = m_machines.definition(params.string("machine"));
-        if (outputPath == request.inputPath)
+        if (isSameFile(outputPath, request.inputPath))
             throw wire::makeError(wire::error::kFileAccess, "Input and output are the same file");
         request.input = openFile(openInput, request.inputPath);
         std::unique_ptr<QFile> output = openFile(openOutput, outputPath);
