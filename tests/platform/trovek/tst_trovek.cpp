@@ -1,34 +1,436 @@
 #include "recording_trovek.h"
 #include "support/scripted_service.h"
 #include "support/test_log.h"
+#include "support/thrown_text.h"
+
+#include <rpcwire/json_text.h>
+#include <trovek/wire.h>
 
 #include <QTest>
 
 using namespace trovek;
 
+namespace {
+
+using Operation = std::function<void(Trovek&)>;
+
+const MachineName kLeft("left");
+
+Json::Value json(const QByteArray& text)
+{
+    Json::Value value;
+    if (!rpcwire::parseJson(std::string_view(text.constData(), std::size_t(text.size())), &value,
+                            nullptr))
+        qFatal("Test data is not JSON: %s", text.constData());
+    return value;
+}
+
+SlicerConfiguration configuration()
+{
+    SlicerConfiguration configuration;
+    configuration.setLayerHeight(0.16);
+    return configuration;
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Operation)
+
+/** What every operation sends, gives back and throws. */
 class tst_Trovek : public QObject
 {
     Q_OBJECT
+
 private slots:
-    void announces();
+    void everyOperationSendsItsRequest_data();
+    void everyOperationSendsItsRequest();
+    void everyOperationThrowsTheServicesError_data() { everyOperationSendsItsRequest_data(); }
+    void everyOperationThrowsTheServicesError();
+    void everyOperationThrowsWithoutALink_data() { everyOperationSendsItsRequest_data(); }
+    void everyOperationThrowsWithoutALink();
+    void everyOperationThrowsWhenTheLinkIsLostMeanwhile_data()
+    {
+        everyOperationSendsItsRequest_data();
+    }
+    void everyOperationThrowsWhenTheLinkIsLostMeanwhile();
+    void everyOperationGivesUpAfterItsDeadline_data() { everyOperationSendsItsRequest_data(); }
+    void everyOperationGivesUpAfterItsDeadline();
+    void oddAnswersAreRefused_data();
+    void oddAnswersAreRefused();
+    void jobsHaveTheirIDs();
+    void aJobTellsWhatTheServiceSays();
+    void cancelingAConcludedJobIsNoError();
+    void onboardMemoryGoesThereAndBack();
+    void onboardMemoryNeedsAPrinter();
+    void firmwareVersionsAreSorted();
+    void configurationChecksAreTheServices();
+    void machinesAreListedAsTheServiceSays();
+    void callsAreCounted();
 };
 
-void tst_Trovek::announces()
+void tst_Trovek::everyOperationSendsItsRequest_data()
 {
+    QTest::addColumn<Operation>("operation");
+    QTest::addColumn<QByteArray>("method");
+    QTest::addColumn<QByteArray>("params");
+    QTest::addColumn<int>("deadlineMs");
+
+    const auto row = [](const char* method, const QByteArray& params, int deadlineMs,
+                        const Operation& operation) {
+        QTest::newRow(method) << operation << QByteArray(method) << params << deadlineMs;
+    };
+    const QByteArray settings =
+        QByteArray::fromStdString(rpcwire::toJsonLine(wire::toJson(configuration())));
+
+    row("connect_to_port", R"({"port": "one", "identity": "23c1:d314:one"})", 60000,
+        [](Trovek& t) { t.connectToPort(Port(ScriptedService::port("one"))); });
+    row("disconnect_from_port", R"({"port": "one"})", 10000,
+        [](Trovek& t) { t.disconnectFromPort("one"); });
+    row("get_job", R"({"id": 7})", 10000, [](Trovek& t) { t.jobFromID(7); });
+    row("cancel_job", R"({"id": 7})", 10000, [](Trovek& t) { t.cancelJob(7); });
+    row("print",
+        R"({"machine": "left", "input_path": "/i.gcode", "materials": ["pla", "abs"],
+            "skip_start_end": true, "slicer_config": )" + settings + "}",
+        10000, [](Trovek& t) { t.print(kLeft, "/i.gcode", configuration(), {"pla", "abs"}, true); });
+    row("print_to_file",
+        R"({"machine": "left", "input_path": "/i.gcode", "output_path": "/o.x3g", "materials": [],
+            "skip_start_end": false, "format": "x3g", "slicer_config": )" + settings + "}",
+        10000, [](Trovek& t) {
+            t.printToFile(kLeft, "/i.gcode", "/o.x3g", configuration(), {}, false, "x3g");
+        });
+    row("slice",
+        R"({"machine": "left", "input_path": "/i.stl", "output_path": "/o.gcode",
+            "materials": ["pla"], "add_start_end": true, "slicer_config": )" + settings + "}",
+        10000, [](Trovek& t) {
+            t.slice(kLeft, "/i.stl", "/o.gcode", configuration(), {"pla"}, true);
+        });
+    row("jog", R"({"machine": "left", "axis": 4, "distance": -10, "limit_ms": 20000})", 10000,
+        [](Trovek& t) { t.jog(kLeft, Printer::ZAxis, -10, 20000); });
+    row("home", R"({"machine": "left"})", 60000, [](Trovek& t) { t.home(kLeft); });
+    row("set_toolhead_temperature", R"({"machine": "left", "toolhead": 1, "target": 230})", 10000,
+        [](Trovek& t) { t.setToolheadTemperature(kLeft, Printer::LeftToolhead, 230); });
+    row("cbo_calibration", R"({"machine": "left"})", 300000,
+        [](Trovek& t) { t.cboCalibration(kLeft); });
+    row("read_eeprom", R"({"machine": "left"})", 180000, [](Trovek& t) {
+        Printer printer(ScriptedService::machine("left", Printer::Fabrino2));
+        t.readEeprom(&printer);
+    });
+    row("write_eeprom", R"({"machine": "left", "map": {"eeprom_map": {}, "x": 1.5}})", 180000,
+        [](Trovek& t) {
+            Printer printer(ScriptedService::machine("left", Printer::Fabrino2));
+            t.writeEeprom(&printer, EepromMap(json(R"({"eeprom_map": {}, "x": 1.5})")));
+        });
+    row("reset_eeprom_completely", R"({"machine": "left"})", 180000,
+        [](Trovek& t) { t.resetEepromCompletely(kLeft); });
+    row("getuploadablemachines", "{}", 60000, [](Trovek& t) { t.getUploadableMachines(); });
+    row("getmachineversions", R"({"machine": "Fabrino", "type": 3})", 60000,
+        [](Trovek& t) { t.getMachineVersions("Fabrino", 3); });
+    row("downloadfirmware", R"({"machine": "Fabrino", "type": 3, "version": "7.2"})", 300000,
+        [](Trovek& t) { t.downloadFirmware("Fabrino", 3, FirmwareVersion("7.2", "text")); });
+    row("uploadfirmware", R"({"machine": "left", "path": "/f.hex"})", 300000,
+        [](Trovek& t) { t.uploadFirmware(kLeft, "/f.hex"); });
+    row("strandel_config_version_check", R"({"config": {"a": [1, null]}})", 10000,
+        [](Trovek& t) { t.strandelConfigVersionCheck(json(R"({"a": [1, null]})")); });
+    row("upgrade_strandel_config", R"({"config": {"a": 1}})", 10000,
+        [](Trovek& t) { t.upgradeStrandelConfig(json(R"({"a": 1})")); });
+    row("simulated_machines", "{}", 10000, [](Trovek& t) { t.simulatedMachines(); });
+    row("simulate_plug_in", R"({"name": "left"})", 10000,
+        [](Trovek& t) { t.simulatePlugIn("left"); });
+    row("simulate_unplug", R"({"name": "left"})", 10000,
+        [](Trovek& t) { t.simulateUnplug("left"); });
+}
+
+void tst_Trovek::everyOperationSendsItsRequest()
+{
+    QFETCH(Operation, operation);
+    QFETCH(QByteArray, method);
+    QFETCH(QByteArray, params);
     TestLog log;
     ScriptedService service;
     service.addPort(ScriptedService::port("one"));
+    Job::Data job;
+    job.id = 7;
+    service.setJob(job);
+    RecordingTrovek client;
+    client.connectToDaemon(service.address());
+    service.clearRequests();
+
+    operation(client);
+
+    QCOMPARE(service.requests().size(), std::size_t(1));
+    QCOMPARE(service.requests()[0].method, method.toStdString());
+    QCOMPARE(rpcwire::toJsonLine(service.requests()[0].params), rpcwire::toJsonLine(json(params)));
+    QCOMPARE(client.story(), std::string());
+}
+
+void tst_Trovek::everyOperationThrowsTheServicesError()
+{
+    QFETCH(Operation, operation);
+    QFETCH(QByteArray, method);
+    TestLog log;
+    ScriptedService service;
+    RecordingTrovek client;
+    client.connectToDaemon(service.address());
+    service.failNext(method.toStdString(), wire::makeError("SomeError", "It does not work"));
+
+    try {
+        operation(client);
+        QFAIL("Nothing thrown");
+    } catch (const JsonRpcException& e) {
+        QCOMPARE(e.message(), std::string("It does not work"));
+        QCOMPARE(e.data()["name"].asString(), std::string("SomeError"));
+    }
+    QVERIFY(client.isConnected());
+}
+
+void tst_Trovek::everyOperationThrowsWithoutALink()
+{
+    QFETCH(Operation, operation);
+    TestLog log;
+    RecordingTrovek client;
+    QCOMPARE(thrownText([&] { operation(client); }), std::string("Not connected to the service"));
+}
+
+void tst_Trovek::everyOperationThrowsWhenTheLinkIsLostMeanwhile()
+{
+    QFETCH(Operation, operation);
+    QFETCH(QByteArray, method);
+    TestLog log;
+    ScriptedService service;
+    RecordingTrovek client;
+    client.connectToDaemon(service.address());
+    service.dropConnectionOn(method.toStdString());
+
+    QCOMPARE(thrownText([&] { operation(client); }),
+             std::string("Connection closed by the other side"));
+    QVERIFY(!client.isConnected());
+    QCOMPARE(client.story(), std::string());
+    QTRY_COMPARE(client.story(), std::string("disconnected"));
+}
+
+void tst_Trovek::everyOperationGivesUpAfterItsDeadline()
+{
+    QFETCH(Operation, operation);
+    QFETCH(QByteArray, method);
+    QFETCH(int, deadlineMs);
+    TestLog log;
+    ScriptedService service;
+    RecordingTrovek client;
+    client.connectToDaemon(service.address());
+    client.setDeadlineScale(0.0005);
+    service.hangNext(method.toStdString());
+
+    QCOMPARE(thrownText([&] { operation(client); }),
+             "No answer to \"" + method.toStdString() + "\" within "
+                 + std::to_string(deadlineMs / 2000) + " ms");
+    // Nobody knows what the service makes of the request, so the link is not used any more.
+    QVERIFY(!client.isConnected());
+    QCOMPARE(thrownText([&] { operation(client); }), std::string("Not connected to the service"));
+    QTRY_COMPARE(client.story(), std::string("disconnected"));
+}
+
+void tst_Trovek::oddAnswersAreRefused_data()
+{
+    QTest::addColumn<Operation>("operation");
+    QTest::addColumn<QByteArray>("method");
+    QTest::addColumn<QByteArray>("answer");
+    QTest::addColumn<QByteArray>("refusal");
+
+    const auto row = [](const char* method, const char* answer, const char* reason,
+                        const Operation& operation) {
+        QTest::addRow("%s %s", method, answer)
+            << operation << QByteArray(method) << QByteArray(answer)
+            << "Odd answer to " + QByteArray(method) + ": " + reason;
+    };
+    const Operation print = [](Trovek& t) { t.print(kLeft, "", SlicerConfiguration(), {}, false); };
+    row("print", "5", "No JSON object around member \"id\"", print);
+    row("print", "null", "No JSON object around member \"id\"", print);
+    row("print", "{}", "Missing member \"id\"", print);
+    row("print", R"({"id": "12"})", "Member \"id\" is not an integer of 32 bits", print);
+    row("print_to_file", "[]", "No JSON object around member \"id\"", [](Trovek& t) {
+        t.printToFile(kLeft, "", "", SlicerConfiguration(), {}, false, "x3g");
+    });
+    row("slice", "{}", "Missing member \"id\"",
+        [](Trovek& t) { t.slice(kLeft, "", "", SlicerConfiguration(), {}, false); });
+    row("jog", R"({"id": 1.5})", "Member \"id\" is not an integer of 32 bits",
+        [](Trovek& t) { t.jog(kLeft, Printer::XAxis, 1, 1); });
+    row("get_job", "[]", "Not a JSON object: job", [](Trovek& t) { t.jobFromID(1); });
+    row("get_job", "{}", "Missing member \"id\"", [](Trovek& t) { t.jobFromID(1); });
+    row("read_eeprom", "[]", "not a JSON object", [](Trovek& t) {
+        Printer printer(ScriptedService::machine("left", Printer::Fabrino2));
+        t.readEeprom(&printer);
+    });
+    row("getmachineversions", "{}", "not a list", [](Trovek& t) { t.getMachineVersions("a", 1); });
+    row("downloadfirmware", "{}", "not a path",
+        [](Trovek& t) { t.downloadFirmware("a", 1, FirmwareVersion("7.2")); });
+    for (const char* const answer : {"3", "-1", "\"1\"", "true", "null"})
+        row("strandel_config_version_check", answer, "not 0, 1 or 2",
+            [](Trovek& t) { t.strandelConfigVersionCheck(Json::Value()); });
+}
+
+void tst_Trovek::oddAnswersAreRefused()
+{
+    QFETCH(Operation, operation);
+    QFETCH(QByteArray, method);
+    QFETCH(QByteArray, answer);
+    QFETCH(QByteArray, refusal);
+    TestLog log;
+    ScriptedService service;
+    RecordingTrovek client;
+    client.connectToDaemon(service.address());
+    service.answerNext(method.toStdString(), json(answer));
+
+    QCOMPARE(thrownText([&] { operation(client); }), refusal.toStdString());
+    QVERIFY(client.isConnected());
+}
+
+void tst_Trovek::jobsHaveTheirIDs()
+{
+    TestLog log;
+    ScriptedService service;
+    RecordingTrovek client;
+    client.connectToDaemon(service.address());
+    const SlicerConfiguration settings;
+    QCOMPARE(client.print(kLeft, "/vase.gcode", settings, {}, false), 1);
+    QCOMPARE(client.printToFile(kLeft, "/a", "/b", settings, {}, false, "s3g"), 2);
+    QCOMPARE(client.slice(kLeft, "/a", "/b", settings, {}, false), 3);
+    QCOMPARE(client.jog(kLeft, Printer::XAxis, 1, 1), 4);
+    QCOMPARE(client.jobFromID(1).name(), std::string("vase"));
+    QTRY_COMPARE(client.story(), std::string("jobAdded 1, jobAdded 2, jobAdded 3, jobAdded 4"));
+    QVERIFY(Job::kInvalidID < 0);
+}
+
+void tst_Trovek::aJobTellsWhatTheServiceSays()
+{
+    TestLog log;
+    ScriptedService service;
+    Job::Data data;
+    data.id = 12;
+    data.name = "vase";
+    data.progress = 40;
+    data.stage = "Heating";
+    data.secondsLeft = 90;
+    service.setJob(data);
+    RecordingTrovek client;
+    client.connectToDaemon(service.address());
+
+    const Job job = client.jobFromID(12);
+    QCOMPARE(job.id(), 12);
+    QCOMPARE(job.name(), std::string("vase"));
+    QCOMPARE(job.progress(), 40);
+    QCOMPARE(job.stage(), std::string("Heating"));
+    QCOMPARE(job.secondsLeft(), 90);
+    QCOMPARE(job.conclusion(), JobNotConcluded);
+    QVERIFY_EXCEPTION_THROWN(client.jobFromID(13), JsonRpcException);
+}
+
+void tst_Trovek::cancelingAConcludedJobIsNoError()
+{
+    TestLog log;
+    ScriptedService service;
+    RecordingTrovek client;
+    client.connectToDaemon(service.address());
+    const int id = client.print(kLeft, "/a", SlicerConfiguration(), {}, false);
+    client.cancelJob(id);
+    QCOMPARE(client.jobFromID(id).conclusion(), JobCanceled);
+    client.cancelJob(id);
+    QTRY_COMPARE(client.story(), std::string("jobAdded 1, jobChanged 1, jobConcluded 1"));
+    QVERIFY_EXCEPTION_THROWN(client.cancelJob(99), JsonRpcException);
+}
+
+void tst_Trovek::onboardMemoryGoesThereAndBack()
+{
+    TestLog log;
+    ScriptedService service;
+    service.addPrinter(ScriptedService::machine("left", Printer::Fabrino2));
+    const QByteArray text =
+        R"({"eeprom_map": {"steps": {"offset": "0", "type": "f", "value": [2]}}})";
+    service.setEeprom("left", json(text));
+    RecordingTrovek client;
+    client.connectToDaemon(service.address());
+    Printer* const printer = client.printerFromKey(kLeft);
+
+    EepromMap map = client.readEeprom(printer);
+    // A whole number where the machine has a real one: brought to its kind on the way in.
+    QVERIFY(map.getEepromMap()["eeprom_map"]["steps"]["value"][0].type() == Json::realValue);
+    map.setFloat("steps", {2.5F});
+    client.writeEeprom(printer, map);
+    QVERIFY(client.readEeprom(printer).getEepromMap() == map.getEepromMap());
+    client.resetEepromCompletely(kLeft);
+    QVERIFY(!client.readEeprom(printer).getFloat("steps"));
+}
+
+void tst_Trovek::onboardMemoryNeedsAPrinter()
+{
+    TestLog log;
+    ScriptedService service;
+    RecordingTrovek client;
+    client.connectToDaemon(service.address());
+    service.clearRequests();
+    QCOMPARE(thrownText([&] { client.readEeprom(nullptr); }), std::string("No printer given"));
+    QCOMPARE(thrownText([&] { client.writeEeprom(nullptr, EepromMap(Json::Value())); }),
+             std::string("No printer given"));
+    QVERIFY(service.requests().empty());
+}
+
+void tst_Trovek::firmwareVersionsAreSorted()
+{
+    TestLog log;
+    ScriptedService service;
+    RecordingTrovek client;
+    client.connectToDaemon(service.address());
+    service.answerNext("getmachineversions",
+                       json(R"([["7.10", "new"], ["7.2", "old"], 5, ["7.3"], ["7.4", 1], []])"));
+    for (int i = 0; i < 4; ++i)
+        log.expectError("Firmware version left out, not a pair of texts");
+    std::string texts;
+    for (const FirmwareVersion& version : client.getMachineVersions("a", 1))
+        texts += version.str() + '=' + version.description() + ' ';
+    QCOMPARE(texts, std::string("7.2=old 7.10=new "));
+    QCOMPARE(client.downloadFirmware("a", 1, FirmwareVersion("7.2")),
+             std::string("firmware-7.2.hex"));
+}
+
+void tst_Trovek::configurationChecksAreTheServices()
+{
+    TestLog log;
+    ScriptedService service;
+    RecordingTrovek client;
+    client.connectToDaemon(service.address());
+    const Json::Value config = json(R"({"layerHeight": 0.27})");
+    for (const int answer : {0, 1, 2}) {
+        service.answerNext("strandel_config_version_check", answer);
+        QCOMPARE(int(client.strandelConfigVersionCheck(config)), answer);
+    }
+    QVERIFY(client.upgradeStrandelConfig(config) == config);
+}
+
+void tst_Trovek::machinesAreListedAsTheServiceSays()
+{
+    TestLog log;
+    ScriptedService service;
     service.addPrinter(ScriptedService::machine("left", Printer::Fabrino2));
     RecordingTrovek client;
     client.connectToDaemon(service.address());
-    QVERIFY(client.events.empty());
-    QTRY_COMPARE(client.events, (std::vector<std::string>{"portAttached one", "printerAdded left"}));
-    const int id = client.print(MachineName("left"), "/a/b.gcode", SlicerConfiguration(), {}, false);
-    client.cancelJob(id);
-    QTRY_COMPARE(client.events.size(), std::size_t(5));
-    client.events.clear();
-    service.stop();
-    QTRY_COMPARE(client.events, (std::vector<std::string>{"printerRemoved left", "portDetached one", "disconnected"}));
+    QVERIFY(client.getUploadableMachines() == json(R"(["Orvane Fabrino 2"])"));
+    service.answerNext("simulated_machines", json(R"([{"name": "x"}])"));
+    QVERIFY(client.simulatedMachines() == json(R"([{"name": "x"}])"));
+}
+
+void tst_Trovek::callsAreCounted()
+{
+    TestLog log;
+    ScriptedService service;
+    RecordingTrovek client;
+    QCOMPARE(client.callCount(), quint64(0));
+    client.connectToDaemon(service.address());
+    const quint64 afterConnecting = client.callCount();
+    QCOMPARE(afterConnecting, quint64(2));
+    client.printers();
+    client.ports();
+    QCOMPARE(client.callCount(), afterConnecting);
+    client.home(kLeft);
+    QCOMPARE(client.callCount(), afterConnecting + 1);
 }
 
 QTEST_GUILESS_MAIN(tst_Trovek)
