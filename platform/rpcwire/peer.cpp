@@ -121,9 +121,8 @@ void Peer::Private::readAvailable()
         return;
     const QScopedValueRollback<bool> guard(reading, true);
     while (state == State::Open && socket.hasBytes()) {
-        // A call needs its answer, wherever in the stream that stands; and what is left of an
-        // ended connection is not much.
-        if (!waiting && deliveries.size() > kMaxBacklog && socket.isConnected())
+        // A call needs its answer, wherever in the stream that stands.
+        if (!waiting && deliveries.size() > kMaxBacklog)
             return;
         const QByteArray bytes = socket.device()->read(kReadChunkBytes);
         splitter.append(std::string_view(bytes.data(), static_cast<std::size_t>(bytes.size())));
@@ -313,7 +312,8 @@ Peer::Peer(QIODevice* socket, const Limits& limits, QObject* parent)
     , d(std::make_unique<Private>(this, socket, limits))
 {
     socket->setParent(this);
-    // While a call waits it reads on its own, and nothing is to happen in its back.
+    // While a call waits it reads on its own: closing the socket is not for slots that run inside
+    // the socket's waiting.
     const auto readUnlessWaiting = [this] {
         if (!d->waiting)
             d->readAvailable();

@@ -54,6 +54,7 @@ private slots:
     void readsValues();
     void refusesWhatIsNoJson_data();
     void refusesWhatIsNoJson();
+    void replacesBytesThatAreNotUtf8WhenReading();
     void givesNumbersTheirType_data();
     void givesNumbersTheirType();
     void readsNestingUpToTheLimit();
@@ -96,6 +97,8 @@ void tst_JsonText::readsValues_data()
     QTest::newRow("text in UTF-8") << QByteArray("\"Grüße €😀\"") << QByteArray("\"Grüße €😀\"");
     QTest::newRow("byte order mark in a string")
         << QByteArray("\"\xEF\xBB\xBF€\"") << QByteArray("\"\xEF\xBB\xBF€\"");
+    QTest::newRow("byte order mark before bad bytes")
+        << QByteArray("\"\xEF\xBB\xBF\xFF\"") << QByteArray("\"\xEF\xBB\xBF\xEF\xBF\xBD\"");
     QTest::newRow("Latin 1") << QByteArray("\"gr\xFC n\"") << QByteArray("\"gr\xEF\xBF\xBD n\"");
     QTest::newRow("stray continuation byte")
         << QByteArray("\"a\x80\"") << QByteArray("\"a\xEF\xBF\xBD\"");
@@ -122,6 +125,13 @@ void tst_JsonText::readsValues()
     QVERIFY2(parseJson(text(input), &value, &error), error.c_str());
     QCOMPARE(QByteArray::fromStdString(toJsonLine(value)), rewritten);
     QVERIFY(error.empty());
+}
+
+void tst_JsonText::replacesBytesThatAreNotUtf8WhenReading()
+{
+    Json::Value value;
+    QVERIFY(parseJson("{\"n\xFF\":\"\xC3(\"}", &value, nullptr));
+    QCOMPARE(value["n\xEF\xBF\xBD"].asString(), std::string("\xEF\xBF\xBD("));
 }
 
 void tst_JsonText::refusesWhatIsNoJson_data()

@@ -40,6 +40,7 @@ private slots:
     void ownFramesOverTheLimitAreNotSent();
     void dropsWhoDoesNotRead_data() { addTransportRows(); }
     void dropsWhoDoesNotRead();
+    void readsNoFurtherWhileManyMessagesWait();
 };
 
 void tst_PeerDistrust::closesOnWhatCannotBeTrusted_data()
@@ -301,6 +302,25 @@ void tst_PeerDistrust::dropsWhoDoesNotRead()
     QCOMPARE(world.events, QStringList({QStringLiteral("error 1 The other side does not read"),
                                         QStringLiteral("closed The other side does not read")}));
     QCOMPARE(world.logLines, QStringList(QStringLiteral("0 The other side does not read")));
+}
+
+void tst_PeerDistrust::readsNoFurtherWhileManyMessagesWait()
+{
+    constexpr int count = 200000;
+    PeerWorld world;
+    QByteArray flood;
+    for (int number = 0; number < count; ++number)
+        flood += notificationBytes(number);
+    world.far->write(flood);
+    // Until nothing moves any more; without an event loop nothing is delivered meanwhile.
+    auto* const socket = world.peer->findChild<QIODevice*>();
+    while (world.far->waitForBytesWritten(50) || socket->waitForReadyRead(50)) {
+    }
+    QVERIFY(world.events.isEmpty());
+    QVERIFY(world.far->bytesToWrite() > flood.size() / 2);
+
+    QTRY_COMPARE_WITH_TIMEOUT(world.events.size(), count, 60000);
+    QCOMPARE(world.events.last(), notificationEvent(count - 1));
 }
 
 QTEST_GUILESS_MAIN(tst_PeerDistrust)
