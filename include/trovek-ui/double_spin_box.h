@@ -7,8 +7,8 @@
 /**
  * A box for numbers with decimals that tells an intended move from a change of its value.
  *
- * In every locale both the point and the comma are decimal signs, and group separators are not taken:
- * "0.16" typed on a German system is 0.16. The value is shown with the locale's own sign.
+ * In every locale both the point and the comma are decimal signs, and group separators are not
+ * taken: "0.16" typed on a German system is 0.16. The value is shown with the locale's own sign.
  */
 class TROVEK_UI_EXPORT DoubleSpinBox : public QDoubleSpinBox
 {

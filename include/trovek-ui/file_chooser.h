@@ -88,7 +88,8 @@ private:
 };
 
 /** What the user chose. */
-struct TROVEK_UI_EXPORT FileChooserResult {
+struct TROVEK_UI_EXPORT FileChooserResult
+{
     /** Cancelled: one empty path, so that the first one can always be taken. */
     FileChooserResult();
     FileChooserResult(const QString& chosenPath, const FileFilter& selectedFilter);
@@ -112,7 +113,8 @@ public:
         Replace = 2,
     };
 
-    struct Result {
+    struct Result
+    {
         int action;
         QString path;
     };

@@ -20,8 +20,8 @@ namespace trovek {
 class CopyableLabel;
 
 /**
- * One message: an icon, a bold heading, a text that a click copies, buttons, and, where the user may
- * hide the message, a check box for that.
+ * One message: an icon, a bold heading, a text that a click copies, buttons, and, where the user
+ * may hide the message, a check box for that.
  *
  * The result is finishCode(): the code of the pressed button, or 0 for Escape, the window's close
  * button and every button with the code 0. What exec() itself returns only tells accepted from
@@ -36,7 +36,8 @@ class TROVEK_UI_EXPORT MessageBox : public QDialog
 
 public:
     /** One button of the row. */
-    struct TROVEK_UI_EXPORT Button {
+    struct TROVEK_UI_EXPORT Button
+    {
         /** The flag of the button that Enter presses; exactly one button of a box has it. */
         static constexpr std::uint32_t Default = 1;
 
@@ -69,7 +70,8 @@ public:
      * A box that the user may hide for the future.
      *
      * @param settings    not owned; keeps the user's choice. Null: as with the other constructor
-     * @param settingsKey the choice stands under "MessageBox/" and this key; ignored without settings
+     * @param settingsKey the choice stands under "MessageBox/" and this key; ignored without
+     * settings
      * @throws std::runtime_error "settingsKey is invalid" when it is empty, and as the other one
      */
     MessageBox(const std::vector<Button>& buttons, const QString& title, const QString& text,

@@ -1,14 +1,32 @@
 #include "trovek-ui/messages/message.h"
 
 #include <QObject>
+#include <QTextDocumentFragment>
 
 namespace message {
+
+namespace {
+
+/** Narrower lines make a column of a long text that stands under a short heading. */
+constexpr int kLineCharacters = 68;
+
+QString wrapGuide(const QString& body)
+{
+    const QString plain =
+        Qt::mightBeRichText(body) ? QTextDocumentFragment::fromHtml(body).toPlainText() : body;
+    // A line that is exactly as wide as its text still wraps where widths are rounded.
+    return plain.left(kLineCharacters) + QLatin1Char('m');
+}
+
+} // namespace
 
 Message::Message(QMessageBox::Icon icon, const QString& heading, const QString& body,
                  const Buttons& buttons, QWidget* parent, QSettings* settings,
                  const QString& settingsKey)
     : m_box(new trovek::MessageBox(buttons, heading, body, icon, settings, settingsKey, parent))
-{}
+{
+    m_box->setWrapGuideText(wrapGuide(body));
+}
 
 trovek::MessageBox* Message::box() const
 {

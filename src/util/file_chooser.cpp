@@ -48,8 +48,8 @@ FileChooserResult chooseExisting(QWidget* parent, const QString& caption, const 
                                  const FileFilterList& filters, QFileDialog::FileMode fileMode)
 {
     QString selected = filters.defaultFilter().filterString();
-    const QStringList paths = runFileDialog(parent, caption, dir, filters,
-                                            QFileDialog::AcceptOpen, fileMode, {}, selected);
+    const QStringList paths = runFileDialog(parent, caption, dir, filters, QFileDialog::AcceptOpen,
+                                            fileMode, {}, selected);
     if (paths.isEmpty())
         return FileChooserResult();
     return FileChooserResult(paths, filters.findFilter(selected));
@@ -61,21 +61,18 @@ FileChooserResult::FileChooserResult()
     : paths(QString())
     , filter(QStringLiteral("invalid"), QStringLiteral("invalid"))
     , cancelled(true)
-{
-}
+{}
 
 FileChooserResult::FileChooserResult(const QString& chosenPath, const FileFilter& selectedFilter)
     : FileChooserResult(QStringList(chosenPath), selectedFilter)
-{
-}
+{}
 
 FileChooserResult::FileChooserResult(const QStringList& chosenPaths,
                                      const FileFilter& selectedFilter)
     : paths(chosenPaths)
     , filter(selectedFilter)
     , cancelled(false)
-{
-}
+{}
 
 FileChooserValidator::~FileChooserValidator() = default;
 
@@ -92,24 +89,25 @@ FileChooserResult chooseOpenPaths(QWidget* parent, const QString& caption, const
 }
 
 FileChooserResult chooseSavePath(QWidget* parent, const QString& title,
-                                 const QString& initialDefaultPath,
-                                 const FileFilterList& filters,
+                                 const QString& initialDefaultPath, const FileFilterList& filters,
                                  FileChooserValidator* const validator)
 {
     TROVEK_LOG(1) << "Preparing to show save dialog title=" << toStdString(title)
                   << ", initialDefaultPath=" << toStdString(initialDefaultPath)
                   << ", validator=" << (validator ? 1 : 0) << std::endl;
     const QPointer<QWidget> guard(parent);
-    const auto parentDied = [&] { return parent && !guard; };
+    const auto parentDied = [&] {
+        return parent && !guard;
+    };
 
     QString current = initialDefaultPath;
     QString selected = filters.defaultFilter().filterString();
     for (;;) {
         TROVEK_LOG(1) << "Running QFileDialog::getSaveFileName()" << std::endl;
-        QString path = runFileDialog(parent, title, current, filters, QFileDialog::AcceptSave,
-                                     QFileDialog::AnyFile, QFileDialog::DontConfirmOverwrite,
-                                     selected)
-                           .value(0);
+        QString path =
+            runFileDialog(parent, title, current, filters, QFileDialog::AcceptSave,
+                          QFileDialog::AnyFile, QFileDialog::DontConfirmOverwrite, selected)
+                .value(0);
         TROVEK_LOG(1) << "getSaveFileName: " << toStdString(path) << std::endl;
         if (path.isEmpty() || parentDied())
             return FileChooserResult();

@@ -47,8 +47,7 @@ const std::list<FileFilter>& checkedFilters(const std::list<FileFilter>& filters
 
 FileFilter::FileFilter(const QString& description, const QString& suffix)
     : FileFilter(description, QStringList(suffix))
-{
-}
+{}
 
 FileFilter::FileFilter(const QString& description, const QStringList& suffixes)
     : m_description(checkedDescription(description))
@@ -56,15 +55,13 @@ FileFilter::FileFilter(const QString& description, const QStringList& suffixes)
     , m_dottedSuffixes(withPrefix(QStringLiteral("."), suffixes))
     , m_filterString(QStringLiteral("%1 (%2)").arg(
           description, withPrefix(QStringLiteral("*."), suffixes).join(QLatin1Char(' '))))
-{
-}
+{}
 
 bool FileFilter::acceptsFileName(const QString& name) const
 {
-    return std::any_of(m_dottedSuffixes.begin(), m_dottedSuffixes.end(),
-                       [&name](const QString& suffix) {
-                           return name.endsWith(suffix, Qt::CaseInsensitive);
-                       });
+    return std::any_of(
+        m_dottedSuffixes.begin(), m_dottedSuffixes.end(),
+        [&name](const QString& suffix) { return name.endsWith(suffix, Qt::CaseInsensitive); });
 }
 
 QString FileFilter::fixFileName(const QString& name) const
@@ -79,8 +76,7 @@ bool FileFilter::operator==(const FileFilter& other) const
 
 FileFilterList::FileFilterList(const std::list<FileFilter>& filters)
     : FileFilterList(filters, checkedFilters(filters).front())
-{
-}
+{}
 
 FileFilterList::FileFilterList(const std::list<FileFilter>& filters,
                                const FileFilter& defaultFilter)
@@ -96,17 +92,16 @@ FileFilterList::FileFilterList(const std::list<FileFilter>& filters,
 
 bool FileFilterList::acceptsFileName(const QString& name) const
 {
-    return std::any_of(m_filters.begin(), m_filters.end(), [&name](const FileFilter& filter) {
-        return filter.acceptsFileName(name);
-    });
+    return std::any_of(m_filters.begin(), m_filters.end(),
+                       [&name](const FileFilter& filter) { return filter.acceptsFileName(name); });
 }
 
 const FileFilter& FileFilterList::findFilter(const QString& filterString) const
 {
-    const auto found = std::find_if(m_filters.begin(), m_filters.end(),
-                                    [&filterString](const FileFilter& filter) {
-                                        return filter.filterString() == filterString;
-                                    });
+    const auto found =
+        std::find_if(m_filters.begin(), m_filters.end(), [&filterString](const FileFilter& filter) {
+            return filter.filterString() == filterString;
+        });
     return found == m_filters.end() ? m_defaultFilter : *found;
 }
 
@@ -119,10 +114,10 @@ QString FileFilterList::fixFileName(QString name, const FileFilter& selected) co
 
 FileFilterList imageFileFilterList()
 {
-    return FileFilterList({FileFilter(
-        QObject::tr("All images"),
-        QStringList{QStringLiteral("bmp"), QStringLiteral("gif"), QStringLiteral("jpg"),
-                    QStringLiteral("png"), QStringLiteral("svg")})});
+    return FileFilterList(
+        {FileFilter(QObject::tr("All images"),
+                    QStringList{QStringLiteral("bmp"), QStringLiteral("gif"), QStringLiteral("jpg"),
+                                QStringLiteral("png"), QStringLiteral("svg")})});
 }
 
 } // namespace trovek

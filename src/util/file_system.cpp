@@ -54,8 +54,8 @@ void refuseEndlessCopy(const QDir& source, const QString& destination,
     for (const QFileInfo& entry : entries) {
         if (entry.isDir())
             refuseEndlessCopy(QDir(entry.absoluteFilePath()),
-                              destination + QLatin1Char('/') + entry.fileName(),
-                              destinationFolder, outerFolders);
+                              destination + QLatin1Char('/') + entry.fileName(), destinationFolder,
+                              outerFolders);
     }
 }
 
@@ -123,9 +123,10 @@ void recursiveDelete(QDir dir)
     if (!dir.exists())
         return;
 
-    // System entries are links that point nowhere, pipes and sockets: in the way of the rmdir() too.
-    const QFileInfoList entries = dir.entryInfoList(
-        QDir::Dirs | QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    // System entries are links that point nowhere, pipes and sockets: in the way of the rmdir()
+    // too.
+    const QFileInfoList entries = dir.entryInfoList(QDir::Dirs | QDir::Files | QDir::Hidden |
+                                                    QDir::System | QDir::NoDotAndDotDot);
     for (const QFileInfo& entry : entries) {
         if (entry.isDir() && !entry.isSymLink())
             recursiveDelete(QDir(entry.absoluteFilePath()));

@@ -12,7 +12,8 @@ namespace trovek {
 namespace {
 
 /** Qt 5 keeps to derived classes what is a folder, and what it holds. */
-struct ResourceAccess : QResource {
+struct ResourceAccess : QResource
+{
     using QResource::children;
     using QResource::isFile;
 };
@@ -52,8 +53,7 @@ void copyQResource(const QResource& resource, const QDir& dstDir, const QString&
     if (!isPlainName(dstName) || !copy.mkdir(dstName) || !copy.cd(dstName))
         throw std::runtime_error("Failed to create QResource copy directory");
     for (const QString& name : children(resource))
-        copyQResource(QResource(resource.absoluteFilePath() + QLatin1Char('/') + name), copy,
-                      name);
+        copyQResource(QResource(resource.absoluteFilePath() + QLatin1Char('/') + name), copy, name);
 }
 
 QByteArray qResourceData(const QResource& resource)

@@ -40,7 +40,8 @@ QString unusedName(const QDir& folder, const std::function<QString()>& nextName)
     throw std::runtime_error("UUID generation spectacularly wrong.");
 }
 
-struct TemporaryDir::State {
+struct TemporaryDir::State
+{
     State()
         : base(tempBase())
         , name(unusedName(base, uniqueName))

@@ -9,8 +9,7 @@
 
 DoubleSpinBox::DoubleSpinBox(QWidget* parent)
     : QDoubleSpinBox(parent)
-{
-}
+{}
 
 void DoubleSpinBox::stepBy(int steps)
 {

@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QSignalMapper>
 #include <QStyle>
+#include <QTextBoundaryFinder>
 #include <QVBoxLayout>
 
 #include <stdexcept>
@@ -26,6 +27,7 @@ constexpr int kColumnSpacing = 8;
 constexpr double kHeadingScale = 1.25;
 /** Wider headings wrap. In average characters; a line of this length fits on every screen. */
 constexpr int kHeadingCharacters = 70;
+constexpr int kLongWord = 30;
 
 void validate(const std::vector<MessageBox::Button>& buttons)
 {
@@ -69,8 +71,7 @@ QPixmap iconPixmap(QMessageBox::Icon icon, const QWidget* widget)
 {
     const qreal ratio = widget->devicePixelRatioF();
     const int side = qRound(kIconSide * ratio);
-    const QIcon standardIcon =
-        widget->style()->standardIcon(standardPixmap(icon), nullptr, widget);
+    const QIcon standardIcon = widget->style()->standardIcon(standardPixmap(icon), nullptr, widget);
     QPixmap pixmap = standardIcon.pixmap(side, side);
     pixmap.setDevicePixelRatio(1);
     if (pixmap.size() != QSize(side, side))
@@ -89,28 +90,39 @@ QFont headingFont(QFont font)
     return font;
 }
 
-/** Long headings are those with a file's name in them, which may have no blank to wrap at. */
+/** The word with places to wrap at between its letters. */
+QString breakable(const QString& word)
+{
+    QString result;
+    QTextBoundaryFinder letters(QTextBoundaryFinder::Grapheme, word);
+    int begin = 0;
+    while (letters.toNextBoundary() > 0) {
+        result += word.midRef(begin, letters.position() - begin);
+        result += QChar(0x200b);
+        begin = letters.position();
+    }
+    return result;
+}
+
+/** A heading with a file's name in it may be wider than the screen, with no blank to wrap at. */
 void wrapLongHeading(QLabel* heading)
 {
     const int limit = heading->fontMetrics().averageCharWidth() * kHeadingCharacters;
     if (heading->sizeHint().width() <= limit)
         return;
-    constexpr QChar zeroWidthSpace(0x200b);
-    QString breakable;
-    for (const QChar character : heading->text()) {
-        breakable += character;
-        if (!character.isHighSurrogate())
-            breakable += zeroWidthSpace;
+    QStringList words = heading->text().split(QLatin1Char(' '));
+    for (QString& word : words) {
+        if (word.size() > kLongWord)
+            word = breakable(word);
     }
-    heading->setText(breakable);
+    heading->setText(words.join(QLatin1Char(' ')));
     heading->setWordWrap(true);
     heading->setMinimumWidth(limit);
 }
 
 } // namespace
 
-MessageBox::Button::Button(const QString& label, std::int32_t resultCode,
-                           std::uint32_t buttonFlags)
+MessageBox::Button::Button(const QString& label, std::int32_t resultCode, std::uint32_t buttonFlags)
     : text(label)
     , code(resultCode)
     , flags(buttonFlags)
@@ -122,8 +134,7 @@ MessageBox::Button::Button(const QString& label, std::int32_t resultCode,
 MessageBox::MessageBox(const std::vector<Button>& buttons, const QString& title,
                        const QString& text, QMessageBox::Icon icon, QWidget* parent)
     : MessageBox(buttons, title, text, icon, nullptr, QString(), parent)
-{
-}
+{}
 
 MessageBox::MessageBox(const std::vector<Button>& buttons, const QString& title,
                        const QString& text, QMessageBox::Icon icon, QSettings* settings,
@@ -141,8 +152,8 @@ MessageBox::MessageBox(const std::vector<Button>& buttons, const QString& title,
     init(buttons, title, text, icon);
 }
 
-void MessageBox::init(const std::vector<Button>& buttons, const QString& title,
-                      const QString& text, QMessageBox::Icon icon)
+void MessageBox::init(const std::vector<Button>& buttons, const QString& title, const QString& text,
+                      QMessageBox::Icon icon)
 {
     TROVEK_LOG(1) << toStdString(title) << ", " << toStdString(text) << std::endl;
     validate(buttons);
@@ -167,6 +178,7 @@ void MessageBox::init(const std::vector<Button>& buttons, const QString& title,
     m_textLabel = new CopyableLabel(text, this);
     m_textLabel->setObjectName(QStringLiteral("text"));
     m_textLabel->setWordWrap(true);
+    m_textLabel->setHidden(text.isEmpty());
 
     auto* column = new QVBoxLayout;
     column->setSpacing(kColumnSpacing);

@@ -39,15 +39,15 @@ QString withLocalDecimalSign(QString text, const QString& prefix, const QString&
 bool hasGroupSeparator(const QStringRef& number, const QLocale& locale)
 {
     return std::any_of(number.begin(), number.end(), [&locale](QChar character) {
-        return character.isSpace()
-               || (character == locale.groupSeparator() && character != locale.decimalPoint());
+        return character.isSpace() ||
+               (character == locale.groupSeparator() && character != locale.decimalPoint());
     });
 }
 
 bool hasSeparator(const QStringRef& number, const QLocale& locale)
 {
-    return hasGroupSeparator(number, locale)
-           || std::any_of(number.begin(), number.end(), isPointOrComma);
+    return hasGroupSeparator(number, locale) ||
+           std::any_of(number.begin(), number.end(), isPointOrComma);
 }
 
 void leaveSuffix(QLineEdit* edit, int length, const QString& suffix)

@@ -8,18 +8,15 @@ constexpr int kTightPadding = 24;
 
 PushButton::PushButton(const QIcon& icon, const QString& text, QWidget* parent)
     : QPushButton(icon, text, parent)
-{
-}
+{}
 
 PushButton::PushButton(const QString& text, QWidget* parent)
     : QPushButton(text, parent)
-{
-}
+{}
 
 PushButton::PushButton(QWidget* parent)
     : QPushButton(parent)
-{
-}
+{}
 
 void PushButton::setTight(bool tight)
 {

@@ -9,8 +9,7 @@
 
 SpinBox::SpinBox(QWidget* parent)
     : QSpinBox(parent)
-{
-}
+{}
 
 void SpinBox::stepBy(int steps)
 {
