@@ -26,7 +26,7 @@ namespace trovek {
 /**
  * The client of the background service.
  *
- * Everything happens on the thread that calls connectToDaemon(), which needs an event loop. The
+ * Everything happens on the thread that made the client, which needs an event loop. The
  * operations send one request and wait for its answer without running the event loop; they throw
  * JsonRpcException for an error that the service answers, and another std::exception for a link that
  * is not there, is lost meanwhile, or lets the deadline pass (then the link is closed).
@@ -34,7 +34,12 @@ namespace trovek {
  * The hooks are called from the event loop only, never inside an operation, in the order in which
  * the service reported the events. After connectToDaemon() every port, then every printer that is
  * there is announced by the hooks, each once; on a loss every printer is announced as removed,
- * every port as detached, then emitDisconnected() is called.
+ * every port as detached, then emitDisconnected() is called; isConnected() is false from before the
+ * first of them.
+ *
+ * A hook may call anything here, also connectToDaemon() and disconnectFromDaemon(), and may run an
+ * event loop of its own, but must not destroy the client. What it throws is logged and dropped. No
+ * hook and no handler of an asynchronous request is called once the destructor has begun.
  */
 class TROVEK_EXPORT Trovek
 {
@@ -53,7 +58,8 @@ public:
 
     /**
      * Connects within 5 seconds; ports() and printers() are known when it returns. A connection
-     * that stands is closed first.
+     * that stands is closed first, also when the new one fails, and its loss is announced before
+     * what the new one brings.
      * @throws std::exception when the service is not there, is not the same user's, or speaks
      *         another major protocol version (the text says both)
      */
@@ -118,8 +124,9 @@ public:
     void writeEeprom(Printer* const printer, EepromMap map);
     void resetEepromCompletely(const MachineName& machine);
 
-    /** An array of machine names. */
+    /** An array of machine names, as the service gave it: its shape is not checked. */
     Json::Value getUploadableMachines();
+    /** @param machine one of getUploadableMachines(); @param printerType a Printer::Type */
     std::set<FirmwareVersion> getMachineVersions(const std::string& machine, int printerType);
     /** The path of the downloaded file. */
     std::string downloadFirmware(const std::string& machine, int printerType,

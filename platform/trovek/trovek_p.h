@@ -62,8 +62,8 @@ private:
     void enqueue(int link, std::function<void()> action);
     void workOffLater();
     void workOff();
-    template <typename Hook>
-    void callHook(const char* name, Hook hook);
+    /** What the hook throws is logged and dropped. */
+    void callHook(const char* name, const std::function<void()>& hook);
 
     void handleNotification(const std::string& name, const Json::Value& params);
     void printerAdded(const Json::Value& params);

@@ -90,7 +90,9 @@ constexpr char kJobChanged[] = "job_changed";
 constexpr char kJobConcluded[] = "job_concluded";
 /** port */
 constexpr char kPortAttached[] = "port_attached";
-/** port; its machine was opened or closed. */
+/**
+ * port; its machine was opened or closed. Sent before the machine is added, and after it is removed.
+ */
 constexpr char kPortChanged[] = "port_changed";
 /** {name, identity} */
 constexpr char kPortDetached[] = "port_detached";

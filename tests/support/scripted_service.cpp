@@ -260,11 +260,12 @@ void ScriptedService::removePrinter(const std::string& key)
         const auto it = d->findPrinter(key);
         if (it == d->server().printers.end())
             return;
-        d->setMachineOfPort(it->portName, std::string());
+        const std::string portName = it->portName;
         d->server().printers.erase(it);
         Json::Value params(Json::objectValue);
         params["name"] = key;
         d->server().notify(wire::notification::kPrinterRemoved, params);
+        d->setMachineOfPort(portName, std::string());
     });
 }
 

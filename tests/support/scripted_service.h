@@ -74,7 +74,7 @@ public:
     /** A port of its portName, where there is one, is reported as opened first. */
     void addPrinter(const Printer::Data& printer);
     void changePrinter(const Printer::Data& printer);
-    /** A port that it was on is reported as closed first. */
+    /** A port that it was on is reported as closed afterwards. */
     void removePrinter(const std::string& key);
     Printer::Data printer(const std::string& key) const;
 
