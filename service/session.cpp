@@ -17,7 +17,7 @@ rpcwire::Limits limits()
 {
     rpcwire::Limits limits;
     // Answers and notifications are small; whoever lets that many of them wait does not read.
-    limits.pendingWriteBytes = 16 * 1024 * 1024;
+    limits.pendingWriteBytes = 4 * 1024 * 1024;
     return limits;
 }
 

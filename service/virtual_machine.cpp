@@ -41,7 +41,7 @@ public:
             double scale);
 
     void load();
-    void loadMemory();
+    void touch();
     void save();
     void tick();
     void letTimePass(double seconds);
@@ -60,7 +60,8 @@ public:
     std::optional<PlanRunner> runner;
     QTimer timer;
     QElapsedTimer sinceTick;
-    QElapsedTimer sinceSave;
+    /** Runs while there is something to save. */
+    QTimer saveTimer;
 };
 
 VirtualMachine::Private::Private(VirtualMachine& owner, const MachineDefinition& definition_,
@@ -73,11 +74,15 @@ VirtualMachine::Private::Private(VirtualMachine& owner, const MachineDefinition&
     , body(definition)
 {
     load();
-    loadMemory();
+    QFile file(memoryFile);
+    if (file.open(QIODevice::ReadOnly))
+        memory = file.read(kMemoryBytes);
+    // A memory that was never written is erased.
+    memory.append(kMemoryBytes - memory.size(), kErasedByte);
     timer.setInterval(kTickMs);
-    timer.setTimerType(Qt::CoarseTimer);
+    saveTimer.setInterval(kSaveMs);
+    QObject::connect(&saveTimer, &QTimer::timeout, &q, [this] { save(); });
     QObject::connect(&timer, &QTimer::timeout, &q, [this] { tick(); });
-    sinceSave.start();
     wake();
 }
 
@@ -99,20 +104,18 @@ void VirtualMachine::Private::load()
     }
 }
 
-void VirtualMachine::Private::loadMemory()
+/** Writing waits for the disk, so it is done now and then, not at every change. */
+void VirtualMachine::Private::touch()
 {
-    QFile file(memoryFile);
-    if (file.open(QIODevice::ReadOnly))
-        memory = file.read(kMemoryBytes);
-    const int missing = kMemoryBytes - memory.size();
-    if (missing == 0)
-        return;
-    memory.append(missing, kErasedByte);
-    writeStateBytes(memoryFile, memory);
+    if (!saveTimer.isActive())
+        saveTimer.start();
 }
 
 void VirtualMachine::Private::save()
 {
+    if (!saveTimer.isActive())
+        return;
+    saveTimer.stop();
     Json::Value saved(Json::objectValue);
     saved["tools"] = Json::Value(Json::arrayValue);
     for (const Heater& tool : body.tools)
@@ -122,20 +125,19 @@ void VirtualMachine::Private::save()
     for (const double coordinate : body.position)
         saved["position"].append(coordinate);
     writeStateFile(stateFile, saved);
-    sinceSave.restart();
 }
 
 void VirtualMachine::Private::wake()
 {
-    const bool needed = runner || state == Printer::Connecting || !body.isAtRest();
+    const bool needed = runner.has_value() || state == Printer::Connecting || !body.isAtRest();
     if (needed == timer.isActive())
         return;
     if (needed) {
         sinceTick.start();
         timer.start();
+        touch();
     } else {
         timer.stop();
-        save();
     }
 }
 
@@ -147,8 +149,7 @@ void VirtualMachine::Private::tick()
     letTimePass(seconds);
     if (!alive)
         return;
-    if (sinceSave.elapsed() >= kSaveMs)
-        save();
+    touch();
     wake();
     emit q.changed();
 }

@@ -1,0 +1,305 @@
+#include "platform/trovek/recording_trovek.h"
+#include "service_world.h"
+#include "support/test_log.h"
+
+#include <trovek/text.h>
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace trovek;
+
+class tst_Trovekd : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void printsItsAddressWhenItIsReady();
+    void leavesNoSocketWhenItIsTerminated();
+    void endsInOrderInTheMiddleOfAPrint();
+    void startsAgainAfterItWasKilled();
+    void refusesToStartTwice();
+    void offersTcpWithAndWithoutAPort_data();
+    void offersTcpWithAndWithoutAPort();
+    void writesItsLogToAFile();
+    void explainsItsOptions();
+    void refusesOptions_data();
+    void refusesOptions();
+};
+
+namespace {
+
+/** The real program, in a folder of its own. */
+class Daemon
+{
+public:
+    explicit Daemon(const QString& folder)
+        : m_folder(folder)
+    {
+        m_process.setProcessChannelMode(QProcess::SeparateChannels);
+    }
+
+    ~Daemon()
+    {
+        if (m_process.state() == QProcess::NotRunning)
+            return;
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+
+    QString socket() const { return m_folder + QStringLiteral("/run/s"); }
+
+    /** @return the line that it prints; empty when it ends instead */
+    QByteArray start(const QStringList& more = {})
+    {
+        launch(QStringList{QStringLiteral("--socket"), socket(), QStringLiteral("--state"),
+                           m_folder + QStringLiteral("/state"), QStringLiteral("--time-scale"),
+                           QStringLiteral("100")} +
+               more);
+        while (!m_process.canReadLine()) {
+            if (!m_process.waitForReadyRead(10000))
+                return QByteArray();
+        }
+        return m_process.readLine().trimmed();
+    }
+
+    void launch(const QStringList& arguments)
+    {
+        m_process.start(QStringLiteral(TROVEKD_PROGRAM), arguments);
+    }
+
+    /** The exit status; -1 when it crashed or does not end. */
+    int waitForEnd()
+    {
+        const bool ended
+            = m_process.state() == QProcess::NotRunning || m_process.waitForFinished(10000);
+        if (!ended || m_process.exitStatus() != QProcess::NormalExit)
+            return -1;
+        return m_process.exitCode();
+    }
+
+    QProcess& process() { return m_process; }
+
+private:
+    const QString m_folder;
+    QProcess m_process;
+};
+
+QStringList entries(const QString& folder)
+{
+    return QDir(folder).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
+}
+
+} // namespace
+
+void tst_Trovekd::printsItsAddressWhenItIsReady()
+{
+    TestLog log;
+    const QTemporaryDir folder;
+    Daemon daemon(folder.path());
+
+    const QByteArray line = daemon.start();
+
+    QCOMPARE(line, QByteArray("local:") + daemon.socket().toUtf8());
+    RecordingTrovek client;
+    client.connectToDaemon(Address::fromText(line.toStdString()));
+    QCOMPARE(client.ports().size(), std::size_t(2));
+}
+
+void tst_Trovekd::leavesNoSocketWhenItIsTerminated()
+{
+    TestLog log;
+    const QTemporaryDir folder;
+    Daemon daemon(folder.path());
+    QVERIFY(!daemon.start().isEmpty());
+    RecordingTrovek client;
+    client.connectToDaemon(Address::local(toStdString(daemon.socket())));
+
+    daemon.process().terminate();
+
+    QCOMPARE(daemon.waitForEnd(), 0);
+    QCOMPARE(entries(folder.filePath(QStringLiteral("run"))), QStringList());
+    QTRY_VERIFY(!client.events.empty() && client.events.back() == "disconnected");
+}
+
+void tst_Trovekd::endsInOrderInTheMiddleOfAPrint()
+{
+    TestLog log;
+    const QTemporaryDir folder;
+    Daemon daemon(folder.path());
+    QVERIFY(!daemon.start().isEmpty());
+    RecordingTrovek client;
+    client.connectToDaemon(Address::local(toStdString(daemon.socket())));
+    ServiceWorld::openMachine(client);
+    QFile file(folder.filePath(QStringLiteral("a.gcode")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(longGCode());
+    file.close();
+    const int job = client.print(MachineName(ServiceWorld::kMachine), toStdString(file.fileName()),
+                                 {}, {"pla"}, true);
+    QTRY_COMPARE(client.jobFromID(job).stage(), std::string("Printing"));
+
+    daemon.process().terminate();
+
+    QCOMPARE(daemon.waitForEnd(), 0);
+    QVERIFY(QFile::exists(
+        folder.filePath(QStringLiteral("state/machines/virtual_fabrino_2/state.json"))));
+    const QByteArray errors = daemon.process().readAllStandardError();
+    QVERIFY2(errors.contains("The service was shut down"), errors.constData());
+}
+
+void tst_Trovekd::startsAgainAfterItWasKilled()
+{
+    TestLog log;
+    const QTemporaryDir folder;
+    int before = 0;
+    RecordingTrovek client;
+    {
+        Daemon daemon(folder.path());
+        QVERIFY(!daemon.start().isEmpty());
+        client.connectToDaemon(Address::local(toStdString(daemon.socket())));
+        ServiceWorld::openMachine(client);
+        before = client.jog(MachineName(ServiceWorld::kMachine), Printer::XAxis, 1, 1000000);
+        daemon.process().kill();
+        QVERIFY(daemon.process().waitForFinished());
+        QVERIFY(QFile::exists(daemon.socket()));
+    }
+    QTRY_VERIFY(!client.isConnected());
+    Daemon daemon(folder.path());
+    QVERIFY(!daemon.start().isEmpty());
+
+    client.connectToDaemon(Address::local(toStdString(daemon.socket())));
+    ServiceWorld::openMachine(client);
+
+    QVERIFY(client.jog(MachineName(ServiceWorld::kMachine), Printer::XAxis, 1, 1000000) > before);
+}
+
+void tst_Trovekd::refusesToStartTwice()
+{
+    TestLog log;
+    const QTemporaryDir folder;
+    const QTemporaryDir other;
+    Daemon first(folder.path());
+    QVERIFY(!first.start().isEmpty());
+    Daemon second(other.path());
+
+    QVERIFY(second.start({QStringLiteral("--socket"), first.socket()}).isEmpty());
+
+    QCOMPARE(second.waitForEnd(), 1);
+    const QByteArray expected =
+        "trovekd: Another service listens on \"" + first.socket().toUtf8() + "\"\n";
+    const QByteArray errors = second.process().readAllStandardError();
+    QVERIFY2(errors.contains(expected), errors.constData());
+    RecordingTrovek client;
+    client.connectToDaemon(Address::local(toStdString(first.socket())));
+    QVERIFY(client.isConnected());
+}
+
+void tst_Trovekd::offersTcpWithAndWithoutAPort_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+
+    QTest::newRow("last") << QStringList{QStringLiteral("--tcp")};
+    QTest::newRow("before another option") << QStringList{
+        QStringLiteral("--tcp"), QStringLiteral("--time-scale"), QStringLiteral("5")};
+    QTest::newRow("any free port") << QStringList{QStringLiteral("--tcp"), QStringLiteral("0")};
+    QTest::newRow("in one word") << QStringList{QStringLiteral("--tcp=0")};
+}
+
+void tst_Trovekd::offersTcpWithAndWithoutAPort()
+{
+    QFETCH(QStringList, arguments);
+    TestLog log;
+    const QTemporaryDir folder;
+    Daemon daemon(folder.path());
+
+    const QList<QByteArray> words = daemon.start(arguments).split(' ');
+
+    QCOMPARE(words.size(), 2);
+    QFile file(folder.filePath(QStringLiteral("state/token")));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const Address address = Address::fromText(words[1].toStdString());
+    RecordingTrovek client;
+    client.connectToDaemon(
+        Address::tcp(address.host(), address.port(), file.readAll().toStdString()));
+    QVERIFY(client.isConnected());
+    daemon.process().terminate();
+    QCOMPARE(daemon.waitForEnd(), 0);
+    QVERIFY(!file.exists());
+}
+
+void tst_Trovekd::writesItsLogToAFile()
+{
+    TestLog log;
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("d.log"));
+    Daemon daemon(folder.path());
+    QVERIFY(!daemon.start({QStringLiteral("--log"), path}).isEmpty());
+
+    daemon.process().terminate();
+
+    QCOMPARE(daemon.waitForEnd(), 0);
+    QCOMPARE(daemon.process().readAllStandardError(), QByteArray());
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray text = file.readAll();
+    QVERIFY2(text.contains("Listening on local:"), text.constData());
+    QVERIFY2(text.contains("Shutting down"), text.constData());
+}
+
+void tst_Trovekd::explainsItsOptions()
+{
+    TestLog log;
+    Daemon daemon(QString{});
+    daemon.launch({QStringLiteral("--help")});
+    QCOMPARE(daemon.waitForEnd(), 0);
+
+    const QByteArray text = daemon.process().readAllStandardOutput();
+    for (const char* option :
+         {"--socket", "--state", "--machines", "--time-scale", "--tcp", "--log", "--help"})
+        QVERIFY2(text.contains(option), option);
+}
+
+void tst_Trovekd::refusesOptions_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("expectedText");
+
+    QTest::newRow("an unknown one")
+        << QStringList{QStringLiteral("--no-such-option")} << QByteArray("no-such-option");
+    QTest::newRow("a word too many")
+        << QStringList{QStringLiteral("word")} << QByteArray("Unexpected argument: word");
+    QTest::newRow("a scale of zero")
+        << QStringList{QStringLiteral("--time-scale"), QStringLiteral("0")}
+        << QByteArray("--time-scale needs a number above 0");
+    QTest::newRow("an endless scale")
+        << QStringList{QStringLiteral("--time-scale"), QStringLiteral("inf")}
+        << QByteArray("--time-scale needs a number above 0");
+    QTest::newRow("a port that is none")
+        << QStringList{QStringLiteral("--tcp=70000")} << QByteArray("--tcp needs a port number");
+    QTest::newRow("a missing machines file")
+        << QStringList{QStringLiteral("--machines"), QStringLiteral("/nowhere/m.json")}
+        << QByteArray("Cannot read the machines file \"/nowhere/m.json\"");
+}
+
+void tst_Trovekd::refusesOptions()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, expectedText);
+    TestLog log;
+    const QTemporaryDir folder;
+    Daemon daemon(folder.path());
+
+    QVERIFY(daemon.start(arguments).isEmpty());
+
+    QCOMPARE(daemon.waitForEnd(), 1);
+    const QByteArray errors = daemon.process().readAllStandardError();
+    QVERIFY2(errors.contains(expectedText), errors.constData());
+    QCOMPARE(entries(folder.filePath(QStringLiteral("run"))), QStringList());
+}
+
+QTEST_GUILESS_MAIN(tst_Trovekd)
+#include "tst_trovekd.moc"
