@@ -1,13 +1,13 @@
 #include "trovek-ui/material_combo_box.h"
 
-#include <initializer_list>
+#include <QVector>
 
 namespace trovek {
 
 namespace {
 
 struct Suitability {
-    std::initializer_list<int> disabledRows;
+    QVector<int> disabledRows;
     int currentRow;
 };
 

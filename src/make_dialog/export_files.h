@@ -1,0 +1,28 @@
+#pragma once
+
+#include "trovek-ui/file_chooser.h"
+
+#include <QString>
+
+#include <list>
+
+namespace trovek {
+
+/** The kinds of file that a make dialog exports, in the order of the save dialog. */
+std::list<FileFilter> exportFilters();
+
+/**
+ * The filters with that one preselected whose text was saved, else the first.
+ * @throws std::runtime_error "Empty filters"
+ */
+FileFilterList preselectFilter(const std::list<FileFilter>& filters, const QString& savedText);
+
+/**
+ * Creates an empty file in a temporary folder of its own, writable for the service, which may run
+ * under another account. The folder is removed with the managed directories.
+ * @return its absolute path
+ * @throws std::runtime_error "Failed to create temporary file"
+ */
+QString createServiceOutput(const QString& fileName);
+
+} // namespace trovek
