@@ -37,6 +37,9 @@ public:
     void clickAndAnswer(const std::function<void()>& click,
                         const std::function<void(QDialog& dialog)>& answer);
 
+    /** Clicks where no dialog is to come; one that comes is closed, and its text is thrown. */
+    void click(const std::function<void()>& click);
+
     /** Types a path into a file dialog, chooses the filter whose text begins so, and accepts. */
     static void fillFileDialog(QDialog& dialog, const QString& path, const QString& filterStart,
                                const std::function<void()>& beforeAccepting = nullptr);

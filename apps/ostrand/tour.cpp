@@ -6,6 +6,7 @@
 
 #include <trovek-ui/export_job_mover.h>
 #include <trovek-ui/machine_combo_box.h>
+#include <trovek-ui/make_dialog.h>
 #include <trovek-ui/trovekqt.h>
 
 #include <trovek/log.h>
@@ -169,8 +170,8 @@ void Tour::print(const QString& file)
         fail(QStringLiteral("There is no machine to print with"));
     say(QStringLiteral("Print on ") + trovek::toQString(machine->displayName()));
     photograph(dialog, QStringLiteral("make"), QStringLiteral("Printing now"));
-    const trovek::Job::ID job =
-        jobStartedBy([&] { button(dialog, "mainButton").click(); });
+    const trovek::Job::ID job = jobStartedBy(
+        [&] { m_robot.click([&] { button(dialog, "mainButton").click(); }); });
     JobListModel& jobs = m_host.window().jobs();
     m_robot.waitFor(
         [&] {
