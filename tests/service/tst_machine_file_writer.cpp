@@ -397,7 +397,8 @@ void tst_MachineFileWriter::takesAsLongAsEstimated()
     const Written file = written(machine, format, gcode);
 
     double moves = 0;
-    for (const MachineFileReplay::Stop& stop : MachineFileReplay(file.commands).stops())
+    const MachineFileReplay replay(file.commands);
+    for (const MachineFileReplay::Stop& stop : replay.stops())
         moves += stop.seconds;
     // The file heats while it homes and lifts the nozzle by 5 mm, and homes X once more at its end.
     const double lift = 5 / machine.maxFeed[MotorZ];
