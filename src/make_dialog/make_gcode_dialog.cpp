@@ -67,6 +67,7 @@ MakeGCodeDialog::MakeGCodeDialog(TrovekQt& facade, const QString& inputFile, QSe
     m_extruder->addItem(QIcon(QStringLiteral(":/make/extruder_dual.png")), tr("Dual"));
     m_extruder->setCurrentIndex(kFallbackIndex);
     m_extruderWarning->setObjectName(QStringLiteral("extruderWarning"));
+    m_extruderWarning->setWordWrap(true);
 
     QFormLayout& form = formLayout();
     form.addRow(tr("File:"), file);
