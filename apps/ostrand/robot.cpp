@@ -133,7 +133,17 @@ void Robot::clickAndAnswer(const std::function<void()>& click,
         }
     });
     look.start();
-    click();
+    // From a loop of its own: what the click deletes later is then gone when that loop ends.
+    QEventLoop loop;
+    QTimer::singleShot(0, &loop, [&] {
+        try {
+            click();
+        } catch (...) {
+            failure = std::current_exception();
+        }
+        loop.quit();
+    });
+    loop.exec();
     look.stop();
     if (failure)
         std::rethrow_exception(failure);
