@@ -2,12 +2,15 @@
 
 #include "rpcwire/json_text.h"
 
+#include <nlohmann/json.hpp>
+
 #include <QString>
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
 #include <cstdint>
+#include <limits>
+#include <utility>
+#include <vector>
 
 namespace rpcwire {
 
@@ -16,58 +19,94 @@ namespace {
 /** JsonCpp keeps the length of a member's name in 30 bits. */
 constexpr std::size_t kMaxTextBytes = (std::size_t(1) << 30) - 1;
 
-constexpr unsigned kReplacementCharacter = 0xFFFD;
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-bool isDigit(char character)
+/** Builds the value from the events of the reader, which keeps no stack on the call stack. */
+class ValueBuilder : public nlohmann::json_sax<nlohmann::json>
 {
-    return character >= '0' && character <= '9';
-}
+public:
+    Json::Value takeValue() { return std::move(m_root); }
+    const std::string& error() const { return m_error; }
 
-bool isHighSurrogate(unsigned unit)
-{
-    return unit >= 0xD800 && unit < 0xDC00;
-}
+    bool null() override { return add(Json::Value()); }
+    bool boolean(bool value) override { return add(value); }
+    bool number_integer(number_integer_t value) override { return add(Json::Int64(value)); }
 
-bool isLowSurrogate(unsigned unit)
-{
-    return unit >= 0xDC00 && unit < 0xE000;
-}
-
-void appendUtf8(unsigned codePoint, std::string* string)
-{
-    const auto append = [string](unsigned byte) {
-        string->push_back(static_cast<char>(byte));
-    };
-    if (codePoint < 0x80) {
-        append(codePoint);
-        return;
+    bool number_unsigned(number_unsigned_t value) override
+    {
+        // Signed where it fits, as JsonCpp's own reader has it.
+        if (value <= std::uint64_t(std::numeric_limits<std::int64_t>::max()))
+            return add(Json::Int64(value));
+        return add(Json::UInt64(value));
     }
-    if (codePoint < 0x800) {
-        append(0xC0 | codePoint >> 6);
-    } else {
-        if (codePoint < 0x10000) {
-            append(0xE0 | codePoint >> 12);
-        } else {
-            append(0xF0 | codePoint >> 18);
-            append(0x80 | (codePoint >> 12 & 0x3F));
-        }
-        append(0x80 | (codePoint >> 6 & 0x3F));
-    }
-    append(0x80 | (codePoint & 0x3F));
-}
 
-/** False when the type does not hold the number. */
-template <typename Number>
-bool convert(std::string_view digits, Json::Value* value)
-{
-    Number number = 0;
-    const char* const end = digits.data() + digits.size();
-    const auto result = std::from_chars(digits.data(), end, number);
-    if (result.ec != std::errc() || result.ptr != end)
+    bool number_float(number_float_t value, const string_t&) override { return add(value); }
+
+    bool string(string_t& value) override { return add(Json::Value(value)); }
+    bool binary(binary_t&) override { return fail("binary data"); }
+
+    bool start_object(std::size_t) override { return open(Json::objectValue); }
+    bool start_array(std::size_t) override { return open(Json::arrayValue); }
+    bool end_object() override { return close(); }
+    bool end_array() override { return close(); }
+
+    bool key(string_t& name) override
+    {
+        m_name = std::move(name);
+        return !m_open.back()->isMember(m_name) || fail("member stands twice");
+    }
+
+    bool parse_error(std::size_t position, const std::string&,
+                     const nlohmann::detail::exception& exception) override
+    {
+        const bool isRange = dynamic_cast<const nlohmann::detail::out_of_range*>(&exception);
+        return fail((isRange ? "number out of range at byte " : "syntax error at byte ") +
+                    std::to_string(position));
+    }
+
+private:
+    Json::Value* place()
+    {
+        if (m_open.empty())
+            return &m_root;
+        Json::Value& parent = *m_open.back();
+        return parent.isArray() ? &parent.append(Json::Value()) : &parent[m_name];
+    }
+
+    bool add(Json::Value value)
+    {
+        *place() = std::move(value);
+        return true;
+    }
+
+    bool open(Json::ValueType type)
+    {
+        if (m_open.size() >= static_cast<std::size_t>(kMaxJsonDepth))
+            return fail("nested too deeply");
+        Json::Value* const container = place();
+        *container = Json::Value(type);
+        m_open.push_back(container);
+        return true;
+    }
+
+    bool close()
+    {
+        m_open.pop_back();
+        return true;
+    }
+
+    bool fail(const std::string& reason)
+    {
+        m_error = reason;
         return false;
-    *value = number;
-    return true;
-}
+    }
+
+    Json::Value m_root;
+    /** From the outermost to the innermost container that is not closed yet. */
+    std::vector<Json::Value*> m_open;
+    std::string m_name;
+    std::string m_error;
+};
 
 } // namespace
 
@@ -79,233 +118,30 @@ std::string toValidUtf8(std::string_view bytes)
     if (std::all_of(bytes.begin(), bytes.end(), isAscii))
         return std::string(bytes);
     // Qt takes a byte order mark at the very start for no part of the text.
-    const bool startsWithMark = bytes.substr(0, 3) == "\xEF\xBB\xBF";
+    const bool startsWithMark = bytes.substr(0, 3) == kByteOrderMark;
     const QString text = QString::fromUtf8(bytes.data(), static_cast<int>(bytes.size()));
-    return (startsWithMark ? "\xEF\xBB\xBF" : "") + text.toStdString();
+    return std::string(startsWithMark ? kByteOrderMark : "") + text.toStdString();
 }
 
-JsonReader::JsonReader(std::string_view text)
-    : m_text(text)
-{}
-
-bool JsonReader::read(Json::Value* value)
+bool readJson(std::string_view text, Json::Value* value, std::string* error)
 {
-    if (m_text.size() > kMaxTextBytes)
-        return fail("text is too long");
-    if (!readValue(value, 0))
+    if (text.size() > kMaxTextBytes) {
+        *error = "text is too long";
         return false;
-    skipSpace();
-    return atEnd() || fail("more than one value");
-}
-
-bool JsonReader::readValue(Json::Value* value, int depth)
-{
-    skipSpace();
-    if (atEnd())
-        return fail("text ends where a value is expected");
-    switch (m_text[m_at]) {
-    case '{':
-        return readObject(value, depth + 1);
-    case '[':
-        return readArray(value, depth + 1);
-    case '"': {
-        std::string string;
-        if (!readString(&string))
-            return false;
-        *value = string;
-        return true;
     }
-    case 't':
-        return readWord("true", true, value);
-    case 'f':
-        return readWord("false", false, value);
-    case 'n':
-        return readWord("null", Json::Value(), value);
-    default:
-        return readNumber(value);
-    }
-}
-
-bool JsonReader::readObject(Json::Value* value, int depth)
-{
-    if (depth > kMaxJsonDepth)
-        return fail("nested too deeply");
-    *value = Json::Value(Json::objectValue);
-    take('{');
-    skipSpace();
-    if (take('}'))
-        return true;
-    for (;;) {
-        skipSpace();
-        std::string name;
-        if (!readString(&name))
-            return false;
-        if (value->isMember(name))
-            return fail("member stands twice");
-        skipSpace();
-        if (!take(':'))
-            return fail("':' expected");
-        if (!readValue(&(*value)[name], depth))
-            return false;
-        skipSpace();
-        if (take('}'))
-            return true;
-        if (!take(','))
-            return fail("',' or '}' expected");
-    }
-}
-
-bool JsonReader::readArray(Json::Value* value, int depth)
-{
-    if (depth > kMaxJsonDepth)
-        return fail("nested too deeply");
-    *value = Json::Value(Json::arrayValue);
-    take('[');
-    skipSpace();
-    if (take(']'))
-        return true;
-    for (;;) {
-        if (!readValue(&value->append(Json::Value()), depth))
-            return false;
-        skipSpace();
-        if (take(']'))
-            return true;
-        if (!take(','))
-            return fail("',' or ']' expected");
-    }
-}
-
-bool JsonReader::readString(std::string* string)
-{
-    if (!take('"'))
-        return fail("string expected");
-    std::size_t plainStart = m_at;
-    const auto appendPlain = [&] {
-        string->append(m_text.substr(plainStart, m_at - plainStart));
-    };
-    for (; !atEnd(); ++m_at) {
-        const char character = m_text[m_at];
-        if (static_cast<unsigned char>(character) < 0x20)
-            return fail("control character in a string");
-        if (character == '"') {
-            appendPlain();
-            ++m_at;
-            *string = toValidUtf8(*string);
-            return true;
-        }
-        if (character != '\\')
-            continue;
-        appendPlain();
-        ++m_at;
-        if (!readEscape(string))
-            return false;
-        plainStart = m_at + 1;
-    }
-    return fail("string does not end");
-}
-
-/** Stands behind the backslash before, and on the last character of the escape after. */
-bool JsonReader::readEscape(std::string* string)
-{
-    constexpr std::string_view names = "\"\\/bfnrt";
-    constexpr std::string_view meanings = "\"\\/\b\f\n\r\t";
-    if (atEnd())
-        return fail("string does not end");
-    const std::size_t index = names.find(m_text[m_at]);
-    if (index != std::string_view::npos) {
-        string->push_back(meanings[index]);
-        return true;
-    }
-    unsigned unit = 0;
-    if (!readCodeUnit(&unit))
+    // Where the reader would take a text for ended, and skip what is no part of one.
+    if (text.find('\0') != std::string_view::npos || text.substr(0, 3) == kByteOrderMark) {
+        *error = "zero byte or byte order mark";
         return false;
-    if (isHighSurrogate(unit) && m_text.substr(m_at + 1, 2) == "\\u") {
-        const std::size_t endOfFirst = m_at;
-        m_at += 2;
-        unsigned second = 0;
-        if (!readCodeUnit(&second))
-            return false;
-        if (isLowSurrogate(second))
-            unit = 0x10000 + ((unit - 0xD800) << 10) + (second - 0xDC00);
-        else
-            m_at = endOfFirst; // an escape of its own
     }
-    if (isHighSurrogate(unit) || isLowSurrogate(unit))
-        unit = kReplacementCharacter;
-    appendUtf8(unit, string);
-    return true;
-}
-
-/** Stands on the "u" before, and on the last digit after. */
-bool JsonReader::readCodeUnit(unsigned* unit)
-{
-    constexpr int digitCount = 4;
-    const std::string_view digits =
-        m_text[m_at] == 'u' ? m_text.substr(m_at + 1, digitCount) : std::string_view();
-    const char* const end = digits.data() + digits.size();
-    if (digits.size() != digitCount || std::from_chars(digits.data(), end, *unit, 16).ptr != end)
-        return fail("bad escape in a string");
-    m_at += digitCount;
-    return true;
-}
-
-bool JsonReader::readNumber(Json::Value* value)
-{
-    const std::size_t start = m_at;
-    take('-');
-    if (!take('0') && !readDigits())
-        return fail("value expected");
-    const std::size_t endOfInteger = m_at;
-    if (take('.') && !readDigits())
-        return fail("digit expected");
-    if (take('e') || take('E')) {
-        if (!take('+'))
-            take('-');
-        if (!readDigits())
-            return fail("digit expected");
-    }
-    const std::string_view digits = m_text.substr(start, m_at - start);
-    const bool isInteger = m_at == endOfInteger;
-    if (isInteger &&
-        (convert<std::int64_t>(digits, value) || convert<std::uint64_t>(digits, value)))
-        return true;
-    return convert<double>(digits, value) || fail("number out of range");
-}
-
-bool JsonReader::readDigits()
-{
-    const std::size_t start = m_at;
-    while (!atEnd() && isDigit(m_text[m_at]))
-        ++m_at;
-    return m_at > start;
-}
-
-bool JsonReader::readWord(std::string_view word, const Json::Value& meaning, Json::Value* value)
-{
-    if (m_text.substr(m_at, word.size()) != word)
-        return fail("value expected");
-    m_at += word.size();
-    *value = meaning;
-    return true;
-}
-
-bool JsonReader::take(char character)
-{
-    if (atEnd() || m_text[m_at] != character)
+    const std::string valid = toValidUtf8(text);
+    ValueBuilder builder;
+    if (!nlohmann::json::sax_parse(valid, &builder)) {
+        *error = builder.error();
         return false;
-    ++m_at;
+    }
+    *value = builder.takeValue();
     return true;
-}
-
-void JsonReader::skipSpace()
-{
-    m_at = std::min(m_text.find_first_not_of(" \t\r\n", m_at), m_text.size());
-}
-
-bool JsonReader::fail(const char* reason)
-{
-    m_error = std::string(reason) + " at byte " + std::to_string(m_at);
-    return false;
 }
 
 } // namespace rpcwire

@@ -48,15 +48,11 @@ void nullNonFiniteReals(Json::Value* value)
 
 bool parseJson(std::string_view text, Json::Value* value, std::string* error)
 {
-    Json::Value document;
-    JsonReader reader(text);
-    if (!reader.read(&document)) {
-        if (error)
-            *error = reader.error();
-        return false;
-    }
-    *value = std::move(document);
-    return true;
+    std::string reason;
+    const bool read = readJson(text, value, &reason);
+    if (!read && error)
+        *error = reason;
+    return read;
 }
 
 std::string toJsonLine(const Json::Value& value)

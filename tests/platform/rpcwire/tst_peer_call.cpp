@@ -386,7 +386,7 @@ void tst_PeerCall::endsAtOnceOnWhatCannotBeTrusted_data()
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<QString>("reason");
     QTest::newRow("garbage") << QByteArray("hello\n")
-                             << QStringLiteral("A frame is not JSON: value expected at byte 0");
+                             << QStringLiteral("A frame is not JSON: syntax error at byte 1");
     QTest::newRow("too long") << QByteArray(1000, ' ')
                               << QStringLiteral("A frame exceeds the limit of 500 bytes");
     QTest::newRow("odd answer") << object("\"id\":1")
@@ -423,7 +423,7 @@ void tst_PeerCall::returnsAnAnswerThatStandsBeforeTheEnd()
     Events events(peer);
     QCOMPARE(outcomeOf(peer, "m"), QStringLiteral("true"));
     QTRY_COMPARE(events.list, QStringList(QStringLiteral(
-                                  "closed A frame is not JSON: value expected at byte 0")));
+                                  "closed A frame is not JSON: syntax error at byte 1")));
 }
 
 void tst_PeerCall::throwsAtOnceWhenClosed()

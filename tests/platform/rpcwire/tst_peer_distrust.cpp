@@ -57,16 +57,16 @@ void tst_PeerDistrust::closesOnWhatCannotBeTrusted_data()
         R"({"jsonrpc":"2.0","id":null,"error":{"code":-32700,"message":"Parse error"}})";
     const char* const invalidRequest =
         R"({"jsonrpc":"2.0","id":null,"error":{"code":-32600,"message":"Invalid request"}})";
-    row("garbage", "hello\n", "A frame is not JSON: value expected at byte 0", parseError);
-    row("zero bytes", QByteArray("\0\0\n", 3), "A frame is not JSON: value expected at byte 0",
+    row("garbage", "hello\n", "A frame is not JSON: syntax error at byte 1", parseError);
+    row("zero bytes", QByteArray("\0\0\n", 3), "A frame is not JSON: zero byte or byte order mark",
         parseError);
-    row("trailing data", "{} {}\n", "A frame is not JSON: more than one value at byte 3",
+    row("trailing data", "{} {}\n", "A frame is not JSON: syntax error at byte 4",
         parseError);
     row("cut object", "{\"jsonrpc\":\n",
-        "A frame is not JSON: text ends where a value is expected at byte 11", parseError);
+        "A frame is not JSON: syntax error at byte 12", parseError);
     row("nested too deeply", QByteArray(501, '[') + '\n',
-        "A frame is not JSON: nested too deeply at byte 500", parseError);
-    row("wrong charset", "\xFF\xFEh\n", "A frame is not JSON: value expected at byte 0",
+        "A frame is not JSON: nested too deeply", parseError);
+    row("wrong charset", "\xFF\xFEh\n", "A frame is not JSON: syntax error at byte 2",
         parseError);
     row("a number", "1\n", "A frame is not a JSON object", invalidRequest);
     row("a batch", "[" + notificationBytes(0).trimmed() + "]\n", "A frame is not a JSON object",
