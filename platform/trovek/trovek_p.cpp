@@ -54,11 +54,8 @@ const Json::Value& listMember(const Json::Value& object, const char* name)
 
 Trovek::Private::Private(Trovek& trovek) : m_trovek(trovek) {}
 
-Trovek::Private::~Private()
-{
-    // Requests end with the link, and their handlers belong to a derived part that has gone.
-    m_alive.reset();
-}
+// Peer and context go with it, and with them every request, event and hook that was to come.
+Trovek::Private::~Private() = default;
 
 // ---- The link
 
@@ -163,7 +160,6 @@ void Trovek::Private::endLink()
     if (!m_linkStands)
         return;
     m_linkStands = false;
-    m_serviceVersion.clear();
 
     retirePeer();
 
@@ -230,18 +226,13 @@ int Trovek::Private::scaled(int timeoutMs) const
 void Trovek::Private::request(const std::string& method, const Json::Value& params,
                               rpcwire::Peer::AnswerHandler handler)
 {
-    const auto guarded = [alive = std::weak_ptr<int>(m_alive), handler = std::move(handler)](
-                             const Json::Value& result, const std::exception* error) {
-        if (!alive.expired())
-            handler(result, error);
-    };
     if (m_peer) {
-        m_peer->request(method, params, guarded);
+        m_peer->request(method, params, std::move(handler));
         return;
     }
-    const auto fail = [guarded] {
+    const auto fail = [handler = std::move(handler)] {
         const rpcwire::ConnectionError error("Not connected to the service");
-        guarded(Json::Value(), &error);
+        handler(Json::Value(), &error);
     };
     QMetaObject::invokeMethod(&m_context, fail, Qt::QueuedConnection);
 }

@@ -83,7 +83,6 @@ private:
     void markGone(Printer* printer);
 
     Trovek& m_trovek;
-    std::shared_ptr<int> m_alive = std::make_shared<int>();
     QObject m_context;
     std::unique_ptr<rpcwire::Peer> m_peer;
     std::string m_serviceVersion;

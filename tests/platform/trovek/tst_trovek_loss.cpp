@@ -26,6 +26,7 @@ private slots:
     void disconnectingIsAnnouncedLater();
     void disconnectingBeforeTheAnnouncementsSaysOnlyThat();
     void connectingTwiceClosesTheFirstLink();
+    void connectingTwiceToOneServiceKeepsWhatIsThere();
     void connectingAnewWorks();
     void connectingAnewFromADisconnectedHookWorks();
     void connectingAnewFromAnyHookWorks();
@@ -150,6 +151,26 @@ void tst_TrovekLoss::connectingTwiceClosesTheFirstLink()
     QTRY_COMPARE(first.clientCount(), 0);
     QVERIFY(client.isConnected());
     QVERIFY(client.printerFromKey(MachineName("right"))->isConnected());
+}
+
+void tst_TrovekLoss::connectingTwiceToOneServiceKeepsWhatIsThere()
+{
+    TestLog log;
+    ScriptedService service;
+    addOneMachine(service);
+    RecordingTrovek client;
+    client.connectToDaemon(service.address());
+    QTRY_COMPARE(client.story(), kArrival);
+    client.events.clear();
+    std::string seen;
+    client.onEvent = [&](const std::string&) {
+        seen += std::to_string(client.printers().size()) + std::to_string(client.ports().size());
+        seen += client.printerFromKey(kLeft)->isConnected() ? " " : "gone ";
+    };
+    client.connectToDaemon(service.address());
+    QTRY_COMPARE(client.story(), kDeparture + ", " + kArrival);
+    // The farewell is the old link's; what the new one brought is there all the time.
+    QCOMPARE(seen, std::string("11 11 11 11 11 "));
 }
 
 void tst_TrovekLoss::connectingAnewWorks()
