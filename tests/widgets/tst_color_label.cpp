@@ -2,6 +2,7 @@
 
 #include <trovek-ui/color_label.h>
 
+#include <QApplication>
 #include <QImage>
 #include <QPalette>
 #include <QTest>
@@ -36,11 +37,21 @@ class tst_ColorLabel : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase();
     void isBlackAtFirst();
     void showsItsColor();
     void isGreyWhileDisabled();
     void hasRoundCornersInABorder();
 };
+
+void tst_ColorLabel::initTestCase()
+{
+    // Most styles have the same button colour for both states.
+    QPalette palette;
+    palette.setColor(QPalette::Active, QPalette::Button, QColor(220, 220, 220));
+    palette.setColor(QPalette::Disabled, QPalette::Button, QColor(100, 110, 120));
+    QApplication::setPalette(palette);
+}
 
 void tst_ColorLabel::isBlackAtFirst()
 {
