@@ -30,9 +30,11 @@ QStringList runFileDialog(QWidget* parent, const QString& caption, const QString
     const QPointer<QFileDialog> dialog =
         new QFileDialog(parent, caption, path, filters.joinedFilterString());
     dialog->setOptions(options);
-    dialog->setAcceptMode(acceptMode);
     dialog->setFileMode(fileMode);
+    // Before it is a save dialog: there a filter replaces what follows the last dot of the proposed
+    // name, also in "cube 0.2mm".
     dialog->selectNameFilter(selectedFilter);
+    dialog->setAcceptMode(acceptMode);
 
     const bool accepted = dialog->exec() == QDialog::Accepted;
     QStringList chosen;
