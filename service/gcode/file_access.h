@@ -21,8 +21,9 @@ std::unique_ptr<QFile> openInput(const std::string& path);
 /**
  * Opens a file that a client made for the service to write into, and empties it.
  *
- * It must be there already: a regular file of the user that the service runs as, with one name only, and
- * neither it nor its folder may be a link. A file that fails a check keeps its contents. Nothing is created.
+ * It must be there already: a regular file of the user that the service runs as, with one name
+ * only, and neither it nor its folder may be a link. A file that fails a check keeps its contents.
+ * Nothing is created.
  * @param path absolute, UTF-8
  * @throws std::runtime_error for a user, with the path
  */

@@ -30,8 +30,7 @@ class Descriptor
 public:
     explicit Descriptor(int descriptor)
         : m_descriptor(descriptor)
-    {
-    }
+    {}
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
     ~Descriptor()
@@ -105,10 +104,12 @@ std::unique_ptr<QFile> openOutput(const std::string& path)
     const std::string folder = slash == 0 ? "/" : path.substr(0, slash);
     const std::string name = path.substr(slash + 1);
     // The folder is held while its file is opened, so that nobody swaps it for a link in between.
-    const Descriptor parent(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    const Descriptor parent(
+        ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (!parent.isValid()) {
-        fail(doing, path, errno == ELOOP || errno == ENOTDIR ? "its folder is none, or is a link"
-                                                             : systemReason());
+        fail(doing, path,
+             errno == ELOOP || errno == ENOTDIR ? "its folder is none, or is a link"
+                                                : systemReason());
     }
     Descriptor descriptor(::openat(parent.get(), name.c_str(),
                                    O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));

@@ -21,9 +21,8 @@ GCodeArc::GCodeArc(const GCodePoint& start, const GCodePoint& end, double center
     , m_radius(std::hypot(start.position[0] - centerX, start.position[1] - centerY))
     , m_startAngle(std::atan2(start.position[1] - centerY, start.position[0] - centerX))
 {
-    const bool fullCircle =
-        std::hypot(end.position[0] - start.position[0], end.position[1] - start.position[1])
-        < kSamePointMm;
+    const bool fullCircle = std::hypot(end.position[0] - start.position[0],
+                                       end.position[1] - start.position[1]) < kSamePointMm;
     const double endAngle = std::atan2(end.position[1] - centerY, end.position[0] - centerX);
     m_sweep = fullCircle ? 0 : endAngle - m_startAngle;
     if (clockwise && m_sweep >= 0)

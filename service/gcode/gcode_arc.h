@@ -6,14 +6,16 @@
 namespace trovek::service {
 
 /** Where a move ends, as its file counts: millimetres of X, Y, Z and of filament. */
-struct GCodePoint {
+struct GCodePoint
+{
     std::array<double, 3> position{};
     double extruded = 0;
     /** False for a move of filament alone. */
     bool namesPosition = true;
 };
 
-/** An arc in the XY plane (with Z and filament in proportion), handed out as chords within 0.01 mm of it. */
+/** An arc in the XY plane (with Z and filament in proportion), handed out as chords within 0.01 mm
+ * of it. */
 class GCodeArc
 {
 public:

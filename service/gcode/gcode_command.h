@@ -11,13 +11,14 @@ namespace trovek::service {
 /**
  * Millimetres of X, Y, Z and of filament pushed by the first (A) and the second (B) extruder.
  *
- * These are the machine's counters: where the first tool's nozzle is, whichever tool is in use, in the
- * coordinates that G92 last gave.
+ * These are the machine's counters: where the first tool's nozzle is, whichever tool is in use, in
+ * the coordinates that G92 last gave.
  */
 using MachinePosition = std::array<double, 5>;
 
 /** A straight move of all motors together. */
-struct MoveCommand {
+struct MoveCommand
+{
     MachinePosition target;
     /** Of X, Y and Z together; of the filament when only that moves. Millimetres, above 0. */
     double distance = 0;
@@ -30,12 +31,14 @@ struct MoveCommand {
 };
 
 /** The counters count from `position` on; nothing moves. */
-struct SetPositionCommand {
+struct SetPositionCommand
+{
     MachinePosition position;
 };
 
 /** The named axes go to their end stops; the counters are at `position` then. */
-struct HomeCommand {
+struct HomeCommand
+{
     /** X, Y, Z. */
     std::array<bool, 3> axes;
     MachinePosition position;
@@ -43,12 +46,14 @@ struct HomeCommand {
     double seconds = 0;
 };
 
-struct ToolChangeCommand {
+struct ToolChangeCommand
+{
     /** 0 right or only, 1 left. */
     int tool = 0;
 };
 
-struct ToolTemperatureCommand {
+struct ToolTemperatureCommand
+{
     int tool = 0;
     /** Degrees Celsius; 0 is off. */
     int celsius = 0;
@@ -56,40 +61,47 @@ struct ToolTemperatureCommand {
     bool wait = false;
 };
 
-struct PlatformTemperatureCommand {
+struct PlatformTemperatureCommand
+{
     int celsius = 0;
     bool wait = false;
 };
 
 /** The fan beside a tool. */
-struct FanCommand {
+struct FanCommand
+{
     int tool = 0;
     bool on = false;
 };
 
-struct DwellCommand {
+struct DwellCommand
+{
     std::uint32_t milliseconds = 0;
 };
 
-struct MotorsCommand {
+struct MotorsCommand
+{
     /** X, Y, Z, A, B. */
     std::array<bool, 5> motors;
     bool enable = false;
 };
 
-struct MessageCommand {
+struct MessageCommand
+{
     /** As in the file; any bytes but line ends. */
     std::string text;
 };
 
 /** What the G-code itself says of its progress. */
-struct ProgressCommand {
+struct ProgressCommand
+{
     /** 0 to 100. */
     int percent = 0;
 };
 
 /** One thing for a machine to do, and the line that says so. */
-struct MachineCommand {
+struct MachineCommand
+{
     /** Of its section, from 1. */
     std::uint64_t line = 0;
     /** Index of its section. */

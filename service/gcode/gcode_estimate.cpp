@@ -9,7 +9,8 @@ namespace trovek::service {
 namespace {
 
 template <typename... Functions>
-struct Overloaded : Functions... {
+struct Overloaded : Functions...
+{
     using Functions::operator()...;
 };
 template <typename... Functions>
@@ -36,21 +37,21 @@ double ProgramClock::setTarget(HeaterState& heater, int celsius, bool wait)
 
 double ProgramClock::advance(const MachineCommand& command)
 {
-    const double seconds = std::visit(
-        Overloaded{
-            [](const MoveCommand& move) { return move.seconds; },
-            [](const HomeCommand& home) { return home.seconds; },
-            [](const DwellCommand& dwell) { return dwell.milliseconds / 1000.0; },
-            [this](const ToolTemperatureCommand& heat) {
-                return setTarget(m_tools[static_cast<std::size_t>(heat.tool)], heat.celsius,
-                                 heat.wait);
-            },
-            [this](const PlatformTemperatureCommand& heat) {
-                return setTarget(m_platform, heat.celsius, heat.wait);
-            },
-            [](const auto&) { return 0.0; },
-        },
-        command.action);
+    const double seconds =
+        std::visit(Overloaded{
+                       [](const MoveCommand& move) { return move.seconds; },
+                       [](const HomeCommand& home) { return home.seconds; },
+                       [](const DwellCommand& dwell) { return dwell.milliseconds / 1000.0; },
+                       [this](const ToolTemperatureCommand& heat) {
+                           return setTarget(m_tools[static_cast<std::size_t>(heat.tool)],
+                                            heat.celsius, heat.wait);
+                       },
+                       [this](const PlatformTemperatureCommand& heat) {
+                           return setTarget(m_platform, heat.celsius, heat.wait);
+                       },
+                       [](const auto&) { return 0.0; },
+                   },
+                   command.action);
     m_seconds += seconds;
     return seconds;
 }
@@ -76,8 +77,8 @@ GCodeEstimate estimateGCode(const MachineDefinition& machine, std::vector<GCodeS
         } else if (const auto* set = std::get_if<SetPositionCommand>(&command.action)) {
             position = set->position;
         }
-        if (++estimate.commands % kCommandsPerProgress == 0 && progress
-            && !progress(program.bytesRead()))
+        if (++estimate.commands % kCommandsPerProgress == 0 && progress &&
+            !progress(program.bytesRead()))
             throw GCodeCanceled();
     }
     estimate.seconds = clock.seconds();

@@ -13,7 +13,8 @@ namespace trovek::service {
 struct MachineDefinition;
 struct HeaterDefinition;
 
-/** How long commands take on a machine that starts cold: moves at their feed, heating by its curves. */
+/** How long commands take on a machine that starts cold: moves at their feed, heating by its
+ * curves. */
 class ProgramClock
 {
 public:
@@ -26,7 +27,8 @@ public:
     double seconds() const { return m_seconds; }
 
 private:
-    struct HeaterState {
+    struct HeaterState
+    {
         const HeaterDefinition* definition = nullptr;
         double celsius = 0;
         int target = 0;
@@ -47,11 +49,13 @@ public:
     const char* what() const noexcept override { return "Canceled"; }
 };
 
-/** Called every kCommandsPerProgress commands with the bytes read up to now; false stops the work. */
+/** Called every kCommandsPerProgress commands with the bytes read up to now; false stops the work.
+ */
 using GCodeProgress = std::function<bool(std::uint64_t bytesRead)>;
 constexpr std::uint64_t kCommandsPerProgress = 4096;
 
-struct GCodeEstimate {
+struct GCodeEstimate
+{
     /** Heating and homing included. */
     double seconds = 0;
     /** Filament pushed less filament pulled back, in millimetres, of tools 0 and 1. */

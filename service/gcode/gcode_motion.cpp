@@ -16,7 +16,8 @@ constexpr char kAxisLetters[] = {'X', 'Y', 'Z'};
 constexpr double kFirstFeed = 25;
 /** Keeps one line from taking a machine for days. */
 constexpr double kSlowestFeed = 0.1;
-/** Machines count steps in 32 bits; half of that leaves room for the build volume and tool offsets. */
+/** Machines count steps in 32 bits; half of that leaves room for the build volume and tool offsets.
+ */
 constexpr double kMostSteps = 1 << 30;
 constexpr double kNothingMoves = 1e-9;
 /** Slicers round to hundredths, also on the very edge. */
@@ -26,9 +27,9 @@ constexpr double kRadiusTolerance = 0.05;
 
 bool allHaveValues(const GCodeLine& line, std::string_view letters)
 {
-    return line.hasOnly(letters)
-           && std::all_of(letters.begin(), letters.end(),
-                          [&](char c) { return !line.has(c) || line.hasValue(c); });
+    return line.hasOnly(letters) && std::all_of(letters.begin(), letters.end(), [&](char c) {
+               return !line.has(c) || line.hasValue(c);
+           });
 }
 
 } // namespace
@@ -36,8 +37,7 @@ bool allHaveValues(const GCodeLine& line, std::string_view letters)
 GCodeMotion::GCodeMotion(const MachineDefinition& machine)
     : m_machine(machine)
     , m_feed(kFirstFeed)
-{
-}
+{}
 
 MachinePosition GCodeMotion::counters() const
 {
@@ -90,8 +90,8 @@ std::optional<GCodePoint> GCodeMotion::readMove(const GCodeLine& line)
 
 bool GCodeMotion::fitsCounter(int motor, double millimetres) const
 {
-    return std::abs(millimetres) * m_machine.stepsPerMm[static_cast<std::size_t>(motor)]
-           <= kMostSteps;
+    return std::abs(millimetres) * m_machine.stepsPerMm[static_cast<std::size_t>(motor)] <=
+           kMostSteps;
 }
 
 bool GCodeMotion::fitsFilament(const GCodePoint& target) const
@@ -125,7 +125,8 @@ std::optional<GCodeArc> GCodeMotion::readArc(const GCodeLine& line)
         const double half = std::hypot(dx, dy) / 2;
         if (half < kNothingMoves || half > std::abs(radius) + kRadiusTolerance)
             return std::nullopt;
-        // The centre lies beside the chord's middle; a negative radius asks for the longer way round.
+        // The centre lies beside the chord's middle; a negative radius asks for the longer way
+        // round.
         const double height = std::sqrt(std::max(radius * radius - half * half, 0.0));
         const double side = (radius > 0) == clockwise ? 1 : -1;
         centerX = start.position[0] + dx / 2 + side * height * dy / (2 * half);
@@ -150,9 +151,9 @@ void GCodeMotion::checkInside(const Point& target) const
         const AxisRange& range = m_machine.buildVolume[axis];
         if (place >= range.min - kVolumeTolerance && place <= range.max + kVolumeTolerance)
             continue;
-        throw std::runtime_error(std::string(1, kAxisLetters[axis]) + " " + numberText(place)
-                                 + " mm is outside the machine's build volume ("
-                                 + numberText(range.min) + " to " + numberText(range.max) + " mm)");
+        throw std::runtime_error(std::string(1, kAxisLetters[axis]) + " " + numberText(place) +
+                                 " mm is outside the machine's build volume (" +
+                                 numberText(range.min) + " to " + numberText(range.max) + " mm)");
     }
 }
 

@@ -12,11 +12,13 @@ namespace trovek::service {
 class GCodeLine;
 
 /**
- * Where a program's moves lead: units, absolute and relative positions, shifts by G92, tool offsets.
+ * Where a program's moves lead: units, absolute and relative positions, shifts by G92, tool
+ * offsets.
  *
- * Three kinds of coordinates meet here. A line names where the nozzle in use goes, in the file's shifted
- * coordinates. The shift added gives the place on the platform, which must lie inside the build volume.
- * The nozzle's offset taken away gives the machine's counters, which go into commands.
+ * Three kinds of coordinates meet here. A line names where the nozzle in use goes, in the file's
+ * shifted coordinates. The shift added gives the place on the platform, which must lie inside the
+ * build volume. The nozzle's offset taken away gives the machine's counters, which go into
+ * commands.
  *
  * The functions that take a line leave everything as it was when they cannot understand it.
  */

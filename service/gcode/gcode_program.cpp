@@ -27,8 +27,7 @@ bool isWhole(double value)
 GCodeError::GCodeError(Kind kind, const std::string& text)
     : std::runtime_error(text)
     , m_kind(kind)
-{
-}
+{}
 
 std::string GCodeRemarks::toString() const
 {
@@ -38,8 +37,8 @@ std::string GCodeRemarks::toString() const
     const auto append = [&](const std::string& part, std::uint64_t count, std::uint64_t line) {
         if (count == 0)
             return;
-        text += (text.empty() ? "" : "; ") + part + std::to_string(count)
-                + (count == 1 ? ", line " : ", first in line ") + std::to_string(line);
+        text += (text.empty() ? "" : "; ") + part + std::to_string(count) +
+                (count == 1 ? ", line " : ", first in line ") + std::to_string(line);
     };
     append("lines not understood: ", unreadableLines, firstUnreadableLine);
     append("moves that push cold filament: ", coldMoves, firstColdMoveLine);
@@ -55,8 +54,7 @@ public:
         , sections(std::move(theSections))
         , coldExtrusion(theColdExtrusion)
         , motion(theMachine)
-    {
-    }
+    {}
 
     bool readLine();
     bool interpret(MachineCommand& command);
@@ -97,8 +95,7 @@ public:
 GCodeProgram::GCodeProgram(const MachineDefinition& machine, std::vector<GCodeSection> sections,
                            ColdExtrusion coldExtrusion)
     : d(std::make_unique<Private>(machine, std::move(sections), coldExtrusion))
-{
-}
+{}
 
 GCodeProgram::~GCodeProgram() = default;
 
@@ -291,9 +288,9 @@ bool GCodeProgram::Private::move(MachineCommand& command, const GCodePoint& targ
     if (move->extruding && celsius < machine.minimumExtrusionCelsius) {
         if (coldExtrusion == RefuseCold) {
             throw GCodeError(GCodeError::ColdExtrusion,
-                             where() + "the extruder would push filament with a target of "
-                                 + std::to_string(celsius) + " °C; the machine needs "
-                                 + std::to_string(machine.minimumExtrusionCelsius) + " °C");
+                             where() + "the extruder would push filament with a target of " +
+                                 std::to_string(celsius) + " °C; the machine needs " +
+                                 std::to_string(machine.minimumExtrusionCelsius) + " °C");
         }
         if (remarks.coldMoves++ == 0)
             remarks.firstColdMoveLine = line.number();
@@ -344,8 +341,8 @@ std::optional<int> GCodeProgram::Private::celsius(bool wait, int limit, const ch
     const double target = std::round(line.value(letter));
     if (target > limit) {
         throw GCodeError(GCodeError::TemperatureLimit,
-                         where() + numberText(target) + " °C is above the machine's limit of "
-                             + std::to_string(limit) + " °C for " + what);
+                         where() + numberText(target) + " °C is above the machine's limit of " +
+                             std::to_string(limit) + " °C for " + what);
     }
     return static_cast<int>(target);
 }

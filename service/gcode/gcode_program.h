@@ -14,14 +14,16 @@ namespace trovek::service {
 struct MachineDefinition;
 
 /** A part of a program: the user's file, or start or end code around it. */
-struct GCodeSection {
+struct GCodeSection
+{
     /** For errors, for example "Start code"; empty for the user's own file. */
     std::string name;
     ByteSource source;
 };
 
 /** What a program did not turn into commands. */
-struct GCodeRemarks {
+struct GCodeRemarks
+{
     /** Codes without a counterpart, for example "G29", and how often each came. */
     std::map<std::string, std::uint64_t> leftOut;
     /** Lines that could not be understood; each was skipped. */
@@ -32,18 +34,19 @@ struct GCodeRemarks {
     std::uint64_t coldMoves = 0;
     std::uint64_t firstColdMoveLine = 0;
 
-    /** For a job's log: "left out: G29 (1), M201 (3); not understood: 2 lines, first line 17"; empty when nothing. */
+    /** For a job's log: "left out: G29 (1), M201 (3); not understood: 2 lines, first line 17";
+     * empty when nothing. */
     std::string toString() const;
 };
 
 /**
  * Turns G-code into what a machine does, one command at a time and in constant memory.
  *
- * Begins with absolute positions in millimetres, tool 0, all counters at zero, heaters off. The extruder
- * is relative when G91 or M83 says so. G92 shifts coordinates, and the build volume is always that of the
- * machine, whatever the shift; G92.1 takes the shift away. Several sections are read as one text.
- * What a line says is either understood as a whole or skipped and counted, never guessed.
- * docs/formats/gcode.md lists the codes.
+ * Begins with absolute positions in millimetres, tool 0, all counters at zero, heaters off. The
+ * extruder is relative when G91 or M83 says so. G92 shifts coordinates, and the build volume is
+ * always that of the machine, whatever the shift; G92.1 takes the shift away. Several sections are
+ * read as one text. What a line says is either understood as a whole or skipped and counted, never
+ * guessed. docs/formats/gcode.md lists the codes.
  */
 class GCodeProgram
 {
@@ -64,8 +67,8 @@ public:
 
     /**
      * @return false at the end
-     * @throws GCodeError "Line 12: " (or "Start code, line 3: ") with what the machine cannot do; nothing
-     *         can be read from the program afterwards
+     * @throws GCodeError "Line 12: " (or "Start code, line 3: ") with what the machine cannot do;
+     * nothing can be read from the program afterwards
      * @throws std::runtime_error from a source
      */
     bool next(MachineCommand& command);

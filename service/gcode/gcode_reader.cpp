@@ -49,8 +49,7 @@ public:
     explicit WordScanner(std::string_view text)
         : m_at(text.data())
         , m_end(text.data() + text.size())
-    {
-    }
+    {}
 
     /** @return whether anything is left */
     bool skipToWord()
@@ -181,8 +180,7 @@ bool GCodeLine::hasOnly(std::string_view letters) const
 GCodeReader::GCodeReader(ByteSource source)
     : m_source(std::move(source))
     , m_buffer(kBufferBytes)
-{
-}
+{}
 
 bool GCodeReader::next(GCodeLine& line)
 {
@@ -274,8 +272,8 @@ void GCodeReader::parse(GCodeLine& line) const
             return;
         letter = words.letter();
     }
-    if ((letter != 'G' && letter != 'M' && letter != 'T') || !words.atNumber()
-        || !words.integer(line.m_code))
+    if ((letter != 'G' && letter != 'M' && letter != 'T') || !words.atNumber() ||
+        !words.integer(line.m_code))
         return;
     line.m_letter = letter;
     if (words.skip('.') && (!words.atNumber() || !words.integer(line.m_subcode)))

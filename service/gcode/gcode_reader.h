@@ -11,8 +11,8 @@
 namespace trovek::service {
 
 /**
- * Where bytes come from: writes up to `size` of them to `buffer` and returns how many; 0 is the end.
- * Throws std::runtime_error when reading fails.
+ * Where bytes come from: writes up to `size` of them to `buffer` and returns how many; 0 is the
+ * end. Throws std::runtime_error when reading fails.
  */
 using ByteSource = std::function<std::size_t(char* buffer, std::size_t size)>;
 
@@ -52,7 +52,8 @@ public:
     /** Whether all parameters are among these letters. */
     bool hasOnly(std::string_view letters) const;
 
-    /** What stands behind the command up to a semicolon, blanks at its ends removed; until the next line is read. */
+    /** What stands behind the command up to a semicolon, blanks at its ends removed; until the next
+     * line is read. */
     std::string_view text() const { return m_text; }
 
 private:
@@ -73,11 +74,11 @@ private:
 /**
  * Reads G-code line by line, from a source of any length and any content, in constant memory.
  *
- * Line numbers ("N10") are skipped, checksums ("*71") checked; comments are what follows a semicolon and
- * what stands in parentheses. Letters may be lower case. A line is unreadable when a word is not a letter
- * with at most one plain decimal number (no exponent, "nan" or "inf"; within +-1e9), when a letter comes
- * twice, when it begins with another letter than G, M or T or holds two commands, or when it is longer than kMaximumLineBytes
- * outside a comment.
+ * Line numbers ("N10") are skipped, checksums ("*71") checked; comments are what follows a
+ * semicolon and what stands in parentheses. Letters may be lower case. A line is unreadable when a
+ * word is not a letter with at most one plain decimal number (no exponent, "nan" or "inf"; within
+ * +-1e9), when a letter comes twice, when it begins with another letter than G, M or T or holds two
+ * commands, or when it is longer than kMaximumLineBytes outside a comment.
  */
 class GCodeReader
 {

@@ -128,10 +128,11 @@ void readBody(const MachineEntry& entry, MachineDefinition& machine)
 
 std::vector<std::string> typeMembers()
 {
-    return {"display_name", "machine_names", "firmware_version", "extruders",
-            "heated_platform", "build_volume", "steps_per_mm", "max_feed", "homing", "toolhead",
-            "platform", "minimum_extrusion_temperature", "tool_offsets", "x3g_machine_id",
-            "file_format"};
+    return {"display_name", "machine_names",   "firmware_version",
+            "extruders",    "heated_platform", "build_volume",
+            "steps_per_mm", "max_feed",        "homing",
+            "toolhead",     "platform",        "minimum_extrusion_temperature",
+            "tool_offsets", "x3g_machine_id",  "file_format"};
 }
 
 std::vector<std::string> machineMembers()
@@ -156,9 +157,9 @@ std::vector<Json::Value> readTypes(const MachineEntry& document, const Json::Val
     std::vector<Json::Value> types;
     const Json::Value& own = document.value()["types"];
     for (const char* name : kTypeNames)
-        types.push_back(merged(builtIn["types"][name],
-                               own.isObject() && own.isMember(name) ? own[name]
-                                                                    : Json::Value(Json::objectValue)));
+        types.push_back(merged(builtIn["types"][name], own.isObject() && own.isMember(name)
+                                                           ? own[name]
+                                                           : Json::Value(Json::objectValue)));
     return types;
 }
 
@@ -189,8 +190,7 @@ MachineDefinition readMachine(const Json::Value& own, std::size_t index,
     if (machine.type == Printer::UnknownType)
         named.fail("type", "is none of the six machine types");
 
-    const Json::Value all =
-        merged(types[static_cast<std::size_t>(machine.type - kFirstType)], own);
+    const Json::Value all = merged(types[static_cast<std::size_t>(machine.type - kFirstType)], own);
     const MachineEntry entry(all, where);
     machine.pluggedIn = entry.boolean("plugged_in");
     readPort(entry.object("port"), machine);
@@ -208,8 +208,8 @@ void checkUnique(const MachineDefinitions& definitions)
     const auto check = [](std::set<std::string>& seen, const std::string& text,
                           const std::string& what, const std::string& key) {
         if (!seen.insert(text).second)
-            throw std::runtime_error("Machines file: machine \"" + key + "\": " + what + " \"" + text
-                                     + "\" is taken already");
+            throw std::runtime_error("Machines file: machine \"" + key + "\": " + what + " \"" +
+                                     text + "\" is taken already");
     };
     for (const MachineDefinition& machine : definitions.machines) {
         check(keys, machine.key, "the key", machine.key);
@@ -224,7 +224,8 @@ double HeaterDefinition::secondsToHeat(double fromCelsius, double toCelsius) con
 {
     if (fromCelsius >= toCelsius || toCelsius >= fullPowerCelsius)
         return 0;
-    return riseSeconds * std::log((fullPowerCelsius - fromCelsius) / (fullPowerCelsius - toCelsius));
+    return riseSeconds *
+           std::log((fullPowerCelsius - fromCelsius) / (fullPowerCelsius - toCelsius));
 }
 
 double HeaterDefinition::celsiusAfter(double fromCelsius, double targetCelsius,
@@ -233,8 +234,8 @@ double HeaterDefinition::celsiusAfter(double fromCelsius, double targetCelsius,
     if (maxCelsius == 0)
         return fromCelsius;
     if (targetCelsius > fromCelsius) {
-        const double risen = fullPowerCelsius
-                             - (fullPowerCelsius - fromCelsius) * std::exp(-seconds / riseSeconds);
+        const double risen =
+            fullPowerCelsius - (fullPowerCelsius - fromCelsius) * std::exp(-seconds / riseSeconds);
         return std::min(risen, targetCelsius);
     }
     // A target below the room's temperature cannot be held.

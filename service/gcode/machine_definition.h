@@ -10,7 +10,8 @@
 namespace trovek::service {
 
 /** A range on one axis in millimetres. */
-struct AxisRange {
+struct AxisRange
+{
     double min = 0;
     double max = 0;
 
@@ -29,8 +30,10 @@ enum MotorIndex : int {
 };
 constexpr int kMotorCount = 5;
 
-/** How one kind of heater behaves: full power until the target, then held; without power it cools. */
-struct HeaterDefinition {
+/** How one kind of heater behaves: full power until the target, then held; without power it cools.
+ */
+struct HeaterDefinition
+{
     /** Highest target in degrees Celsius that the machine accepts. */
     int maxCelsius = 0;
     /** Where it would end at full power, in degrees Celsius; above maxCelsius. */
@@ -42,7 +45,8 @@ struct HeaterDefinition {
 
     static constexpr double kRoomCelsius = 23.0;
 
-    /** Seconds at full power from one temperature to a higher one; 0 when it is warm enough already. */
+    /** Seconds at full power from one temperature to a higher one; 0 when it is warm enough
+     * already. */
     double secondsToHeat(double fromCelsius, double toCelsius) const;
     /** The temperature after some time with a target; a target of 0 is off. */
     double celsiusAfter(double fromCelsius, double targetCelsius, double seconds) const;
@@ -52,10 +56,12 @@ struct HeaterDefinition {
  * Everything that the service knows of one machine without asking it: from the machines file.
  *
  * Coordinates are those of its G-code: the origin is the front left corner of the platform, at the
- * nozzle's height on it, so the build volume begins at 0 on every axis unless the file says otherwise.
- * Lengths in millimetres, speeds in millimetres a second, temperatures in degrees Celsius.
+ * nozzle's height on it, so the build volume begins at 0 on every axis unless the file says
+ * otherwise. Lengths in millimetres, speeds in millimetres a second, temperatures in degrees
+ * Celsius.
  */
-struct MachineDefinition {
+struct MachineDefinition
+{
     /** Unique among machines and archetypes; never empty. */
     std::string key;
     std::string displayName;
@@ -88,7 +94,8 @@ struct MachineDefinition {
     HeaterDefinition platform;
     /** Colder than this an extruder must not push filament. */
     int minimumExtrusionCelsius = 0;
-    /** Where each tool's nozzle is, seen from the first tool's: X, Y, Z; the first entry is zero. */
+    /** Where each tool's nozzle is, seen from the first tool's: X, Y, Z; the first entry is zero.
+     */
     std::array<std::array<double, 3>, 2> toolOffsets{};
 
     /** Written into x3g files. */
@@ -107,7 +114,8 @@ struct MachineDefinition {
     bool isArchetype = false;
 };
 
-struct MachineDefinitions {
+struct MachineDefinitions
+{
     /** In the file's order. */
     std::vector<MachineDefinition> machines;
     /** One for each of the six types, in the types' order. */
@@ -117,14 +125,16 @@ struct MachineDefinitions {
 /**
  * Reads a machines file (docs/formats/machines_json.md).
  *
- * What the file does not say of a type comes from the compiled-in file, what it does not say of a machine
- * from the machine's type. Everything is checked; nothing is taken over from a file with an error.
+ * What the file does not say of a type comes from the compiled-in file, what it does not say of a
+ * machine from the machine's type. Everything is checked; nothing is taken over from a file with an
+ * error.
  * @param json the file's bytes, UTF-8
  * @throws std::runtime_error "Machines file: " with the entry, the member and what is wrong with it
  */
 MachineDefinitions loadMachineDefinitions(const std::string& json);
 
-/** The compiled-in machines file: a virtual machine of each type, one single and one dual plugged in. */
+/** The compiled-in machines file: a virtual machine of each type, one single and one dual plugged
+ * in. */
 MachineDefinitions defaultMachineDefinitions();
 /** Its bytes, for whoever wants to write a file of their own. */
 std::string defaultMachinesJson();

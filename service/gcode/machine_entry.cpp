@@ -74,8 +74,8 @@ int MachineEntry::integer(const std::string& name, int lowest, int highest) cons
 {
     const Json::Value& value = member(name);
     if (!value.isInt() || value.asInt() < lowest || value.asInt() > highest) {
-        fail(name, "must be a whole number from " + std::to_string(lowest) + " to "
-                       + std::to_string(highest));
+        fail(name, "must be a whole number from " + std::to_string(lowest) + " to " +
+                       std::to_string(highest));
     }
     return value.asInt();
 }
@@ -139,8 +139,7 @@ std::vector<double> MachineEntry::numbersOf(const Json::Value& values, const std
         }
     }
     if (result.size() != count)
-        fail(name, "must hold " + std::to_string(count) + " numbers within "
-                       + numberText(largest));
+        fail(name, "must hold " + std::to_string(count) + " numbers within " + numberText(largest));
     return result;
 }
 

@@ -8,7 +8,8 @@
 
 namespace trovek::service {
 
-/** An object of the machines file, read member by member; every error names the place and the member. */
+/** An object of the machines file, read member by member; every error names the place and the
+ * member. */
 class MachineEntry
 {
 public:

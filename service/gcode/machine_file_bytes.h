@@ -27,7 +27,8 @@ private:
     std::string m_bytes;
 };
 
-/** What a machine's display gets: control characters become blanks, and it is cut between UTF-8 characters. */
+/** What a machine's display gets: control characters become blanks, and it is cut between UTF-8
+ * characters. */
 std::string displayText(std::string_view text, std::size_t mostBytes);
 
 } // namespace trovek::service

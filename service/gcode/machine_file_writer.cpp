@@ -77,8 +77,7 @@ public:
         , totalSeconds(theSeconds)
         , sink(std::move(theSink))
         , clock(theMachine)
-    {
-    }
+    {}
 
     void operator()(const MoveCommand& move);
     void operator()(const SetPositionCommand& set);
@@ -111,8 +110,8 @@ public:
     /** The machine's counters. */
     std::array<std::int32_t, kMotorCount> steps{};
     /**
-     * How far the counters are off the position's steps since the last set position: less than a step, carried
-     * along so that a thousand resets of the extruder do not add up.
+     * How far the counters are off the position's steps since the last set position: less than a
+     * step, carried along so that a thousand resets of the extruder do not add up.
      */
     std::array<double, kMotorCount> offset{};
     int percent = -1;
@@ -123,8 +122,7 @@ public:
 MachineFileWriter::MachineFileWriter(const MachineDefinition& machine, MachineFileFormat format,
                                      const std::string& buildName, double seconds, ByteSink sink)
     : d(std::make_unique<Private>(machine, format, buildName, seconds, std::move(sink)))
-{
-}
+{}
 
 MachineFileWriter::~MachineFileWriter() = default;
 
@@ -196,8 +194,8 @@ void MachineFileWriter::Private::operator()(const MoveCommand& move)
     position = move.target;
     double mostSteps = 0;
     for (std::size_t motor = 0; motor < steps.size(); ++motor) {
-        const auto target = clampedTo<std::int32_t>(position[motor] * machine.stepsPerMm[motor]
-                                                    + offset[motor]);
+        const auto target =
+            clampedTo<std::int32_t>(position[motor] * machine.stepsPerMm[motor] + offset[motor]);
         mostSteps = std::max(mostSteps, std::abs(double(target) - double(steps[motor])));
         steps[motor] = target;
     }
@@ -296,7 +294,11 @@ void MachineFileWriter::Private::operator()(const ToolChangeCommand& change)
 void MachineFileWriter::Private::operator()(const ToolTemperatureCommand& heat)
 {
     const auto tool = static_cast<std::uint8_t>(heat.tool);
-    begin(ToolAction).u8(tool).u8(SetToolTarget).u8(2).u16(static_cast<std::uint16_t>(heat.celsius));
+    begin(ToolAction)
+        .u8(tool)
+        .u8(SetToolTarget)
+        .u8(2)
+        .u16(static_cast<std::uint16_t>(heat.celsius));
     if (heat.wait && heat.celsius > 0)
         begin(WaitForTool).u8(tool).u16(kPollMs).u16(kHeatTimeoutSeconds);
 }
@@ -314,7 +316,11 @@ void MachineFileWriter::Private::operator()(const PlatformTemperatureCommand& he
 
 void MachineFileWriter::Private::operator()(const FanCommand& fan)
 {
-    begin(ToolAction).u8(static_cast<std::uint8_t>(fan.tool)).u8(SwitchFan).u8(1).u8(fan.on ? 1 : 0);
+    begin(ToolAction)
+        .u8(static_cast<std::uint8_t>(fan.tool))
+        .u8(SwitchFan)
+        .u8(1)
+        .u8(fan.on ? 1 : 0);
 }
 
 void MachineFileWriter::Private::operator()(const DwellCommand& dwell)
@@ -352,11 +358,11 @@ MachineFileResult writeMachineFile(const MachineDefinition& machine, MachineFile
 {
     std::uint64_t checkedBytes = 0;
     MachineFileResult result;
-    result.estimate = estimateGCode(machine, open(), GCodeProgram::CountCold,
-                                    [&](std::uint64_t bytes) {
-                                        checkedBytes = bytes;
-                                        return !progress || progress(bytes);
-                                    });
+    result.estimate =
+        estimateGCode(machine, open(), GCodeProgram::CountCold, [&](std::uint64_t bytes) {
+            checkedBytes = bytes;
+            return !progress || progress(bytes);
+        });
 
     GCodeProgram program(machine, open());
     MachineFileWriter writer(machine, format, buildName, result.estimate.seconds, sink);
@@ -365,8 +371,8 @@ MachineFileResult writeMachineFile(const MachineDefinition& machine, MachineFile
     std::uint64_t commands = 0;
     while (program.next(command)) {
         writer.write(command);
-        if (++commands % kCommandsPerProgress == 0 && progress
-            && !progress(checkedBytes + program.bytesRead()))
+        if (++commands % kCommandsPerProgress == 0 && progress &&
+            !progress(checkedBytes + program.bytesRead()))
             throw GCodeCanceled();
     }
     writer.finish();

@@ -30,8 +30,8 @@ using ByteSink = std::function<void(const char* bytes, std::size_t size)>;
 /**
  * Writes commands as a machine reads them from a card (docs/formats/machine_file.md).
  *
- * Steps are rounded from the positions, never summed up, so that nothing drifts. Call begin(), write() for
- * each command, finish(); a file without finish() is not complete.
+ * Steps are rounded from the positions, never summed up, so that nothing drifts. Call begin(),
+ * write() for each command, finish(); a file without finish() is not complete.
  */
 class MachineFileWriter
 {
@@ -62,15 +62,16 @@ private:
     const std::unique_ptr<Private> d;
 };
 
-struct MachineFileResult {
+struct MachineFileResult
+{
     std::uint64_t commands = 0;
     std::uint64_t bytes = 0;
     GCodeEstimate estimate;
 };
 
 /**
- * Reads a program twice: once to check and time it, once to write it. Nothing reaches the sink before the
- * whole program is known to fit the machine.
+ * Reads a program twice: once to check and time it, once to write it. Nothing reaches the sink
+ * before the whole program is known to fit the machine.
  * @param open     gives the program's sections from their beginning; called twice
  * @param progress bytes read of both passes together; false stops
  * @throws as estimateGCode() and MachineFileWriter

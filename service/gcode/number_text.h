@@ -9,7 +9,8 @@ namespace trovek::service {
 inline std::string numberText(double value)
 {
     char digits[400];
-    const auto result = std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, 3);
+    const auto result =
+        std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, 3);
     std::string text(digits, result.ptr);
     text.erase(text.find_last_not_of('0') + 1);
     if (text.back() == '.')

@@ -20,7 +20,8 @@ constexpr double kPrimeFilament = 12;
 constexpr double kPrimeEdge = 5;
 constexpr double kPrimeSpacing = 4;
 
-struct HeatedTool {
+struct HeatedTool
+{
     int tool;
     std::uint32_t celsius;
 };
@@ -47,8 +48,8 @@ bool printsWithAbs(const std::vector<HeatedTool>& tools, const std::vector<std::
 
 std::string target(const char* code, const HeatedTool& heated)
 {
-    return std::string(code) + " T" + std::to_string(heated.tool) + " S"
-           + std::to_string(heated.celsius) + "\n";
+    return std::string(code) + " T" + std::to_string(heated.tool) + " S" +
+           std::to_string(heated.celsius) + "\n";
 }
 
 std::string feed(double mmPerMinute)
@@ -66,13 +67,11 @@ std::string primeLine(const MachineDefinition& machine, int tool)
     const std::string yText = numberText(y.min + kPrimeEdge + tool * kPrimeSpacing);
     const std::string xBegin = numberText(x.min + kPrimeEdge);
     const std::string xEnd = numberText(x.min + kPrimeEdge + length);
-    return "T" + std::to_string(tool) + "\n"
-           + "G92 E0\n"
-           + "G1 X" + xBegin + " Y" + yText + feed(kTravelMmPerMinute)
-           + "G1 Z" + numberText(z.min + kPrimeHeight) + feed(kPrimeMmPerMinute)
-           + "G1 X" + xEnd + " E" + numberText(kPrimeFilament) + feed(kPrimeMmPerMinute)
-           + "G92 E0\n"
-           + "G1 Z" + numberText(z.min + kHeatingHeight) + feed(kPrimeMmPerMinute);
+    return "T" + std::to_string(tool) + "\n" + "G92 E0\n" + "G1 X" + xBegin + " Y" + yText +
+           feed(kTravelMmPerMinute) + "G1 Z" + numberText(z.min + kPrimeHeight) +
+           feed(kPrimeMmPerMinute) + "G1 X" + xEnd + " E" + numberText(kPrimeFilament) +
+           feed(kPrimeMmPerMinute) + "G92 E0\n" + "G1 Z" + numberText(z.min + kHeatingHeight) +
+           feed(kPrimeMmPerMinute);
 }
 
 } // namespace
@@ -82,10 +81,9 @@ StartEndCode startEndCode(const MachineDefinition& machine,
                           const SlicerConfiguration& configuration, PlatformHeat platformHeat)
 {
     const std::vector<HeatedTool> tools = heatedTools(machine, configuration);
-    const bool heatPlatform = machine.hasHeatedPlatform
-                              && (platformHeat == PlatformHeat::ByMaterial
-                                      ? printsWithAbs(tools, materials)
-                                      : configuration.heatPlatform());
+    const bool heatPlatform = machine.hasHeatedPlatform && (platformHeat == PlatformHeat::ByMaterial
+                                                                ? printsWithAbs(tools, materials)
+                                                                : configuration.heatPlatform());
     const AxisRange& z = machine.buildVolume[2];
 
     StartEndCode code;
@@ -95,8 +93,8 @@ StartEndCode startEndCode(const MachineDefinition& machine,
              "G90\n"
              "M82\n"
              "G28\n"
-             "G1 Z"
-             + numberText(std::min(z.min + kHeatingHeight, z.max)) + feed(kPrimeMmPerMinute);
+             "G1 Z" +
+             numberText(std::min(z.min + kHeatingHeight, z.max)) + feed(kPrimeMmPerMinute);
     // The platform takes longest, so it starts first and everything warms up together.
     if (heatPlatform)
         start += "M140 S" + std::to_string(configuration.platformTemperature()) + "\n";
@@ -121,11 +119,11 @@ StartEndCode startEndCode(const MachineDefinition& machine,
         end += "M140 S0\n";
     // All the way down rather than a little up: that fits below a print of any height.
     end += "M107\n"
-           "G1 Z"
-           + numberText(z.max) + feed(kPrimeMmPerMinute)
-           + "G28 X Y\n"
-             "M84\n"
-             "; end of end code\n";
+           "G1 Z" +
+           numberText(z.max) + feed(kPrimeMmPerMinute) +
+           "G28 X Y\n"
+           "M84\n"
+           "; end of end code\n";
     return code;
 }
 

@@ -9,7 +9,8 @@ namespace trovek::service {
 
 struct MachineDefinition;
 
-struct StartEndCode {
+struct StartEndCode
+{
     /** Whole lines of G-code, each with its line feed. */
     std::string start;
     std::string end;
@@ -17,7 +18,8 @@ struct StartEndCode {
 
 /** What decides whether a heated platform is heated. */
 enum class PlatformHeat {
-    /** One of the heated tools prints with "abs"; for G-code, which comes without settings of its own. */
+    /** One of the heated tools prints with "abs"; for G-code, which comes without settings of its
+       own. */
     ByMaterial,
     /** SlicerConfiguration::heatPlatform(). */
     ByConfiguration,
@@ -26,10 +28,11 @@ enum class PlatformHeat {
 /**
  * The G-code around a print.
  *
- * The start homes the machine, heats the tools that the configuration's extruder names (on a machine with
- * one extruder always that one) and perhaps the platform, and draws a line along the front edge with each
- * heated tool. The end switches heaters and fans off, moves platform and toolhead out of the way and
- * releases the motors. Both begin by setting units, positions and extruder mode, so they fit around any file.
+ * The start homes the machine, heats the tools that the configuration's extruder names (on a
+ * machine with one extruder always that one) and perhaps the platform, and draws a line along the
+ * front edge with each heated tool. The end switches heaters and fans off, moves platform and
+ * toolhead out of the way and releases the motors. Both begin by setting units, positions and
+ * extruder mode, so they fit around any file.
  * @param materials identifiers such as "abs": right or only tool first, then left
  */
 StartEndCode startEndCode(const MachineDefinition& machine,

@@ -51,11 +51,12 @@ inline std::string positionText(const MachinePosition& position)
     return text;
 }
 
-struct CommandText {
+struct CommandText
+{
     std::string operator()(const MoveCommand& move) const
     {
-        return "move " + positionText(move.target) + " at " + numberText(move.feed)
-               + (move.extruding ? " pushing" : "");
+        return "move " + positionText(move.target) + " at " + numberText(move.feed) +
+               (move.extruding ? " pushing" : "");
     }
     std::string operator()(const SetPositionCommand& set) const
     {
@@ -74,8 +75,8 @@ struct CommandText {
     }
     std::string operator()(const ToolTemperatureCommand& heat) const
     {
-        return "heat " + std::to_string(heat.tool) + " to " + std::to_string(heat.celsius)
-               + (heat.wait ? " and wait" : "");
+        return "heat " + std::to_string(heat.tool) + " to " + std::to_string(heat.celsius) +
+               (heat.wait ? " and wait" : "");
     }
     std::string operator()(const PlatformTemperatureCommand& heat) const
     {
@@ -117,7 +118,8 @@ inline QString programText(const MachineDefinition& machine, const std::string& 
         while (program.next(command))
             texts += QString::fromStdString(std::visit(CommandText(), command.action));
     } catch (const GCodeError& error) {
-        texts += QStringLiteral("error %1: %2").arg(error.kind()).arg(QString::fromUtf8(error.what()));
+        texts +=
+            QStringLiteral("error %1: %2").arg(error.kind()).arg(QString::fromUtf8(error.what()));
     }
     const std::string remarks = program.remarks().toString();
     if (!remarks.empty())

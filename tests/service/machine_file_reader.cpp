@@ -14,8 +14,7 @@ class Bytes
 public:
     explicit Bytes(const QByteArray& bytes)
         : m_bytes(bytes)
-    {
-    }
+    {}
 
     bool atEnd() const { return m_at == m_bytes.size(); }
 
@@ -61,8 +60,12 @@ private:
 MachineFileCommand readCommand(Bytes& bytes)
 {
     MachineFileCommand c;
-    const auto byte = [&] { return static_cast<int>(bytes.number(1)); };
-    const auto word = [&] { return static_cast<int>(bytes.number(2)); };
+    const auto byte = [&] {
+        return static_cast<int>(bytes.number(1));
+    };
+    const auto word = [&] {
+        return static_cast<int>(bytes.number(2));
+    };
     const auto steps = [&] {
         for (std::int32_t& step : c.steps)
             step = static_cast<std::int32_t>(bytes.number(4));
@@ -91,7 +94,8 @@ MachineFileCommand readCommand(Bytes& bytes)
         c.tool = byte();
         c.action = byte();
         const int length = byte();
-        if (length != (c.action == 12 ? 1 : 2) || (c.action != 3 && c.action != 12 && c.action != 31))
+        if (length != (c.action == 12 ? 1 : 2) ||
+            (c.action != 3 && c.action != 12 && c.action != 31))
             throw std::runtime_error("unknown tool action " + std::to_string(c.action));
         c.value = bytes.number(length);
         break;
@@ -171,8 +175,8 @@ MachineFileReplay::MachineFileReplay(const std::vector<MachineFileCommand>& comm
         switch (c.code) {
         case 131:
         case 132:
-            m_events.push_back("home " + std::to_string(c.axes)
-                               + (c.code == 131 ? " down" : " up"));
+            m_events.push_back("home " + std::to_string(c.axes) +
+                               (c.code == 131 ? " down" : " up"));
             break;
         case 133:
             m_events.push_back("delay " + valueText);
@@ -193,7 +197,8 @@ MachineFileReplay::MachineFileReplay(const std::vector<MachineFileCommand>& comm
                 m_events.push_back("fan " + toolText + (c.value ? " on" : " off"));
             break;
         case 137:
-            m_events.push_back("motors " + std::to_string(c.axes & 31) + (c.axes & 128 ? " on" : " off"));
+            m_events.push_back("motors " + std::to_string(c.axes & 31) +
+                               (c.axes & 128 ? " on" : " off"));
             break;
         case 140:
             steps = c.steps;

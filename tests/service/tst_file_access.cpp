@@ -139,7 +139,8 @@ void tst_FileAccess::refusesAPathThatIsNotAbsolute_data()
     QTest::newRow("upwards") << QByteArray("../in.gcode")
                              << QByteArray("\"../in.gcode\": its path is not absolute");
     QTest::newRow("resource") << QByteArray(":/service/machines.json")
-                              << QByteArray("\":/service/machines.json\": its path is not absolute");
+                              << QByteArray(
+                                     "\":/service/machines.json\": its path is not absolute");
     QTest::newRow("zero byte") << QByteArray("/etc/passwd\0.gcode", 18)
                                << QByteArray("a file: its path holds a zero byte");
 }
@@ -168,7 +169,8 @@ void tst_FileAccess::refusesAFolder()
     QCOMPARE(thrownBy(openInput, path),
              QStringLiteral("Cannot read %1: it is not a regular file").arg(path));
     QVERIFY(thrownBy(openOutput, path).startsWith(QStringLiteral("Cannot write to ") + path));
-    QVERIFY(thrownBy(openOutput, path + QLatin1Char('/')).startsWith(QStringLiteral("Cannot write")));
+    QVERIFY(
+        thrownBy(openOutput, path + QLatin1Char('/')).startsWith(QStringLiteral("Cannot write")));
 }
 
 void tst_FileAccess::readsAFileFromItsBeginningAgain()
@@ -262,7 +264,8 @@ void tst_FileAccess::refusesAFileWithTwoNames()
 {
     const QString path = inFolder("out");
     makeFile(path, "keep");
-    QCOMPARE(::link(path.toLocal8Bit().constData(), inFolder("other").toLocal8Bit().constData()), 0);
+    QCOMPARE(::link(path.toLocal8Bit().constData(), inFolder("other").toLocal8Bit().constData()),
+             0);
 
     QCOMPARE(thrownBy(openOutput, path),
              QStringLiteral("Cannot write to %1: it has more than one name").arg(path));

@@ -114,9 +114,9 @@ void tst_GCodeProgram::shiftsByG92_data()
     };
     row("extruder", "M104 S200\nG1 E5 F60\nG92 E0\nG1 E1\n",
         "heat 0 to 200\nmove 0 0 0 5 0 at 1 pushing\nset 0 0 0 0 0\nmove 0 0 0 1 0 at 1 pushing");
-    row("an axis", "G1 X50\nG92 X0\nG1 X10\n", "move 50 0 0 0 0 at 25\nset 0 0 0 0 0\nmove 10 0 0 0 0 at 25");
-    row("all without letters", "G1 X5 Y6 Z7\nG92\n",
-        "move 5 6 7 0 0 at 25\nset 0 0 0 0 0");
+    row("an axis", "G1 X50\nG92 X0\nG1 X10\n",
+        "move 50 0 0 0 0 at 25\nset 0 0 0 0 0\nmove 10 0 0 0 0 at 25");
+    row("all without letters", "G1 X5 Y6 Z7\nG92\n", "move 5 6 7 0 0 at 25\nset 0 0 0 0 0");
     row("in inches", "G20\nG92 X1\n", "set 25.4 0 0 0 0");
     row("the volume stays where it is", "G1 X200\nG92 X0\nG1 X46\n",
         "move 200 0 0 0 0 at 25\nset 0 0 0 0 0\n"
@@ -161,6 +161,7 @@ void tst_GCodeProgram::countsWhatItLeavesOut_data()
         "left out: G29 (1); lines not understood: 2, first in line 2");
     row("cold filament", "G1 E1\n",
         "move 0 0 0 1 0 at 25 pushing\nmoves that push cold filament: 1, line 1");
+    row("motors of one extruder", "M84 E\nM17\n", "motors A off\nmotors XYZA on");
     row("silent ones", "G21\nG90\nG17\nM82\nG4\n; comment\n\n", "");
 }
 
@@ -176,14 +177,54 @@ void tst_GCodeProgram::skipsLinesThatCannotBeUnderstood_data()
 {
     QTest::addColumn<QByteArray>("line");
 
-    for (const char* line :
-         {"G1 Xnan", "G1 Xinf", "G1 X", "G1 X1 Q2", "G1 X1 A5", "G1 X1e5e5", "G1 X1,5", "G1 X1 F0",
-          "G1 X1 F-100", "G1 X1 F", "G1 E23000000", "G92 E23000000", "G92 X1000000000", "G92 X",
-          "G92 Q1", "G4 P-1", "G4 S100000", "G4 P1 S1", "G4 X1", "G2 X10", "G2 X10 I0 J0",
-          "G2 X10 I5 R5", "G2 X10 R4", "G2 R5", "G2 X10 Y0 I7", "G2 X10 I5 P2", "G3 Xnan I5",
-          "M104", "M104 S-1", "M104 S", "M104 Snan", "M109 T0", "M104 S200 T0.5", "M104 S200 T-1",
-          "M140 S-5", "M190", "M106 S-1", "M106 S", "M73 P101", "M73 P-1", "M73 P", "T", "Tx",
-          "X10", "\x01\x02", "G", "hello"})
+    for (const char* line : {"G1 Xnan",
+                             "G1 Xinf",
+                             "G1 X",
+                             "G1 X1 Q2",
+                             "G1 X1 A5",
+                             "G1 X1e5e5",
+                             "G1 X1,5",
+                             "G1 X1 F0",
+                             "G1 X1 F-100",
+                             "G1 X1 F",
+                             "G1 E23000000",
+                             "G92 E23000000",
+                             "G92 X1000000000",
+                             "G92 X",
+                             "G92 Q1",
+                             "G4 P-1",
+                             "G4 S100000",
+                             "G4 P1 S1",
+                             "G4 X1",
+                             "G2 X10",
+                             "G2 X10 I0 J0",
+                             "G2 X10 I5 R5",
+                             "G2 X10 R4",
+                             "G2 R5",
+                             "G2 X10 Y0 I7",
+                             "G2 X10 I5 P2",
+                             "G3 Xnan I5",
+                             "M104",
+                             "M104 R200",
+                             "M104 S-1",
+                             "M104 S",
+                             "M104 Snan",
+                             "M109 T0",
+                             "M104 S200 T0.5",
+                             "M104 S200 T-1",
+                             "M140 S-5",
+                             "M190",
+                             "M106 S-1",
+                             "M106 S",
+                             "M73 P101",
+                             "M73 P-1",
+                             "M73 P",
+                             "T",
+                             "Tx",
+                             "X10",
+                             "\x01\x02",
+                             "G",
+                             "hello"})
         QTest::newRow(line) << QByteArray(line);
 }
 
@@ -364,7 +405,8 @@ void tst_GCodeProgram::splitsArcsIntoChords()
         const double dot = (x - centerX) * (toX - centerX) + (y - centerY) * (toY - centerY);
         turned += std::atan2(cross, dot);
         const double middle = std::hypot((x + toX) / 2 - centerX, (y + toY) / 2 - centerY);
-        QVERIFY2(std::abs(std::hypot(toX - centerX, toY - centerY) - radius) < 1e-6, "off the circle");
+        QVERIFY2(std::abs(std::hypot(toX - centerX, toY - centerY) - radius) < 1e-6,
+                 "off the circle");
         QVERIFY2(radius - middle < 0.0101, "chord too long");
         x = toX;
         y = toY;
@@ -427,7 +469,8 @@ void tst_GCodeProgram::namesSectionAndLineInErrors()
     QString thrown;
 
     try {
-        while (program.next(command)) { }
+        while (program.next(command)) {
+        }
     } catch (const GCodeError& error) {
         thrown = QString::fromUtf8(error.what());
     }
@@ -539,9 +582,9 @@ void tst_GCodeProgram::estimatesARealFile()
 
     // The slicer says so in its own comments.
     QVERIFY(gcode.find("; filament used [mm] = ") != std::string::npos);
-    const double filament =
-        std::stod(gcode.substr(gcode.find("; filament used [mm] = ") + 23));
-    QVERIFY2(std::abs(estimate.filamentMm[0] - filament) < 3, qPrintable(QString::number(filament)));
+    const double filament = std::stod(gcode.substr(gcode.find("; filament used [mm] = ") + 23));
+    QVERIFY2(std::abs(estimate.filamentMm[0] - filament) < 3,
+             qPrintable(QString::number(filament)));
     QVERIFY(estimate.seconds > 120 && estimate.seconds < 1200);
     QCOMPARE(estimate.remarks.toString(), std::string());
     QCOMPARE(estimate.lines,
@@ -575,9 +618,10 @@ void tst_GCodeProgram::survivesRandomLines()
 {
     std::mt19937 random(4711);
     const std::vector<std::string> words = {
-        "G0", "G1", "G2", "G3", "G4", "G20", "G21", "G28", "G90", "G91", "G92", "G92.1", "M82", "M83",
-        "M104", "M109", "M106", "M84", "T0", "T1", " X", " Y", " Z", " E", " F", " I", " J", " R", " S",
-        " P", " T", "1", "-1", "0", "10", "99.5", "1e9", "1000000000", "nan", ".", "-", ";", "(", "*"};
+        "G0",    "G1",  "G2",   "G3",   "G4",         "G20",  "G21", "G28", "G90", "G91", "G92",
+        "G92.1", "M82", "M83",  "M104", "M109",       "M106", "M84", "T0",  "T1",  " X",  " Y",
+        " Z",    " E",  " F",   " I",   " J",         " R",   " S",  " P",  " T",  "1",   "-1",
+        "0",     "10",  "99.5", "1e9",  "1000000000", "nan",  ".",   "-",   ";",   "(",   "*"};
     const MachineDefinition machine = machineOfType(Printer::Fabrino2X);
     for (int round = 0; round < 400; ++round) {
         std::string gcode;

@@ -21,7 +21,8 @@ QString lineText(const GCodeLine& line)
     std::string text = line.name();
     for (char letter = 'A'; letter <= 'Z'; ++letter) {
         if (line.has(letter))
-            text += std::string(" ") + letter + (line.hasValue(letter) ? numberText(line.value(letter)) : "");
+            text += std::string(" ") + letter +
+                    (line.hasValue(letter) ? numberText(line.value(letter)) : "");
     }
     return QString::fromStdString(text);
 }
@@ -203,12 +204,13 @@ void tst_GCodeReader::survivesLinesOfMegabytes()
 {
     const std::string words(3 << 20, 'X');
     const std::string blanks(3 << 20, ' ');
-    const std::string text = "G1 X1 ;" + words + "\n;" + words + "\nG1 " + words + "\n" + blanks
-                             + "G1 X2\n(" + words + ") G1 X3\nM117 " + words + "\nG28\n";
+    const std::string text = "G1 X1 ;" + words + "\n;" + words + "\nG1 " + words + "\n" + blanks +
+                             "G1 X2\n(" + words + ") G1 X3\nM117 " + words + "\nG28\n";
     GCodeReader reader(byteSourceOf(text));
 
-    QCOMPARE(linesText(reader),
-             QStringLiteral("G1 X1 | empty | unreadable | unreadable | unreadable | unreadable | G28"));
+    QCOMPARE(
+        linesText(reader),
+        QStringLiteral("G1 X1 | empty | unreadable | unreadable | unreadable | unreadable | G28"));
 }
 
 void tst_GCodeReader::countsBytes()
@@ -218,7 +220,8 @@ void tst_GCodeReader::countsBytes()
     GCodeLine line;
     QCOMPARE(reader.bytesRead(), std::uint64_t(0));
 
-    while (reader.next(line)) { }
+    while (reader.next(line)) {
+    }
 
     QCOMPARE(reader.bytesRead(), std::uint64_t(text.size()));
 }

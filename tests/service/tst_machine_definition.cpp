@@ -254,8 +254,8 @@ void tst_MachineDefinition::refusesAFileWithAnError_data()
 
     // The path leads to a member of the only machine, unless it begins with a slash.
     const auto row = [](const char* path, const char* value, const char* error) {
-        QTest::addRow("%s = %s", path, value) << QByteArray(path) << QByteArray(value)
-                                              << QByteArray(error);
+        QTest::addRow("%s = %s", path, value)
+            << QByteArray(path) << QByteArray(value) << QByteArray(error);
     };
     row("/", "[]", "must be an object");
     row("/machines", "{}", "\"machines\" must be a list");
@@ -300,7 +300,8 @@ void tst_MachineDefinition::refusesAFileWithAnError_data()
         "machines[0] (one).toolhead: \"full_power\" must be a number from 281 to 2000");
     row("platform", "null", "machines[0] (one): \"platform\" must be an object");
     row("minimum_extrusion_temperature", "281",
-        "machines[0] (one): \"minimum_extrusion_temperature\" must be a whole number from 0 to 280");
+        "machines[0] (one): \"minimum_extrusion_temperature\" must be a whole number from 0 to "
+        "280");
     row("tool_offsets", "[[0, 0, 0]]", "machines[0] (one): \"tool_offsets\" must hold 2 points");
     row("tool_offsets", "[[1, 0, 0], [0, 0, 0]]",
         "machines[0] (one): \"tool_offsets\" must begin with [0, 0, 0]");
@@ -308,7 +309,8 @@ void tst_MachineDefinition::refusesAFileWithAnError_data()
         "machines[0] (one): \"tool_offsets\" must hold 3 numbers within 10000");
     row("x3g_machine_id", "65536",
         "machines[0] (one): \"x3g_machine_id\" must be a whole number from 0 to 65535");
-    row("file_format", "\"gcode\"", "machines[0] (one): \"file_format\" must be \"x3g\" or \"s3g\"");
+    row("file_format", "\"gcode\"",
+        "machines[0] (one): \"file_format\" must be \"x3g\" or \"s3g\"");
 }
 
 void tst_MachineDefinition::refusesAFileWithAnError()
@@ -339,8 +341,9 @@ void tst_MachineDefinition::refusesTextThatIsNotJson()
         const QString thrown = thrownBy([&] { loadMachineDefinitions(text); });
         QVERIFY2(thrown.startsWith(QLatin1String("Machines file: ")), qPrintable(thrown));
     }
-    QVERIFY(thrownBy([] { loadMachineDefinitions(std::string(100000, '[')); })
-                .startsWith(QLatin1String("Machines file: ")));
+    QVERIFY(thrownBy([] {
+                loadMachineDefinitions(std::string(100000, '['));
+            }).startsWith(QLatin1String("Machines file: ")));
 }
 
 void tst_MachineDefinition::refusesWhatIsTakenAlready_data()
@@ -353,9 +356,11 @@ void tst_MachineDefinition::refusesWhatIsTakenAlready_data()
                          << QStringLiteral("machine \"one\": the key \"one\" is taken already");
     QTest::newRow("an archetype's key")
         << QByteArray("key") << QByteArray("archetype_fabrino_2")
-        << QStringLiteral("machine \"archetype_fabrino_2\": the key \"archetype_fabrino_2\" is taken already");
+        << QStringLiteral(
+               "machine \"archetype_fabrino_2\": the key \"archetype_fabrino_2\" is taken already");
     QTest::newRow("port name") << QByteArray("name") << QByteArray("p1")
-                               << QStringLiteral("machine \"two\": the port name \"p1\" is taken already");
+                               << QStringLiteral(
+                                      "machine \"two\": the port name \"p1\" is taken already");
     QTest::newRow("port identity")
         << QByteArray("identity") << QByteArray("i1")
         << QStringLiteral("machine \"two\": the port identity \"i1\" is taken already");

@@ -14,7 +14,8 @@ using namespace gcode_test;
 
 namespace {
 
-struct Written {
+struct Written
+{
     QByteArray bytes;
     MachineFileResult result;
     std::vector<MachineFileCommand> commands;
@@ -39,8 +40,8 @@ struct Written {
     }
 };
 
-Written written(const MachineDefinition& machine, MachineFileFormat format, const std::string& gcode,
-                const std::string& name = "cube")
+Written written(const MachineDefinition& machine, MachineFileFormat format,
+                const std::string& gcode, const std::string& name = "cube")
 {
     Written file;
     file.result = writeMachineFile(
@@ -52,11 +53,14 @@ Written written(const MachineDefinition& machine, MachineFileFormat format, cons
     return file;
 }
 
-/** Where a sliced file says that the nozzle and the filament of the tool in use go, line by line. */
-struct SlicedMove {
+/** Where a sliced file says that the nozzle and the filament of the tool in use go, line by line.
+ */
+struct SlicedMove
+{
     double x, y, z, e;
     int tool;
-    /** Whose offset the carriage stands by: a new tool comes to its place with the first move that names one. */
+    /** Whose offset the carriage stands by: a new tool comes to its place with the first move that
+     * names one. */
     int placedTool;
 };
 
@@ -97,11 +101,20 @@ std::vector<SlicedMove> slicedMoves(const std::string& gcode, const std::array<d
             if (word[0] == 'X' || word[0] == 'Y' || word[0] == 'Z')
                 at.placedTool = at.tool;
             switch (word[0]) {
-            case 'X': at.x = value; break;
-            case 'Y': at.y = value; break;
-            case 'Z': at.z = value; break;
-            case 'E': at.e = relative ? at.e + value : value; break;
-            default: break;
+            case 'X':
+                at.x = value;
+                break;
+            case 'Y':
+                at.y = value;
+                break;
+            case 'Z':
+                at.z = value;
+                break;
+            case 'E':
+                at.e = relative ? at.e + value : value;
+                break;
+            default:
+                break;
             }
         }
         moves.push_back(at);
@@ -124,8 +137,8 @@ QString difference(const MachineDefinition& machine, const std::string& gcode,
                     return false;
             }
             const auto motor = static_cast<std::size_t>(MotorA + move.tool);
-            return stop.tool == move.tool
-                   && std::abs(move.e * machine.stepsPerMm[motor] - stop.steps[motor]) <= 1;
+            return stop.tool == move.tool &&
+                   std::abs(move.e * machine.stepsPerMm[motor] - stop.steps[motor]) <= 1;
         };
         if (next < stops.size() && fits(stops[next])) {
             ++next;
@@ -177,6 +190,8 @@ private slots:
     void takesAsLongAsEstimated();
     void doesNotDriftOverRelativeMoves();
     void doesNotDriftOverResetsOfTheExtruder();
+    void staysWithinAStepAfterAnySetPosition();
+    void beginsAnewAtTheEndStops();
     void movesEachToolsOwnMotor();
     void givesEachPercentOnce_data();
     void givesEachPercentOnce();
@@ -202,9 +217,14 @@ void tst_MachineFileWriter::writesTheFrameOfAnX3g()
 
     const Written file = written(machine, MachineFileFormat::X3g, "G4 P1\n", "cube");
 
-    QCOMPARE(file.bytes.left(21).toHex(), QByteArray("9d01000000000000" "0302" "0000000000000000000000"));
-    QCOMPARE(file.bytes.mid(21, 13).toHex(), QByteArray("9900000000" "6375626500" "960000"));
-    QCOMPARE(file.bytes.right(5).toHex(), QByteArray("966400" "9a00"));
+    QCOMPARE(file.bytes.left(21).toHex(), QByteArray("9d01000000000000"
+                                                     "0302"
+                                                     "0000000000000000000000"));
+    QCOMPARE(file.bytes.mid(21, 13).toHex(), QByteArray("9900000000"
+                                                        "6375626500"
+                                                        "960000"));
+    QCOMPARE(file.bytes.right(5).toHex(), QByteArray("966400"
+                                                     "9a00"));
     QCOMPARE(file.codes(), (std::vector<int>{157, 153, 133, 154}));
     QCOMPARE(file.commands.front().machineId, 0x0203);
 }
@@ -214,7 +234,9 @@ void tst_MachineFileWriter::writesTheFrameOfAnS3g()
     const Written file =
         written(machineOfType(Printer::Fabrino2), MachineFileFormat::S3g, "G4 P1\n", "cube");
 
-    QCOMPARE(file.bytes.left(13).toHex(), QByteArray("9900000000" "6375626500" "960000"));
+    QCOMPARE(file.bytes.left(13).toHex(), QByteArray("9900000000"
+                                                     "6375626500"
+                                                     "960000"));
     QCOMPARE(file.codes(), (std::vector<int>{153, 133, 154}));
 }
 
@@ -223,8 +245,8 @@ void tst_MachineFileWriter::writesAMoveOfAnX3gByteForByte()
     MachineDefinition machine = machineOfType(Printer::Fabrino2);
     machine.stepsPerMm = {100, 100, 400, 96, 96};
 
-    const Written file = written(machine, MachineFileFormat::X3g,
-                                 "M104 S200\nG1 X30 Y40 E-1 F3000\n");
+    const Written file =
+        written(machine, MachineFileFormat::X3g, "M104 S200\nG1 X30 Y40 E-1 F3000\n");
 
     const MachineFileCommand& move = file.first(155);
     QCOMPARE(move.steps, (std::array<std::int32_t, 5>{3000, 4000, 0, -96, 0}));
@@ -232,8 +254,16 @@ void tst_MachineFileWriter::writesAMoveOfAnX3gByteForByte()
     QCOMPARE(move.value, 4000u);
     QCOMPARE(move.distance, 50.0f);
     QCOMPARE(move.speed, 50 * 64);
-    QVERIFY(file.bytes.contains(QByteArray::fromHex("9b" "b80b0000" "a00f0000" "00000000" "a0ffffff"
-                                                    "00000000" "a00f0000" "00" "00004842" "800c")));
+    QVERIFY(file.bytes.contains(QByteArray::fromHex("9b"
+                                                    "b80b0000"
+                                                    "a00f0000"
+                                                    "00000000"
+                                                    "a0ffffff"
+                                                    "00000000"
+                                                    "a00f0000"
+                                                    "00"
+                                                    "00004842"
+                                                    "800c")));
 }
 
 void tst_MachineFileWriter::writesAMoveOfAnS3gByteForByte()
@@ -243,8 +273,14 @@ void tst_MachineFileWriter::writesAMoveOfAnS3gByteForByte()
 
     const Written file = written(machine, MachineFileFormat::S3g, "G1 X30 Y40 E-1 F3000\n");
 
-    QVERIFY(file.bytes.contains(QByteArray::fromHex("8e" "b80b0000" "a00f0000" "00000000" "a0ffffff"
-                                                    "00000000" "40420f00" "00")));
+    QVERIFY(file.bytes.contains(QByteArray::fromHex("8e"
+                                                    "b80b0000"
+                                                    "a00f0000"
+                                                    "00000000"
+                                                    "a0ffffff"
+                                                    "00000000"
+                                                    "40420f00"
+                                                    "00")));
     QCOMPARE(file.codes(), (std::vector<int>{153, 142, 154}));
 }
 
@@ -259,16 +295,34 @@ void tst_MachineFileWriter::writesEachCommand_data()
     row("delay", "G4 S2", "85d0070000");
     row("tool", "T1", "8601");
     row("tool target", "M104 S220 T1", "88010302dc00");
-    row("tool target and wait", "M109 S220", "88000302dc00" "8700" "6400" "0807");
-    row("tool off does not wait", "M109 S0", "880003020000" "85");
+    row("tool target and wait", "M109 S220",
+        "88000302dc00"
+        "8700"
+        "6400"
+        "0807");
+    row("tool off does not wait", "M109 S0",
+        "880003020000"
+        "85");
     row("platform target", "M140 S110", "88001f026e00");
-    row("platform target and wait", "M190 S110", "88001f026e00" "8d00" "6400" "0807");
+    row("platform target and wait", "M190 S110",
+        "88001f026e00"
+        "8d00"
+        "6400"
+        "0807");
     row("fan on", "T1\nM106", "88010c0101");
     row("fan off", "M107", "88000c0100");
     row("motors off", "M84", "891f");
     row("motors on", "M17 X Z", "8985");
-    row("message", "M117 Hi there", "9502000000" "486920746865726500");
-    row("set position", "G92 Y2 E1", "8c" "00000000" "c8000000" "00000000" "60000000" "00000000");
+    row("message", "M117 Hi there",
+        "9502000000"
+        "486920746865726500");
+    row("set position", "G92 Y2 E1",
+        "8c"
+        "00000000"
+        "c8000000"
+        "00000000"
+        "60000000"
+        "00000000");
     row("recall of the stored home", "G28 Y", "9002");
 }
 
@@ -314,16 +368,14 @@ void tst_MachineFileWriter::homesByTheMachinesDirections()
     const MachineFileCommand& recall = file.first(144);
     for (std::size_t axis = 0; axis < 3; ++axis) {
         if (recall.axes & (1 << axis))
-            QCOMPARE(set.steps[axis],
-                     static_cast<std::int32_t>(
-                         std::lround(machine.homePosition[axis] * machine.stepsPerMm[axis])));
+            QCOMPARE(set.steps[axis], static_cast<std::int32_t>(std::lround(
+                                          machine.homePosition[axis] * machine.stepsPerMm[axis])));
     }
     for (const MachineFileCommand& command : file.commands) {
         if (command.code != 131 && command.code != 132)
             continue;
         const std::size_t axis = command.axes & 4 ? 2 : 0;
-        const double microseconds =
-            1e6 / (machine.homingFeed[axis] * machine.stepsPerMm[axis]);
+        const double microseconds = 1e6 / (machine.homingFeed[axis] * machine.stepsPerMm[axis]);
         QCOMPARE(command.value, static_cast<std::uint32_t>(std::lround(microseconds)));
         QVERIFY(command.timeout > machine.buildVolume[axis].length() / machine.homingFeed[axis]);
     }
@@ -336,10 +388,14 @@ void tst_MachineFileWriter::replaysARealFile_data()
     QTest::addColumn<MachineFileFormat>("format");
     QTest::addColumn<int>("moveCode");
 
-    QTest::newRow("single, x3g") << QByteArray("cube_single.gcode") << 3 << MachineFileFormat::X3g << 155;
-    QTest::newRow("single, s3g") << QByteArray("cube_single.gcode") << 3 << MachineFileFormat::S3g << 142;
-    QTest::newRow("dual, x3g") << QByteArray("cube_dual.gcode") << 4 << MachineFileFormat::X3g << 155;
-    QTest::newRow("dual, s3g") << QByteArray("cube_dual.gcode") << 4 << MachineFileFormat::S3g << 142;
+    QTest::newRow("single, x3g") << QByteArray("cube_single.gcode") << 3 << MachineFileFormat::X3g
+                                 << 155;
+    QTest::newRow("single, s3g") << QByteArray("cube_single.gcode") << 3 << MachineFileFormat::S3g
+                                 << 142;
+    QTest::newRow("dual, x3g") << QByteArray("cube_dual.gcode") << 4 << MachineFileFormat::X3g
+                               << 155;
+    QTest::newRow("dual, s3g") << QByteArray("cube_dual.gcode") << 4 << MachineFileFormat::S3g
+                               << 142;
 }
 
 void tst_MachineFileWriter::replaysARealFile()
@@ -356,8 +412,8 @@ void tst_MachineFileWriter::replaysARealFile()
     QCOMPARE(difference(machine, gcode, MachineFileReplay(file.commands).stops()), QString());
     QCOMPARE(file.result.estimate.remarks.toString(), std::string());
     for (const MachineFileCommand& command : file.commands) {
-        QVERIFY(command.code == moveCode
-                || (command.code != 139 && command.code != 142 && command.code != 155));
+        QVERIFY(command.code == moveCode ||
+                (command.code != 139 && command.code != 142 && command.code != 155));
     }
 }
 
@@ -365,8 +421,7 @@ void tst_MachineFileWriter::keepsTemperaturesToolsAndOrderOfARealFile()
 {
     const std::string gcode = fileBytes("cube_dual.gcode");
 
-    const Written file =
-        written(machineOfType(Printer::Fabrino2X), MachineFileFormat::X3g, gcode);
+    const Written file = written(machineOfType(Printer::Fabrino2X), MachineFileFormat::X3g, gcode);
 
     const std::vector<std::string> events = MachineFileReplay(file.commands).events();
     std::vector<std::string> start(events.begin(), events.begin() + 13);
@@ -447,6 +502,41 @@ void tst_MachineFileWriter::doesNotDriftOverResetsOfTheExtruder()
     QCOMPARE(pushed, static_cast<std::int64_t>(std::lround(35.27 * 96.39)));
 }
 
+void tst_MachineFileWriter::staysWithinAStepAfterAnySetPosition()
+{
+    const MachineDefinition machine = machineOfType(Printer::Fabrino2);
+    std::mt19937 random(7);
+    std::string gcode = "M104 S200\n";
+    std::vector<double> extruded;
+    for (int i = 0; i < 500; ++i) {
+        const double from = random() % 1000 / 1000.0;
+        extruded.push_back(from + 1 + random() % 1000 / 1000.0);
+        gcode += "G92 E" + numberText(from) + "\nG1 E" + numberText(extruded.back()) + "\n";
+    }
+
+    const Written file = written(machine, MachineFileFormat::X3g, gcode);
+
+    const MachineFileReplay replay(file.commands);
+    QCOMPARE(replay.stops().size(), extruded.size());
+    for (std::size_t i = 0; i < extruded.size(); ++i) {
+        const double steps = extruded[i] * machine.stepsPerMm[MotorA];
+        QVERIFY(std::abs(replay.stops()[i].steps[MotorA] - steps) <= 1);
+    }
+}
+
+void tst_MachineFileWriter::beginsAnewAtTheEndStops()
+{
+    MachineDefinition machine = machineOfType(Printer::Fabrino2);
+    machine.stepsPerMm[MotorX] = 10;
+
+    // A third of a step is carried over from G92, but not over the end stop.
+    const Written file =
+        written(machine, MachineFileFormat::X3g, "G1 X1.033\nG92 X0\nG28\nG1 X1.03\n");
+
+    const MachineFileReplay replay(file.commands);
+    QCOMPARE(replay.stops().back().steps[MotorX], 10);
+}
+
 void tst_MachineFileWriter::movesEachToolsOwnMotor()
 {
     MachineDefinition machine = machineOfType(Printer::Fabrino2X);
@@ -508,7 +598,8 @@ void tst_MachineFileWriter::leavesOutMovesOfLessThanHalfAStep()
     MachineDefinition machine = machineOfType(Printer::Fabrino2);
     machine.stepsPerMm[0] = 10;
 
-    const Written file = written(machine, MachineFileFormat::X3g, "G91\nG1 X0.04\nG1 X0.04\nG1 X0.04\n");
+    const Written file =
+        written(machine, MachineFileFormat::X3g, "G91\nG1 X0.04\nG1 X0.04\nG1 X0.04\n");
 
     const auto stops = MachineFileReplay(file.commands).stops();
     QCOMPARE(stops.size(), std::size_t(1));
@@ -522,8 +613,7 @@ void tst_MachineFileWriter::keepsWhatDoesNotFitWithinItsFields()
 
     // 1023.98 mm/s is the fastest that the field holds, and 4294 s the longest.
     const Written fast = written(machine, MachineFileFormat::X3g, "G1 X100 F300000\n");
-    const Written slow =
-        written(machine, MachineFileFormat::S3g, "M104 S200\nG1 E1000 F0.001\n");
+    const Written slow = written(machine, MachineFileFormat::S3g, "M104 S200\nG1 E1000 F0.001\n");
 
     QCOMPARE(fast.first(155).speed, 65535);
     QCOMPARE(slow.first(142).value, 4294967295u);
@@ -562,12 +652,14 @@ void tst_MachineFileWriter::writesNothingWhenTheProgramIsRefused_data()
 
     QTest::newRow("outside the volume")
         << QByteArray("G1 X300")
-        << QStringLiteral("Line 1002: X 300 mm is outside the machine's build volume (0 to 285 mm)");
+        << QStringLiteral(
+               "Line 1002: X 300 mm is outside the machine's build volume (0 to 285 mm)");
     QTest::newRow("too hot")
         << QByteArray("M109 S300")
-        << QString::fromUtf8("Line 1002: 300 °C is above the machine's limit of 280 °C for an extruder");
-    QTest::newRow("no such tool")
-        << QByteArray("T1") << QStringLiteral("Line 1002: the machine has no tool T1");
+        << QString::fromUtf8(
+               "Line 1002: 300 °C is above the machine's limit of 280 °C for an extruder");
+    QTest::newRow("no such tool") << QByteArray("T1")
+                                  << QStringLiteral("Line 1002: the machine has no tool T1");
 }
 
 void tst_MachineFileWriter::writesNothingWhenTheProgramIsRefused()
@@ -584,7 +676,8 @@ void tst_MachineFileWriter::writesNothingWhenTheProgramIsRefused()
     try {
         writeMachineFile(
             machineOfType(Printer::Fabrino2), MachineFileFormat::X3g, "cube",
-            [&] { return sectionsOf(gcode); }, [&](const char*, std::size_t) { sinkCalled = true; });
+            [&] { return sectionsOf(gcode); },
+            [&](const char*, std::size_t) { sinkCalled = true; });
     } catch (const GCodeError& caught) {
         thrown = QString::fromUtf8(caught.what());
     }
@@ -628,7 +721,7 @@ void tst_MachineFileWriter::canBeCanceledInBothPasses()
 {
     std::string gcode;
     for (int i = 0; i < 10000; ++i)
-        gcode += i % 2 ? "G1 X1\n" : "G1 X2\n";
+        gcode += i % 2 ? "G1 X1 ; there\n" : "G1 X2 ; and back\n";
     for (int stopAfter : {1, 2, 3, 4}) {
         int calls = 0;
         std::uint64_t last = 0;
@@ -652,11 +745,38 @@ void tst_MachineFileWriter::canBeCanceledInBothPasses()
 void tst_MachineFileWriter::survivesRandomPrograms()
 {
     std::mt19937 random(99);
-    const std::vector<std::string> lines = {
-        "G1 X10 Y10", "G1 X99.99 E1", "G91", "G90", "G1 X0.01", "G92 E0", "G92", "G92 X-9", "G92.1",
-        "G28", "G28 Z", "T0", "T1", "M104 S200", "M109 S210 T1", "M190 S60", "G2 X20 Y20 R30",
-        "G3 I1", "M106", "M84", "M117 \x01\x02\xff", "G4 P10", "G20", "G21", "M83", "M82", "G1 E5 F1",
-        "G1 Z5 F99999", "M73 P5", "nonsense", "G1 E-1000", "G1 E1000000"};
+    const std::vector<std::string> lines = {"G1 X10 Y10",
+                                            "G1 X99.99 E1",
+                                            "G91",
+                                            "G90",
+                                            "G1 X0.01",
+                                            "G92 E0",
+                                            "G92",
+                                            "G92 X-9",
+                                            "G92.1",
+                                            "G28",
+                                            "G28 Z",
+                                            "T0",
+                                            "T1",
+                                            "M104 S200",
+                                            "M109 S210 T1",
+                                            "M190 S60",
+                                            "G2 X20 Y20 R30",
+                                            "G3 I1",
+                                            "M106",
+                                            "M84",
+                                            "M117 \x01\x02\xff",
+                                            "G4 P10",
+                                            "G20",
+                                            "G21",
+                                            "M83",
+                                            "M82",
+                                            "G1 E5 F1",
+                                            "G1 Z5 F99999",
+                                            "M73 P5",
+                                            "nonsense",
+                                            "G1 E-1000",
+                                            "G1 E1000000"};
     const MachineDefinition machine = machineOfType(Printer::Fabrino2X);
     int complete = 0;
     for (int round = 0; round < 300; ++round) {

@@ -78,9 +78,9 @@ void tst_StartEndCode::heatsWhatTheExtruderNames()
     QFETCH(QString, heating);
     const MachineDefinition machine = machineOfType(static_cast<Printer::Type>(type));
 
-    const StartEndCode code = startEndCode(
-        machine, {"pla", "pla"},
-        configurationFor(static_cast<SlicerConfiguration::Extruder>(extruder)));
+    const StartEndCode code =
+        startEndCode(machine, {"pla", "pla"},
+                     configurationFor(static_cast<SlicerConfiguration::Extruder>(extruder)));
 
     QCOMPARE(commandsOf(machine, code.start, kHeating), heating);
 }
@@ -120,9 +120,9 @@ void tst_StartEndCode::heatsThePlatformForAbs()
     for (const QString& material : materials)
         identifiers.push_back(material.toStdString());
 
-    const StartEndCode code = startEndCode(
-        machine, identifiers,
-        configurationFor(static_cast<SlicerConfiguration::Extruder>(extruder)));
+    const StartEndCode code =
+        startEndCode(machine, identifiers,
+                     configurationFor(static_cast<SlicerConfiguration::Extruder>(extruder)));
 
     QCOMPARE(commandsOf(machine, code.start, "^platform "),
              heated ? QStringLiteral("platform to 105; platform to 105 and wait") : QString());
@@ -134,11 +134,10 @@ void tst_StartEndCode::heatsThePlatformAsConfigured()
     SlicerConfiguration configuration = configurationFor(SlicerConfiguration::Right);
     const auto platform = [&](bool heat, const char* material) {
         configuration.setHeatPlatform(heat);
-        return commandsOf(machine,
-                          startEndCode(machine, {material}, configuration,
-                                       PlatformHeat::ByConfiguration)
-                              .start,
-                          "^platform ");
+        return commandsOf(
+            machine,
+            startEndCode(machine, {material}, configuration, PlatformHeat::ByConfiguration).start,
+            "^platform ");
     };
 
     QCOMPARE(platform(true, "pla"), QStringLiteral("platform to 105; platform to 105 and wait"));
@@ -162,9 +161,9 @@ void tst_StartEndCode::homesFirstAndHeatsBeforeItPushes()
     QFETCH(int, type);
     QFETCH(int, extruder);
     const MachineDefinition machine = machineOfType(static_cast<Printer::Type>(type));
-    const StartEndCode code = startEndCode(
-        machine, {"abs", "abs"},
-        configurationFor(static_cast<SlicerConfiguration::Extruder>(extruder)));
+    const StartEndCode code =
+        startEndCode(machine, {"abs", "abs"},
+                     configurationFor(static_cast<SlicerConfiguration::Extruder>(extruder)));
 
     const QStringList texts =
         programText(machine, code.start, GCodeProgram::RefuseCold).split(QLatin1Char('\n'));
@@ -196,9 +195,9 @@ void tst_StartEndCode::fitsAroundAFile()
     QFETCH(int, type);
     QFETCH(int, extruder);
     const MachineDefinition machine = machineOfType(static_cast<Printer::Type>(type));
-    const StartEndCode code = startEndCode(
-        machine, {"abs", "abs"},
-        configurationFor(static_cast<SlicerConfiguration::Extruder>(extruder)));
+    const StartEndCode code =
+        startEndCode(machine, {"abs", "abs"},
+                     configurationFor(static_cast<SlicerConfiguration::Extruder>(extruder)));
     const std::string file = fileBytes(name.constData());
     std::vector<GCodeSection> sections;
     sections.push_back({"Start code", byteSourceOf(code.start)});
@@ -247,8 +246,7 @@ void tst_StartEndCode::undoesUnitsAndShiftsOfTheFile()
     const std::string end =
         startEndCode(machine, {"pla"}, configurationFor(SlicerConfiguration::Right)).end;
 
-    const QString text =
-        programText(machine, "G1 X50 Z100\nG92 X0 Z-20\nG20\nG91\nG1 X1\n" + end);
+    const QString text = programText(machine, "G1 X50 Z100\nG92 X0 Z-20\nG20\nG91\nG1 X1\n" + end);
 
     QVERIFY2(text.contains(QLatin1String("move 75.4 0 155 0 0 at 15")), qPrintable(text));
 }
