@@ -79,7 +79,9 @@ private:
         if (!window)
             return;
         if (m_actions.empty()) {
-            QTest::qFail("An unexpected window opened", __FILE__, __LINE__);
+            QTest::qFail(qPrintable(QStringLiteral("An unexpected window opened: ") +
+                                    QLatin1String(window->metaObject()->className())),
+                         __FILE__, __LINE__);
             window->close();
             return;
         }
