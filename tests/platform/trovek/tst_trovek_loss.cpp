@@ -21,6 +21,7 @@ class tst_TrovekLoss : public QObject
 private slots:
     void aLossIsAnnouncedInOrder_data();
     void aLossIsAnnouncedInOrder();
+    void whatHasGoneBeforeIsNotSaidAgain();
     void garbageEndsTheLink();
     void aLostLinkIsKnownAtTheFirstHook();
     void disconnectingIsAnnouncedLater();
@@ -60,6 +61,20 @@ void tst_TrovekLoss::aLossIsAnnouncedInOrder()
     QVERIFY(client.printers().empty());
     QVERIFY(client.ports().empty());
     QVERIFY(log.contains("Link to the service closed: ", 1));
+}
+
+void tst_TrovekLoss::whatHasGoneBeforeIsNotSaidAgain()
+{
+    TestLog log;
+    ScriptedService service;
+    addOneMachine(service);
+    RecordingTrovek client;
+    client.connectToDaemon(service.address());
+    service.removePrinter("left");
+    service.removePort("one");
+    QTRY_COMPARE(client.story(), kArrival + ", printerRemoved left, portDetached one");
+    service.dropConnections();
+    QTRY_COMPARE(client.story(), kArrival + ", " + kDeparture);
 }
 
 void tst_TrovekLoss::garbageEndsTheLink()
