@@ -8,6 +8,7 @@
 #include <trovek/wire.h>
 
 #include <deque>
+#include <exception>
 #include <limits>
 #include <map>
 
@@ -110,7 +111,11 @@ int JobList::add(std::unique_ptr<RunningJob> job)
     RunningJob& started = *job;
     d->running.emplace(id, Private::Entry{std::move(job), std::move(throttle)});
     emit added(id);
-    started.start();
+    try {
+        started.start();
+    } catch (const std::exception& error) {
+        started.abort(QString::fromUtf8(error.what()));
+    }
     return id;
 }
 

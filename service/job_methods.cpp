@@ -188,6 +188,8 @@ public:
         // A print knows its own temperatures, and must not be spoilt by another hand.
         if (machine.job() != nullptr && machine.job()->data().kind == wire::method::kPrint)
             throw wire::makeError(wire::error::kMachineState, "The machine is printing");
+        if (machine.driver().status().state == Printer::Connecting)
+            throw wire::makeError(wire::error::kMachineState, "The machine is not ready");
         machine.driver().setToolTarget(toolhead, target);
         machine.update();
         return Json::Value();

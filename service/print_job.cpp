@@ -7,6 +7,7 @@
 #include <trovek/wire.h>
 
 #include <cmath>
+#include <exception>
 
 namespace trovek::service {
 
@@ -71,8 +72,12 @@ void PrintJob::print(const QString& planningError)
     connect(&driver, &MachineDriver::finished, this, [this] { end(JobEnded); });
     connect(&driver, &MachineDriver::failed, this,
             [this](const QString& reason) { end(JobFailed, reason); });
-    driver.run(m_plan);
-    update();
+    try {
+        driver.run(m_plan);
+        update();
+    } catch (const std::exception& error) {
+        end(JobFailed, QString::fromUtf8(error.what()));
+    }
 }
 
 void PrintJob::update()

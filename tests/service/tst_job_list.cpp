@@ -29,6 +29,7 @@ private slots:
     void theLastChangeIsNeverLost();
     void theConclusionIsToldAtOnceAndLast();
     void aJobMayConcludeWhileItStarts();
+    void aJobThatCannotStartFails();
     void nothingChangesAfterTheConclusion();
     void keepsTheLastThousandConcludedJobs();
     void refusesTooManyJobs();
@@ -257,6 +258,21 @@ void tst_JobList::aJobMayConcludeWhileItStarts()
              (QStringList{QStringLiteral("added %1").arg(id), QStringLiteral("changed %1").arg(id),
                           QStringLiteral("concluded %1").arg(id)}));
     QCOMPARE(f.list->job(id).progress, 100);
+}
+
+void tst_JobList::aJobThatCannotStartFails()
+{
+    class BrokenJob : public ScriptedJob
+    {
+    public:
+        void start() override { throw std::runtime_error("No start"); }
+    };
+    Fixture f;
+
+    const int id = f.list->add(std::make_unique<BrokenJob>());
+
+    QCOMPARE(f.list->job(id).conclusion, JobFailed);
+    QCOMPARE(f.list->job(id).failure, std::string("No start"));
 }
 
 void tst_JobList::nothingChangesAfterTheConclusion()

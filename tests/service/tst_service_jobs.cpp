@@ -207,6 +207,8 @@ void tst_ServiceJobs::refusesAPrintOnAMachineThatConnects()
     QCOMPARE(errorOf([&] { client.print(kMachine, file, {}, {"pla"}, true); }),
              std::string("MachineStateException"));
     QCOMPARE(errorOf([&] { client.home(kMachine); }), std::string("MachineStateException"));
+    QCOMPARE(errorOf([&] { client.setToolheadTemperature(kMachine, Printer::RightToolhead, 100); }),
+             std::string("MachineStateException"));
 }
 
 void tst_ServiceJobs::cancelingAPrintFreesTheMachine()
