@@ -8,13 +8,6 @@ build=$1 scratch=$2
 rm -rf "$scratch"
 cmake --install "$build" --prefix "$scratch/prefix" >"$scratch.log"
 
-# Every public header compiles alone.
-for header in "$scratch"/prefix/include/trovek-ui/*.h; do
-    name=$(basename "$header")
-    [ "$name" = export.h ] && continue
-    echo "#include <trovek-ui/$name>"
-done | sort >"$scratch/all.txt"
-
 cmake -S "$here" -B "$scratch/cmake" -G Ninja -DCMAKE_PREFIX_PATH="$scratch/prefix" \
       -DCMAKE_CXX_FLAGS="${CXXFLAGS:-}" >>"$scratch.log"
 cmake --build "$scratch/cmake" >>"$scratch.log" || { tail -n 30 "$scratch.log"; exit 1; }
@@ -26,9 +19,13 @@ c++ -std=c++17 ${CXXFLAGS:-} "$here/main.cpp" -o "$scratch/by-pkg-config" \
     $(pkg-config --define-prefix --cflags --libs trovek-ui) -Wl,-rpath,"$libdir"
 "$scratch/by-pkg-config"
 
-while read -r line; do
-    echo "$line" >"$scratch/alone.cpp"
-    c++ -std=c++17 -fsyntax-only $(pkg-config --define-prefix --cflags trovek-ui) "$scratch/alone.cpp" ||
-        { echo "does not compile alone: $line"; exit 1; }
-done <"$scratch/all.txt"
-echo "installed headers that compile alone: $(wc -l <"$scratch/all.txt")"
+# Every public header compiles alone.
+cflags=$(pkg-config --define-prefix --cflags trovek-ui)
+compile_alone() {
+    echo "#include <trovek-ui/$1>" | c++ -std=c++17 -fsyntax-only $cflags -x c++ - ||
+        { echo "does not compile alone: $1"; return 1; }
+}
+export -f compile_alone
+export cflags
+(cd "$scratch/prefix/include/trovek-ui" && find . -name '*.h' -printf '%P\n') |
+    xargs -P "$(nproc)" -I{} bash -c 'compile_alone {}'
