@@ -183,11 +183,13 @@ void tst_TrovekEvents::portsOfOneNameAreToldApartByIdentity()
     Port::Data first = ScriptedService::port("one");
     Port::Data second = first;
     second.identity = "another";
+    second.machineName = "left";
     service.addPort(first);
     service.addPort(second);
     RecordingTrovek client;
     client.connectToDaemon(service.address());
     QCOMPARE(client.ports().size(), std::size_t(2));
+    QCOMPARE(client.printerFromPortName("one").name(), std::string("left"));
     QTRY_COMPARE(client.story(), std::string("portAttached one, portAttached one"));
     Json::Value params(Json::objectValue);
     params["name"] = "one";
