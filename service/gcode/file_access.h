@@ -12,7 +12,8 @@ namespace trovek::service {
 /**
  * Opens a file that a client named, for reading.
  *
- * A regular file only: neither a link, a folder, a device nor a pipe, which could block for ever.
+ * A regular file only, be it through a link: no folder, and no device or pipe, which could block
+ * for ever.
  * @param path absolute, UTF-8
  * @throws std::runtime_error for a user, with the path
  */

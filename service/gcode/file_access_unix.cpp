@@ -90,8 +90,7 @@ std::unique_ptr<QFile> openInput(const std::string& path)
     const std::string doing = "read";
     checkPath(doing, path);
     // Without O_NONBLOCK opening a pipe would wait for a writer.
-    Descriptor descriptor(
-        ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    Descriptor descriptor(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     checkRegular(doing, path, descriptor);
     return handOver(doing, path, descriptor, QIODevice::ReadOnly);
 }

@@ -21,7 +21,7 @@ std::unique_ptr<QFile> openChecked(const std::string& doing, const std::string& 
     };
     if (!info.isAbsolute() || name.contains(QChar(u'\0')))
         fail("its path is not absolute");
-    if (info.isSymLink())
+    if (info.isSymLink() && (mode & QIODevice::WriteOnly))
         fail("it is a link");
     if (!info.exists())
         fail("it does not exist");
