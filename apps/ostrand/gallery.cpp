@@ -167,7 +167,7 @@ void Gallery::photographMakeDialog()
     click("exportRadio");
     settle(true);
     photograph(dialog, QStringLiteral("export"), QStringLiteral("Exporting"));
-    dialog.reject();
+    m_robot.click([&dialog] { dialog.reject(); });
     m_robot.waitFor([&] { return !window.makeDialog(); }, QStringLiteral("the dialog's end"));
 }
 

@@ -1,5 +1,6 @@
 #include "job_list_model.h"
 
+#include "icons.h"
 #include "unknown_job.h"
 
 #include <trovek-ui/trovekqt.h>
@@ -15,6 +16,11 @@ namespace ostrand {
 namespace {
 
 constexpr char kLogUnit[] = "apps\\ostrand\\job_list_model";
+
+bool isExport(const std::string& kind)
+{
+    return kind == trovek::wire::method::kPrintToFile || kind == trovek::wire::method::kSlice;
+}
 
 bool isShortMotion(const trovek::Job& job)
 {
@@ -81,6 +87,10 @@ QVariant JobListModel::data(const QModelIndex& index, int role) const
         return static_cast<int>(
             (index.column() == TimeLeftColumn ? Qt::AlignRight : Qt::AlignLeft)
             | Qt::AlignVCenter);
+    case Qt::DecorationRole:
+        if (index.column() != NameColumn)
+            return QVariant();
+        return icon(isExport(row.job.kind) ? "save" : "make");
     case Qt::DisplayRole:
         break;
     default:
@@ -308,11 +318,18 @@ QString JobListModel::machineText(const trovek::MachineName& machine) const
     return trovek::toQString(machine.name());
 }
 
+QString JobListModel::endText(const Row& row) const
+{
+    if (row.job.kind == trovek::wire::method::kPrint)
+        return tr("Printed");
+    return isExport(row.job.kind) ? tr("Exported") : tr("Finished");
+}
+
 QString JobListModel::stageText(const Row& row) const
 {
     switch (row.job.conclusion) {
     case trovek::JobEnded:
-        return tr("Finished");
+        return endText(row);
     case trovek::JobFailed:
         return row.job.failure.empty()
                    ? tr("Failed")

@@ -91,6 +91,7 @@ private:
     int rowOf(trovek::Job::ID id) const;
     bool isRunning(const Row& row) const;
     QString machineText(const trovek::MachineName& machine) const;
+    QString endText(const Row& row) const;
     QString stageText(const Row& row) const;
     QString toolTip(const Row& row) const;
     void changed(int row);

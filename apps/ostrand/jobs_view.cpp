@@ -60,9 +60,9 @@ JobsView::JobsView(JobListModel& model, QWidget* parent)
     header->setStretchLastSection(false);
     header->setSectionsMovable(false);
     header->setSectionResizeMode(JobListModel::StageColumn, QHeaderView::Stretch);
-    header->resizeSection(JobListModel::NameColumn, 190);
-    header->resizeSection(JobListModel::MachineColumn, 150);
-    header->resizeSection(JobListModel::ProgressColumn, 150);
+    header->resizeSection(JobListModel::NameColumn, 200);
+    header->resizeSection(JobListModel::MachineColumn, 185);
+    header->resizeSection(JobListModel::ProgressColumn, 140);
     header->resizeSection(JobListModel::TimeLeftColumn, 90);
     m_list->viewport()->installEventFilter(this);
 
@@ -88,6 +88,7 @@ JobsView::JobsView(JobListModel& model, QWidget* parent)
     connect(m_list, &QTreeView::customContextMenuRequested, this, &JobsView::showMenu);
     connect(m_list->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &JobsView::updateActions);
+    connect(&m_model, &QAbstractItemModel::rowsInserted, m_list, &QTreeView::scrollToBottom);
     connect(&m_model, &JobListModel::countsChanged, this, &JobsView::updateActions);
     updateActions();
 }

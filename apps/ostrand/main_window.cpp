@@ -307,16 +307,19 @@ void MainWindow::showLinkState(ServiceLink::State state)
     updateActions();
     if (state == ServiceLink::Connected) {
         m_wasConnected = true;
+        m_isLost = false;
         if (m_noticeIsOfLink)
             m_notice->hide();
         m_noticeIsOfLink = false;
         return;
     }
-    if (state == ServiceLink::Waiting && !m_wasConnected && !m_saidUnavailable) {
-        m_saidUnavailable = true;
+    if (state != ServiceLink::Waiting || m_isLost)
+        return;
+    // Once for each loss: whoever has closed the notice need not close it after every attempt.
+    m_isLost = true;
+    if (!m_wasConnected) {
         showLater(message::BackgroundServiceUnavailable(this).box());
-    }
-    if (state == ServiceLink::Waiting && m_wasConnected && !m_notice->isVisible()) {
+    } else if (!m_noticeIsOfLink) {
         m_noticeIsOfLink = true;
         m_notice->showNotice(QStyle::SP_MessageBoxWarning,
                              tr("The connection to the background service is lost"),

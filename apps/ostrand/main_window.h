@@ -103,7 +103,7 @@ private:
     QAction* m_saveLog = nullptr;
     QPointer<QDialog> m_makeDialog;
     bool m_wasConnected = false;
-    bool m_saidUnavailable = false;
+    bool m_isLost = false;
     bool m_noticeIsOfLink = false;
     bool m_asking = false;
 };

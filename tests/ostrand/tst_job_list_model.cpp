@@ -63,6 +63,8 @@ private slots:
     void asksOnceForManyNotifications();
     void showsHowAJobEnded_data();
     void showsHowAJobEnded();
+    void saysWhatHasBecomeOfIt_data();
+    void saysWhatHasBecomeOfIt();
     void leavesShortMotionsOut_data();
     void leavesShortMotionsOut();
     void cancelsARunningJob();
@@ -161,7 +163,7 @@ void tst_JobListModel::showsHowAJobEnded_data()
     QTest::addColumn<QString>("stage");
     QTest::addColumn<QString>("progress");
 
-    QTest::newRow("ended") << 0 << QString() << QStringLiteral("Finished")
+    QTest::newRow("ended") << 0 << QString() << QStringLiteral("Printed")
                            << QStringLiteral("100%");
     QTest::newRow("failed") << 1 << QStringLiteral("Too big") << QStringLiteral("Failed: Too big")
                             << QStringLiteral("30%");
@@ -200,6 +202,28 @@ void tst_JobListModel::showsHowAJobEnded()
     emit world.facade.jobChanged(7);
     QCoreApplication::processEvents();
     QCOMPARE(concluded.count(), 1);
+}
+
+void tst_JobListModel::saysWhatHasBecomeOfIt_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QString>("stage");
+    QTest::newRow("print") << QStringLiteral("print") << QStringLiteral("Printed");
+    QTest::newRow("machine file") << QStringLiteral("print_to_file") << QStringLiteral("Exported");
+    QTest::newRow("G-code") << QStringLiteral("slice") << QStringLiteral("Exported");
+    QTest::newRow("something new") << QStringLiteral("scan") << QStringLiteral("Finished");
+}
+
+void tst_JobListModel::saysWhatHasBecomeOfIt()
+{
+    QFETCH(QString, kind);
+    QFETCH(QString, stage);
+    World world;
+    world.add(7, "part", kind.toStdString());
+    QTRY_COMPARE(world.model.rowCount(), 1);
+    QVERIFY(!world.model.index(0, 0).data(Qt::DecorationRole).value<QIcon>().isNull());
+    world.service.concludeJob(7, JobEnded);
+    QTRY_COMPARE(world.text(0, JobListModel::StageColumn), stage);
 }
 
 void tst_JobListModel::leavesShortMotionsOut_data()
@@ -298,7 +322,7 @@ void tst_JobListModel::marksRunningJobsWithoutALink()
     world.service.stop();
     QTRY_COMPARE(world.text(0, JobListModel::StageColumn),
                  QStringLiteral("Unknown: no connection"));
-    QCOMPARE(world.text(1, JobListModel::StageColumn), QStringLiteral("Finished"));
+    QCOMPARE(world.text(1, JobListModel::StageColumn), QStringLiteral("Printed"));
     QCOMPARE(world.model.runningCount(), 1);
 }
 
@@ -387,5 +411,5 @@ void tst_JobListModel::textOfADuration()
     QCOMPARE(durationText(seconds), text);
 }
 
-QTEST_GUILESS_MAIN(tst_JobListModel)
+QTEST_MAIN(tst_JobListModel)
 #include "tst_job_list_model.moc"

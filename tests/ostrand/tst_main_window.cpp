@@ -311,6 +311,8 @@ void tst_MainWindow::makeOpensTheDialogOnce()
     QCOMPARE(world.window->findChildren<MakeGCodeDialog*>().size(), 1);
     world.window->makeDialog()->reject();
     QTRY_VERIFY(!world.window->makeDialog());
+    world.window->activateWindow();
+    QTRY_VERIFY(world.window->isActiveWindow());
     QTest::keyClick(world.window.get(), Qt::Key_M, Qt::ControlModifier);
     QVERIFY(world.window->makeDialog());
 }

@@ -1,0 +1,146 @@
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+/** The program as a user starts it, driven by itself. */
+class tst_Tour : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void printsAndExportsEachFile();
+    void leavesTheUsersSettingsAlone();
+    void tellsByItsExitStatusThatAFileIsMissing();
+    void tellsWhyAFileCannotBeMade();
+    void refusesAWrongCommandLine();
+    void namesItsVersionWithoutADisplay();
+
+private:
+    struct Run {
+        int status;
+        QString output;
+        QString errors;
+    };
+
+    /** Everything that the program may write lies below the folder. */
+    static Run run(const QTemporaryDir& folder, const QStringList& arguments,
+                   const QString& platform = QStringLiteral("offscreen"))
+    {
+        QProcess program;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), platform);
+        environment.insert(QStringLiteral("HOME"), folder.path());
+        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), folder.filePath(QStringLiteral("c")));
+        environment.insert(QStringLiteral("XDG_DATA_HOME"), folder.filePath(QStringLiteral("d")));
+        environment.remove(QStringLiteral("XDG_RUNTIME_DIR"));
+        program.setProcessEnvironment(environment);
+        program.start(QStringLiteral(OSTRAND_PROGRAM), arguments);
+        program.closeWriteChannel();
+        if (!program.waitForFinished(240000)) {
+            program.kill();
+            program.waitForFinished();
+            return {-1, QString::fromUtf8(program.readAllStandardOutput()),
+                    QStringLiteral("It did not end")};
+        }
+        return {program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1,
+                QString::fromUtf8(program.readAllStandardOutput()),
+                QString::fromUtf8(program.readAllStandardError())};
+    }
+
+    static QString data(const char* name)
+    {
+        return QDir(QStringLiteral(TEST_DATA)).filePath(QLatin1String(name));
+    }
+};
+
+void tst_Tour::printsAndExportsEachFile()
+{
+    QTemporaryDir folder;
+    const QString out = folder.filePath(QStringLiteral("out"));
+    const Run tour = run(folder, {QStringLiteral("--tour"), out, QStringLiteral("--file"),
+                                  data("cube_single.gcode"), QStringLiteral("--file"),
+                                  data("cube_dual.gcode")});
+    QVERIFY2(tour.status == 0, qPrintable(tour.output + tour.errors));
+    const QDir exports(out + QStringLiteral("/exports"));
+    QCOMPARE(exports.entryList(QDir::Files, QDir::Name),
+             QStringList({QStringLiteral("cube_dual.gcode"), QStringLiteral("cube_dual.s3g"),
+                          QStringLiteral("cube_dual.x3g"), QStringLiteral("cube_single.gcode"),
+                          QStringLiteral("cube_single.s3g"), QStringLiteral("cube_single.x3g")}));
+    for (const QFileInfo& exported : exports.entryInfoList(QDir::Files)) {
+        QVERIFY2(exported.size() > 1000, qPrintable(exported.fileName()));
+        QVERIFY(tour.output.contains(QStringLiteral("exported %1, %2 bytes")
+                                         .arg(exported.filePath())
+                                         .arg(exported.size())));
+    }
+    const QStringList pictures =
+        QDir(out).entryList({QStringLiteral("*.png")}, QDir::Files, QDir::Name);
+    QCOMPARE(pictures.size(), 29);
+    QCOMPARE(pictures.first(), QStringLiteral("01-start.png"));
+    for (const QString& picture : pictures)
+        QVERIFY2(!QImage(QDir(out).filePath(picture)).isNull(), qPrintable(picture));
+    QVERIFY(QFile::exists(out + QStringLiteral("/index.html")));
+    QVERIFY(tour.output.contains(QStringLiteral("  printed cube_single.gcode to the end\n")));
+    QVERIFY(tour.output.contains(QStringLiteral("  printed cube_dual.gcode to the end\n")));
+}
+
+void tst_Tour::leavesTheUsersSettingsAlone()
+{
+    QTemporaryDir folder;
+    QTemporaryDir home;
+    const Run tour = run(home, {QStringLiteral("--tour"), folder.path(), QStringLiteral("--file"),
+                                data("cube_single.gcode")});
+    QVERIFY2(tour.status == 0, qPrintable(tour.output + tour.errors));
+    QVERIFY(!QFile::exists(home.filePath(QStringLiteral("c/Orvane"))));
+    QVERIFY(!QFile::exists(home.filePath(QStringLiteral("d/Orvane"))));
+    QVERIFY(!QFile::exists(home.filePath(QStringLiteral("d/trovek"))));
+}
+
+void tst_Tour::tellsByItsExitStatusThatAFileIsMissing()
+{
+    QTemporaryDir folder;
+    const Run tour = run(folder, {QStringLiteral("--tour"), folder.filePath(QStringLiteral("out")),
+                                  QStringLiteral("--file"),
+                                  folder.filePath(QStringLiteral("none.gcode"))});
+    QCOMPARE(tour.status, 1);
+    QVERIFY2(tour.output.contains(QStringLiteral("FAILED: ")), qPrintable(tour.output));
+}
+
+void tst_Tour::tellsWhyAFileCannotBeMade()
+{
+    QTemporaryDir folder;
+    QFile model(folder.filePath(QStringLiteral("part.stl")));
+    QVERIFY(model.open(QIODevice::WriteOnly));
+    model.close();
+    const Run tour = run(folder, {QStringLiteral("--tour"), folder.filePath(QStringLiteral("out")),
+                                  QStringLiteral("--file"), model.fileName()});
+    QCOMPARE(tour.status, 1);
+    QVERIFY2(tour.output.contains(QStringLiteral("FAILED: This version of Ostrand prints G-code "
+                                                 "only.")),
+             qPrintable(tour.output));
+}
+
+void tst_Tour::refusesAWrongCommandLine()
+{
+    QTemporaryDir folder;
+    const Run wrong = run(folder, {QStringLiteral("--tour"), folder.path()});
+    QCOMPARE(wrong.status, 2);
+    QVERIFY2(wrong.errors.contains(QStringLiteral("ostrand: --tour needs at least one --file.\n")),
+             qPrintable(wrong.errors));
+}
+
+void tst_Tour::namesItsVersionWithoutADisplay()
+{
+    QTemporaryDir folder;
+    const Run version = run(folder, {QStringLiteral("--version")}, QStringLiteral("none"));
+    QCOMPARE(version.status, 0);
+    QVERIFY(version.output.startsWith(QStringLiteral("Ostrand ")));
+    const Run help = run(folder, {QStringLiteral("--help")}, QStringLiteral("none"));
+    QCOMPARE(help.status, 0);
+    QVERIFY(help.output.contains(QStringLiteral("--tour")));
+}
+
+QTEST_GUILESS_MAIN(tst_Tour)
+#include "tst_tour.moc"
