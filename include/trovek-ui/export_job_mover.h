@@ -18,10 +18,10 @@ class TrovekQt;
 /**
  * Brings the result of each export from where the service may write to where the user wants it.
  *
- * The destination is created, empty, when an export is added, so that a place that cannot be written
- * shows at once; it is filled when the job ends and removed when the job fails or is canceled. A job
- * that never concludes, as when the link is lost, keeps its record and its empty destination.
- * The source files are left alone. GUI thread only.
+ * The destination is created, empty, when an export is added, so that a place that cannot be
+ * written shows at once; it is filled when the job ends and removed when the job fails or is
+ * canceled. A job that never concludes, as when the link is lost, keeps its record and its empty
+ * destination. The source files are left alone. GUI thread only.
  */
 class TROVEK_UI_EXPORT ExportJobMover : public QObject
 {
@@ -36,8 +36,8 @@ public:
     ~ExportJobMover() override;
 
     /**
-     * Follows a job that the service has just accepted; an earlier record of the same job is dropped.
-     * A file that stands at the destination is removed.
+     * Follows a job that the service has just accepted; an earlier record of the same job is
+     * dropped. A file that stands at the destination is removed.
      * @param source what the service writes
      * @throws std::runtime_error "Destination directory does not exist"
      * @throws std::runtime_error "Failed to open export file for writing"

@@ -16,10 +16,10 @@ class TrovekQt;
 /**
  * Follows one job of the service and says once how it ended.
  *
- * While a job is watched every change of it emits changed(); its conclusion emits changed() and then
- * exactly one of ended(), failed() and canceled(), after which the watch is silent until another
- * setJobID(). A receiver may set another job, clear the watch or delete it in any of these signals.
- * GUI thread only.
+ * While a job is watched every change of it emits changed(); its conclusion emits changed() and
+ * then exactly one of ended(), failed() and canceled(), after which the watch is silent until
+ * another setJobID(). A receiver may set another job, clear the watch or delete it in any of these
+ * signals. GUI thread only.
  */
 class TROVEK_UI_EXPORT JobWatch : public QObject
 {

@@ -7,6 +7,9 @@
 #include <QList>
 #include <QModelIndex>
 #include <QStandardItemModel>
+#include <QString>
+
+#include <string>
 
 namespace trovek {
 
@@ -34,9 +37,12 @@ public:
         Item(const Printer& printer, bool showIcon);
 
         const MachineName& key() const { return m_key; }
+        /** Tells the machine from others of its name: its key, and its port if it is on one. */
+        QString place() const;
 
     private:
         const MachineName m_key;
+        const std::string m_portName;
     };
 
     /**
@@ -61,7 +67,7 @@ public slots:
     void toggleArchetypes(bool archetypes);
     /** Whether machines with one extruder are listed; on at construction. */
     void toggleSingleToolMachines(bool enableSingles);
-    /** Whether the archetype of the single Cubio is listed (not the dual one's); on at construction. */
+    /** Whether the archetype of the single Cubio is listed; the dual one always is. On at first. */
     void setShowCboArchetypes(bool showCboArchetypes);
 
 private:

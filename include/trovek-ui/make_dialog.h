@@ -65,7 +65,8 @@ public:
     void makeOrExport(const QString& inputFile);
 
     /**
-     * Slices for a preview, in make mode for the archetype of the machine, which keeps the machine free.
+     * Slices for a preview, in make mode for the archetype of the machine, which keeps the machine
+     * free.
      * @param outputPath must exist and be writable for the service
      * @return the job's ID; Job::kInvalidID after an error, which has been shown
      */

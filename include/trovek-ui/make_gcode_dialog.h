@@ -24,8 +24,8 @@ class TROVEK_UI_EXPORT MakeGCodeDialog : public MakeDialog
 public:
     /** As MakeDialog's; `inputFile` is the G-code file. */
     MakeGCodeDialog(TrovekQt& facade, const QString& inputFile, QSettings* settings,
-                    const Printer* printer, const QString& defaultExportDir,
-                    bool showCboArchetypes, QWidget* parent = nullptr);
+                    const Printer* printer, const QString& defaultExportDir, bool showCboArchetypes,
+                    QWidget* parent = nullptr);
     ~MakeGCodeDialog() override;
 
 protected:

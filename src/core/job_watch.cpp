@@ -17,9 +17,9 @@ class JobWatch::Private
 {
 public:
     Private(TrovekQt& watchedFacade, std::string ownerName)
-        : facade(watchedFacade), name(std::move(ownerName))
-    {
-    }
+        : facade(watchedFacade)
+        , name(std::move(ownerName))
+    {}
 
     TrovekQt& facade;
     const std::string name;
@@ -29,7 +29,8 @@ public:
 };
 
 JobWatch::JobWatch(TrovekQt& facade, const std::string& name, QObject* parent)
-    : QObject(parent), d(std::make_unique<Private>(facade, name))
+    : QObject(parent)
+    , d(std::make_unique<Private>(facade, name))
 {
     connect(&facade, SIGNAL(jobChanged(const trovek::Job::ID)), this,
             SLOT(jobChanged(const trovek::Job::ID)));

@@ -27,7 +27,8 @@ QString knownTypeKey(const Port& port)
 
 } // namespace
 
-TrovekHandle::TrovekHandle(QSettings* const settings) : m_settings(settings)
+TrovekHandle::TrovekHandle(QSettings* const settings)
+    : m_settings(settings)
 {
     if (m_settings == nullptr)
         throw std::logic_error("null settings");

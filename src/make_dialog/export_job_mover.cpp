@@ -18,7 +18,8 @@ static constexpr char kLogUnit[] = "src\\make_dialog\\export_job_mover";
 
 namespace trovek {
 
-struct ExportJobMover::Export {
+struct ExportJobMover::Export
+{
     /** Open for writing while the job runs. */
     QFile destination;
     QString source;
@@ -32,7 +33,8 @@ ExportJobMover& ExportJobMover::instance(TrovekQt& facade)
 }
 
 ExportJobMover::ExportJobMover(TrovekQt& facade, QObject* parent)
-    : QObject(parent), m_facade(&facade)
+    : QObject(parent)
+    , m_facade(&facade)
 {
     connect(m_facade, &TrovekQt::jobConcluded, this, &ExportJobMover::jobConcluded);
 }

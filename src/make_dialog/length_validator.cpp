@@ -27,8 +27,8 @@ FileChooserValidator::Result LengthValidator::validate(const QString& path, QWid
 {
     const QFileInfo file(path);
     const QString name = file.fileName();
-    const bool isMachineFile = name.endsWith(QLatin1String("s3g"), Qt::CaseInsensitive)
-                               || name.endsWith(QLatin1String("x3g"), Qt::CaseInsensitive);
+    const bool isMachineFile = name.endsWith(QLatin1String("s3g"), Qt::CaseInsensitive) ||
+                               name.endsWith(QLatin1String("x3g"), Qt::CaseInsensitive);
     if (!isMachineFile || name.size() <= kMaxLength)
         return {Accept, path};
 

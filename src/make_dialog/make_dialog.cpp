@@ -52,8 +52,8 @@ QEvent::Type sanitizeEventType()
 bool isPrintQueued(const JsonRpcException& error)
 {
     const Json::Value& data = error.data();
-    return data.isObject() && data["name"].isString()
-           && data["name"].asString() == wire::error::kPrintQueued;
+    return data.isObject() && data["name"].isString() &&
+           data["name"].asString() == wire::error::kPrintQueued;
 }
 
 /** Logs the exception that is being handled and shows what a user can know of it. */
@@ -80,9 +80,11 @@ class MakeDialog::Private
 public:
     Private(TrovekQt& serviceFacade, const QString& file, QSettings* hostSettings,
             const QString& exportDir)
-        : facade(serviceFacade), inputFile(file), settings(hostSettings), defaultExportDir(exportDir)
-    {
-    }
+        : facade(serviceFacade)
+        , inputFile(file)
+        , settings(hostSettings)
+        , defaultExportDir(exportDir)
+    {}
 
     TrovekQt& facade;
     const QString inputFile;
@@ -97,12 +99,14 @@ public:
     QLabel* machineLabel = nullptr;
     MachineComboBox* machineCombo = nullptr;
 
-    /** Alive while a make or an export runs; what runs holds it, so that it may outlive the dialog. */
+    /** Alive while a make or an export runs; what runs holds it, so that it may outlive the dialog.
+     */
     std::weak_ptr<void> run;
 };
 
 /** What print(), printToFile() and slice() have in common. */
-struct MakeDialog::Request {
+struct MakeDialog::Request
+{
     MachineName machine;
     std::string inputFile;
     SlicerConfiguration configuration;
@@ -334,8 +338,8 @@ void MakeDialog::makeOrExport(const QString& inputFile)
     TROVEK_LOG(1) << "End of make/export" << std::endl;
 }
 
-// Every message and every question runs the event loop, in which the dialog, the machine and the link
-// may go away: after one of them nothing of before is taken for granted.
+// Every message and every question runs the event loop, in which the dialog, the machine and the
+// link may go away: after one of them nothing of before is taken for granted.
 void MakeDialog::checkAndStart(const QString& inputFile)
 {
     const Printer* const machine = d->machineCombo->machine();

@@ -8,7 +8,8 @@ namespace trovek {
 
 namespace {
 
-struct NamedColor {
+struct NamedColor
+{
     const char* name;
     int red;
     int green;
@@ -36,7 +37,8 @@ bool isListed(int color)
 
 } // namespace
 
-ColorComboBox::ColorComboBox(QWidget* parent) : QComboBox(parent)
+ColorComboBox::ColorComboBox(QWidget* parent)
+    : QComboBox(parent)
 {
     for (int i = 0; i < kColorCount; ++i) {
         const auto color = static_cast<Color>(i);

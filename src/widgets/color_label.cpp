@@ -19,7 +19,8 @@ QString backgroundDeclaration(const QColor& color)
 
 } // namespace
 
-ColorLabel::ColorLabel(QWidget* parent) : QLabel(parent)
+ColorLabel::ColorLabel(QWidget* parent)
+    : QLabel(parent)
 {
     setColor(Qt::black);
 }

@@ -21,6 +21,7 @@ namespace trovek {
 MachineListModel::Item::Item(const Printer& printer, bool showIcon)
     : QStandardItem(printerTypeToHumanString(printer.type(), PrinterStringInSentence))
     , m_key(printer.key())
+    , m_portName(printer.portName())
 {
     setEditable(false);
     if (!showIcon)
@@ -32,8 +33,18 @@ MachineListModel::Item::Item(const Printer& printer, bool showIcon)
     }
 }
 
+QString MachineListModel::Item::place() const
+{
+    const QString key = toQString(m_key.name());
+    return m_portName.empty()
+               ? key
+               : MachineListModel::tr("%1 on port %2").arg(key, toQString(m_portName));
+}
+
 MachineListModel::MachineListModel(TrovekQt& trovekQt, bool showIcons, QObject* parent)
-    : QStandardItemModel(parent), m_trovekQt(trovekQt), m_showIcons(showIcons)
+    : QStandardItemModel(parent)
+    , m_trovekQt(trovekQt)
+    , m_showIcons(showIcons)
 {
     connect(&m_trovekQt, &TrovekQt::printerAdded, this, &MachineListModel::update);
     connect(&m_trovekQt, &TrovekQt::printerRemoved, this, &MachineListModel::update);
@@ -147,7 +158,8 @@ void MachineListModel::updateOnce()
 
 void MachineListModel::removeAllRows()
 {
-    // clear() would reset the model, and a combo box does not announce the loss of its selection then.
+    // clear() would reset the model, and a combo box does not announce the loss of its selection
+    // then.
     if (rowCount() > 0)
         removeRows(0, rowCount());
 }
@@ -159,17 +171,14 @@ void MachineListModel::describeTwins()
         ++rowsOfName[item(row)->text()];
 
     for (int row = 0; row < rowCount(); ++row) {
-        QStandardItem* const rowItem = item(row);
-        QString toolTip;
-        const Printer* const printer = machineAt(rowItem->index());
-        if (rowsOfName.value(rowItem->text()) > 1 && printer != nullptr) {
-            const QString key = toQString(printer->key().name());
-            const QString port = toQString(printer->portName());
-            toolTip = port.isEmpty() ? key : tr("%1 on port %2").arg(key, port);
-        }
+        auto* const machine = dynamic_cast<Item*>(item(row));
+        if (machine == nullptr)
+            continue;
+        const bool hasTwin = rowsOfName.value(machine->text()) > 1;
+        const QString toolTip = hasTwin ? machine->place() : QString();
         // Setting an equal text would still be announced the first time.
-        if (rowItem->toolTip() != toolTip)
-            rowItem->setToolTip(toolTip);
+        if (machine->toolTip() != toolTip)
+            machine->setToolTip(toolTip);
     }
 }
 

@@ -6,7 +6,8 @@ namespace trovek {
 
 namespace {
 
-struct Suitability {
+struct Suitability
+{
     QVector<int> disabledRows;
     int currentRow;
 };
@@ -31,7 +32,8 @@ Suitability suitabilityFor(Printer::Type type)
 
 } // namespace
 
-MaterialComboBox::MaterialComboBox(QWidget* parent) : QComboBox(parent)
+MaterialComboBox::MaterialComboBox(QWidget* parent)
+    : QComboBox(parent)
 {
     addMaterials();
     connect(this, QOverload<int>::of(&QComboBox::currentIndexChanged), this,

@@ -23,7 +23,8 @@ Job::Data jobWith(int id, int conclusion)
 }
 
 /** A connected facade, a watch, and the watch's signals in order, in words. */
-struct World {
+struct World
+{
     World()
     {
         facade.connectToDaemon(service.address());
@@ -104,9 +105,9 @@ void tst_JobWatch::declaresItsSignalsAndSlotsInOrder()
 
     QCOMPARE(QByteArray(meta.className()), QByteArray("trovek::JobWatch"));
     QCOMPARE(signatures,
-             words({"changed(trovek::Job::ID)", "ended(trovek::Job::ID)",
-                    "failed(trovek::Job::ID)", "canceled(trovek::Job::ID)", "clearJobID()",
-                    "setJobID(trovek::Job::ID)", "cancelJob()", "jobChanged(trovek::Job::ID)"}));
+             words({"changed(trovek::Job::ID)", "ended(trovek::Job::ID)", "failed(trovek::Job::ID)",
+                    "canceled(trovek::Job::ID)", "clearJobID()", "setJobID(trovek::Job::ID)",
+                    "cancelJob()", "jobChanged(trovek::Job::ID)"}));
 }
 
 void tst_JobWatch::watchesNothingAtFirst()
@@ -215,8 +216,8 @@ void tst_JobWatch::watchesAnotherJobAfterAConclusion()
     world.watch->setJobID(6);
     world.watch->setJobID(6);
 
-    QCOMPARE(world.lines, words({"changed 5", "ended 5", "changed 6", "canceled 6", "changed 6",
-                                 "canceled 6"}));
+    QCOMPARE(world.lines,
+             words({"changed 5", "ended 5", "changed 6", "canceled 6", "changed 6", "canceled 6"}));
 }
 
 void tst_JobWatch::cancelsARunningJobOnly()
@@ -393,10 +394,10 @@ void tst_JobWatch::logsWhatItDoes()
             lines.push_back(entry.message);
         }
     }
-    QCOMPARE(lines, (std::vector<std::string>{
-                        "test watch: set job ID 5", "Job 5 concluded", "test watch: set job ID 6",
-                        "Job 6 failed", "test watch: set job ID 7", "Job 7 canceled",
-                        "test watch: clear job ID"}));
+    QCOMPARE(lines, (std::vector<std::string>{"test watch: set job ID 5", "Job 5 concluded",
+                                              "test watch: set job ID 6", "Job 6 failed",
+                                              "test watch: set job ID 7", "Job 7 canceled",
+                                              "test watch: clear job ID"}));
 }
 
 void tst_JobWatch::doesNotCancelWhenItGoes()

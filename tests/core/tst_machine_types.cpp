@@ -60,7 +60,8 @@ void tst_MachineTypes::namesEveryType_data()
     QTest::addColumn<QString>("withBrand");
     QTest::addColumn<QString>("inSentence");
 
-    const auto row = [](const char* identifier, int value, const char* brand, const char* sentence) {
+    const auto row = [](const char* identifier, int value, const char* brand,
+                        const char* sentence) {
         QTest::newRow(identifier) << value << QString::fromLatin1(identifier)
                                   << QString::fromLatin1(brand) << QString::fromLatin1(sentence);
     };
@@ -179,8 +180,8 @@ void tst_MachineTypes::hasThreeStatesInItsIcon()
 
     const QIcon icon = printerTypeToIcon(type(value));
     const auto picture = [&base](const char* state) {
-        return QPixmap(QStringLiteral(":/printers/printer_%1_%2.png")
-                           .arg(base, QString::fromLatin1(state)));
+        return QPixmap(
+            QStringLiteral(":/printers/printer_%1_%2.png").arg(base, QString::fromLatin1(state)));
     };
     const QPixmap up = picture("up");
     QCOMPARE(icon.pixmap(up.size(), QIcon::Normal).toImage(), up.toImage());
@@ -216,10 +217,9 @@ void tst_MachineTypes::convertsTheOneSlicerIdentifier()
     QCOMPARE(int(slicerFromIdentifier(QStringLiteral("strandel"))),
              int(SlicerConfiguration::Strandel));
     for (const int value : {-1, 1, 2}) {
-        QCOMPARE(thrownBy([&] {
-                     slicerToIdentifier(static_cast<SlicerConfiguration::Slicer>(value));
-                 }),
-                 std::string("Invalid slicer"));
+        QCOMPARE(
+            thrownBy([&] { slicerToIdentifier(static_cast<SlicerConfiguration::Slicer>(value)); }),
+            std::string("Invalid slicer"));
     }
 }
 

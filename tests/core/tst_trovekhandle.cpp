@@ -18,15 +18,16 @@ using trovek::ui::TrovekHandle;
 namespace {
 
 /** A service, and a host's settings in a file of their own. */
-struct World {
+struct World
+{
     ScriptedService service;
     QTemporaryDir folder;
     QSettings settings{folder.filePath(QStringLiteral("host.ini")), QSettings::IniFormat};
 
     static QString keyOf(const Port::Data& port)
     {
-        return QStringLiteral("KnownMachineTypes/")
-               + QString::fromLatin1(QUrl::toPercentEncoding(QString::fromStdString(port.identity)));
+        return QStringLiteral("KnownMachineTypes/") +
+               QString::fromLatin1(QUrl::toPercentEncoding(QString::fromStdString(port.identity)));
     }
 
     QStringList openedPorts() const
@@ -132,8 +133,9 @@ void tst_TrovekHandle::opensAnotherPortOnlyWhenItsMachineIsKnown_data()
 
     QTest::newRow("never seen") << QString() << false << QString();
     QTest::newRow("seen") << QStringLiteral("fabrino_2") << true << QString();
-    QTest::newRow("not an identifier") << QStringLiteral("fabrino_3") << false
-                                       << QStringLiteral("Invalid machine type identifier:\nfabrino_3");
+    QTest::newRow("not an identifier")
+        << QStringLiteral("fabrino_3") << false
+        << QStringLiteral("Invalid machine type identifier:\nfabrino_3");
     QTest::newRow("upper case") << QStringLiteral("Fabrino_2") << false
                                 << QStringLiteral("Invalid machine type identifier:\nFabrino_2");
 }

@@ -92,9 +92,9 @@ void tst_TrovekQt::registersWhatItsSignalsCarry_data()
 {
     QTest::addColumn<QByteArray>("name");
 
-    for (const char* name : {"trovek::Job::ID", "std::string", "trovek::MachineName",
-                             "trovek::digitizer::MeshID", "trovek::digitizer::PointCloudID",
-                             "Printer*"})
+    for (const char* name :
+         {"trovek::Job::ID", "std::string", "trovek::MachineName", "trovek::digitizer::MeshID",
+          "trovek::digitizer::PointCloudID", "Printer*"})
         QTest::newRow(name) << QByteArray(name);
 }
 
@@ -117,12 +117,11 @@ void tst_TrovekQt::declaresItsSignalsInOrder()
     for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
         signatures.append(QString::fromLatin1(meta.method(i).methodSignature()));
 
-    QCOMPARE(signatures,
-             words({"connected()", "disconnected()", "printerAdded(Printer*)",
-                    "printerRemoved(Printer*)", "printerChanged(Printer*)",
-                    "jobAdded(trovek::Job::ID)", "jobConcluded(trovek::Job::ID)",
-                    "jobChanged(trovek::Job::ID)", "portAttached(std::string)",
-                    "portDetached(std::string)", "cameraClosed(std::string)"}));
+    QCOMPARE(signatures, words({"connected()", "disconnected()", "printerAdded(Printer*)",
+                                "printerRemoved(Printer*)", "printerChanged(Printer*)",
+                                "jobAdded(trovek::Job::ID)", "jobConcluded(trovek::Job::ID)",
+                                "jobChanged(trovek::Job::ID)", "portAttached(std::string)",
+                                "portDetached(std::string)", "cameraClosed(std::string)"}));
 }
 
 void tst_TrovekQt::isNamedAfterItsNamespace()
@@ -217,11 +216,10 @@ void tst_TrovekQt::repeatsWhatTheServiceReports()
     service.removePrinter("left");
     service.removePort("usb1");
 
-    QTRY_COMPARE(recorder.lines,
-                 words({"port attached usb1", "printer added left", "printer changed left",
-                        "job added 7", "job changed 7", "job concluded 7",
-                        "camera closed /dev/video0", "printer removed left",
-                        "port detached usb1"}));
+    QTRY_COMPARE(recorder.lines, words({"port attached usb1", "printer added left",
+                                        "printer changed left", "job added 7", "job changed 7",
+                                        "job concluded 7", "camera closed /dev/video0",
+                                        "printer removed left", "port detached usb1"}));
 }
 
 void tst_TrovekQt::announcesTheLossLast()

@@ -102,9 +102,9 @@ inline QStringList textsOf(const Json::Value& array)
     return list;
 }
 
-inline const QStringList kPrinterIsBusy = words(
-    {"Printer is busy",
-     "Wait until your current activity finishes before starting a new job on this Orvane."});
+inline const QStringList kPrinterIsBusy =
+    words({"Printer is busy",
+           "Wait until your current activity finishes before starting a new job on this Orvane."});
 inline const QStringList kGenericTrovekError =
     words({"An error occurred in the background service."});
 inline const QStringList kFailedToStartPrint =

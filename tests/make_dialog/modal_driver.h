@@ -118,8 +118,8 @@ private:
             return;
         m_handled = window;
         if (m_steps.empty()) {
-            QTest::qFail(qPrintable(QStringLiteral("Unexpected window: ")
-                                    + messageTexts(window).join(QStringLiteral(" / "))),
+            QTest::qFail(qPrintable(QStringLiteral("Unexpected window: ") +
+                                    messageTexts(window).join(QStringLiteral(" / "))),
                          __FILE__, __LINE__);
             window->reject();
             return;

@@ -20,10 +20,9 @@ class PlainDialog : public MakeDialog
 public:
     explicit PlainDialog(MakeWorld& world, const Printer* printer = nullptr,
                          bool showCboArchetypes = true)
-        : MakeDialog(world.facade, world.inputFile, &world.settings, printer,
-                     world.folder.path(), showCboArchetypes)
-    {
-    }
+        : MakeDialog(world.facade, world.inputFile, &world.settings, printer, world.folder.path(),
+                     showCboArchetypes)
+    {}
 
     /** As a user does, on the shown dialog. */
     void clickMain()
@@ -40,10 +39,7 @@ public:
     {
         return findChild<QRadioButton*>(QString::fromLatin1(name));
     }
-    QLabel* label(const char* name) const
-    {
-        return findChild<QLabel*>(QString::fromLatin1(name));
-    }
+    QLabel* label(const char* name) const { return findChild<QLabel*>(QString::fromLatin1(name)); }
     MachineComboBox* machines() const { return findChild<MachineComboBox*>(); }
 
     QString selected() const
@@ -53,8 +49,11 @@ public:
                                   : QString::fromStdString(machine->key().name());
     }
 
-    std::function<bool()> finalCheck = [] { return true; };
-    std::function<void()> whenSanitized = [] {};
+    std::function<bool()> finalCheck = [] {
+        return true;
+    };
+    std::function<void()> whenSanitized = [] {
+    };
     bool skip = false;
     QStringList calls;
 

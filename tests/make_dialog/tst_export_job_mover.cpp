@@ -12,8 +12,11 @@ namespace {
 constexpr char kUnit[] = "src\\make_dialog\\export_job_mover";
 
 /** A mover with one running job, number 5. */
-struct World : MakeWorld {
-    explicit World(TrovekQt& connectedFacade) : MakeWorld(connectedFacade, {}), mover(facade)
+struct World : MakeWorld
+{
+    explicit World(TrovekQt& connectedFacade)
+        : MakeWorld(connectedFacade, {})
+        , mover(facade)
     {
         setConclusion(5, JobNotConcluded);
         writeFile(source, "the result");
@@ -157,9 +160,9 @@ void tst_ExportJobMover::bringsTheResultWhenTheJobEnds()
     QCOMPARE(MakeWorld::readFile(world.source), QByteArray("the result"));
     QCOMPARE(world.mover.unfinishedExports(), QStringList());
     QCOMPARE(MakeWorld::logOf(log, kUnit),
-             (QStringList{QStringLiteral("job id=5"),
-                          QStringLiteral("srcPath=%1\ndstFile=%2")
-                              .arg(world.source, world.destination)}));
+             (QStringList{
+                 QStringLiteral("job id=5"),
+                 QStringLiteral("srcPath=%1\ndstFile=%2").arg(world.source, world.destination)}));
 }
 
 void tst_ExportJobMover::removesTheDestinationWhenTheJobFails_data()
@@ -227,9 +230,8 @@ void tst_ExportJobMover::refusesAFolderThatDoesNotExist()
     TrovekQt facade;
     World world(facade);
 
-    QCOMPARE(thrownText([&] {
-                 world.mover.addExport(5, world.path("missing/wanted.x3g"), world.source);
-             }),
+    QCOMPARE(thrownText(
+                 [&] { world.mover.addExport(5, world.path("missing/wanted.x3g"), world.source); }),
              std::string("Destination directory does not exist"));
     QCOMPARE(world.mover.unfinishedExports(), QStringList());
 }

@@ -81,8 +81,8 @@ void tst_LengthValidator::proposesAShorterName_data()
                                 << nameOf(30, QStringLiteral(".X3G"));
     QTest::newRow("dots in the name") << nameOf(40, QStringLiteral(".v1.2.x3g"))
                                       << nameOf(26, QString()) + QStringLiteral(".x3g");
-    QTest::newRow("no dot at all") << nameOf(31, QStringLiteral("x3g"))
-                                   << nameOf(26, QString()) + QStringLiteral(".x3g");
+    QTest::newRow("no dot at all")
+        << nameOf(31, QStringLiteral("x3g")) << nameOf(26, QString()) + QStringLiteral(".x3g");
     QTest::newRow("cut inside a pair")
         << nameOf(25, QString()) + QString::fromUtf8("\xf0\x9f\xa6\x86\xf0\x9f\xa6\x86.x3g")
         << nameOf(25, QString()) + QStringLiteral(".x3g");

@@ -148,11 +148,11 @@ void tst_MakeDialog::refusesNullSettings()
 {
     TestLog log;
     TrovekQt facade;
-    struct NoSettings : MakeDialog {
+    struct NoSettings : MakeDialog
+    {
         explicit NoSettings(TrovekQt& connected)
             : MakeDialog(connected, QString(), nullptr, nullptr, QString(), true)
-        {
-        }
+        {}
         Orvane::Material singleMaterial() override { return Orvane::ABS; }
         Orvane::Material leftMaterial() override { return Orvane::ABS; }
         Orvane::Material rightMaterial() override { return Orvane::ABS; }
@@ -256,12 +256,12 @@ void tst_MakeDialog::selectsTheMachineUsedLast_data()
 
     QTest::newRow("nothing stored") << QString() << true << QStringLiteral("left");
     QTest::newRow("a machine") << QStringLiteral("dual") << true << QStringLiteral("dual");
-    QTest::newRow("a machine that is gone") << QStringLiteral("sold") << true
-                                            << QStringLiteral("left");
-    QTest::newRow("an archetype beside machines") << QStringLiteral("archetype 4") << true
-                                                  << QStringLiteral("left");
-    QTest::newRow("an archetype alone") << QStringLiteral("archetype 4") << false
-                                        << QStringLiteral("archetype 4");
+    QTest::newRow("a machine that is gone")
+        << QStringLiteral("sold") << true << QStringLiteral("left");
+    QTest::newRow("an archetype beside machines")
+        << QStringLiteral("archetype 4") << true << QStringLiteral("left");
+    QTest::newRow("an archetype alone")
+        << QStringLiteral("archetype 4") << false << QStringLiteral("archetype 4");
 }
 
 void tst_MakeDialog::selectsTheMachineUsedLast()
@@ -400,8 +400,8 @@ void tst_MakeDialog::sanitizesAfterWhateverItDependsOn_data()
 {
     QTest::addColumn<QString>("cause");
 
-    for (const char* cause : {"mode", "machine", "printer added", "printer removed",
-                              "disconnected", "connected"})
+    for (const char* cause :
+         {"mode", "machine", "printer added", "printer removed", "disconnected", "connected"})
         QTest::newRow(cause) << QString::fromLatin1(cause);
 }
 
@@ -445,7 +445,9 @@ void tst_MakeDialog::survivesASanitizeThatThrows()
     TrovekQt facade;
     MakeWorld world(facade, {kMachine});
     PlainDialog dialog(world);
-    dialog.whenSanitized = [] { throw std::runtime_error("no sense in this"); };
+    dialog.whenSanitized = [] {
+        throw std::runtime_error("no sense in this");
+    };
 
     dialog.requestSanitize();
     QCoreApplication::processEvents();

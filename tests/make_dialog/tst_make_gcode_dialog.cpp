@@ -32,7 +32,8 @@ const auto kDual = machineWith("dual", 2, false);
 const auto kDualHeated = machineWith("dual heated", 2, true);
 
 /** The dialog and the widgets in it, by the names that they have. */
-struct Opened {
+struct Opened
+{
     explicit Opened(MakeWorld& world, const char* key = nullptr)
         : dialog(new MakeGCodeDialog(world.facade, world.inputFile, &world.settings,
                                      key == nullptr ? nullptr : world.printer(key),
@@ -45,8 +46,7 @@ struct Opened {
         , warning(find<QLabel>("extruderWarning"))
         , machines(find<MachineComboBox>("machineCombo"))
         , mainButton(find<QPushButton>("mainButton"))
-    {
-    }
+    {}
     ~Opened() { delete dialog.data(); }
 
     template <typename Widget>
@@ -111,10 +111,11 @@ void tst_MakeGCodeDialog::hasItsRows()
     MakeWorld world(facade, {kDualHeated});
     const Opened opened(world);
 
-    auto* const form =
-        qobject_cast<QFormLayout*>(opened.find<QFrame>("frame")->layout());
+    auto* const form = qobject_cast<QFormLayout*>(opened.find<QFrame>("frame")->layout());
     QCOMPARE(form->rowCount(), 8);
-    const auto field = [form](int row) { return form->itemAt(row, QFormLayout::FieldRole)->widget(); };
+    const auto field = [form](int row) {
+        return form->itemAt(row, QFormLayout::FieldRole)->widget();
+    };
     QVERIFY(dynamic_cast<ElidedLabel*>(field(2)) != nullptr);
     QCOMPARE(qobject_cast<QLabel*>(form->labelForField(field(2)))->text(), QStringLiteral("File:"));
     QVERIFY(field(3)->children().isEmpty());
@@ -412,11 +413,10 @@ void tst_MakeGCodeDialog::visitsItsWidgetsInOrder()
         visited.append(QApplication::focusWidget());
     }
 
-    QCOMPARE(visited, (QList<QWidget*>{opened.find<QRadioButton>("makeRadio"),
-                                       opened.machines->focusProxy(), opened.addStartEnd,
-                                       opened.material, opened.extruder,
-                                       opened.find<QPushButton>("cancelButton"),
-                                       opened.mainButton}));
+    QCOMPARE(visited,
+             (QList<QWidget*>{opened.find<QRadioButton>("makeRadio"), opened.machines->focusProxy(),
+                              opened.addStartEnd, opened.material, opened.extruder,
+                              opened.find<QPushButton>("cancelButton"), opened.mainButton}));
 }
 
 void tst_MakeGCodeDialog::isReachedByMnemonics()

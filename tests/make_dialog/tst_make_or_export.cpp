@@ -119,8 +119,8 @@ void tst_MakeOrExport::prints()
     QCOMPARE(request["machine"].asString(), std::string("left"));
     QCOMPARE(QString::fromStdString(request["input_path"].asString()), world.inputFile);
     QCOMPARE(request["slicer_config"]["layer_height"].asDouble(), 0.125);
-    QCOMPARE(dialog->calls, words({"finalMakeOrExportCheck", "saveSettings",
-                                   "slicerConfiguration", "skipStartEndCode"}));
+    QCOMPARE(dialog->calls, words({"finalMakeOrExportCheck", "saveSettings", "slicerConfiguration",
+                                   "skipStartEndCode"}));
     QCOMPARE(MakeWorld::logOf(log, kUnit).mid(2), flow({}));
     QCOMPARE(ExportJobMover::instance(m_facade).unfinishedExports(), QStringList());
 }
@@ -241,7 +241,9 @@ void tst_MakeOrExport::stopsWhenTheFinalCheckFails()
     MakeWorld world(m_facade, {kMachine});
     ModalDriver driver;
     PlainDialog dialog(world);
-    dialog.finalCheck = [] { return false; };
+    dialog.finalCheck = [] {
+        return false;
+    };
 
     dialog.clickMain();
 
@@ -258,7 +260,9 @@ void tst_MakeOrExport::checksInOrder()
     MakeWorld world(m_facade, {});
     ModalDriver driver;
     PlainDialog dialog(world);
-    dialog.finalCheck = [] { return false; };
+    dialog.finalCheck = [] {
+        return false;
+    };
     QVERIFY(QFile::remove(world.inputFile));
     const auto lastLine = [&log] {
         const QStringList lines = MakeWorld::logOf(log, kUnit);
@@ -295,10 +299,9 @@ void tst_MakeOrExport::refusesToPrintOnAnArchetype()
 
     QVERIFY(dialog.isVisible());
     QCOMPARE(world.service.requests("print").size(), std::size_t(0));
-    QCOMPARE(dialog.calls, words({"finalMakeOrExportCheck", "saveSettings",
-                                  "slicerConfiguration", "skipStartEndCode"}));
-    QCOMPARE(MakeWorld::logOf(log, kUnit).mid(2),
-             flow({"Make failed: printer is an archetype"}));
+    QCOMPARE(dialog.calls, words({"finalMakeOrExportCheck", "saveSettings", "slicerConfiguration",
+                                  "skipStartEndCode"}));
+    QCOMPARE(MakeWorld::logOf(log, kUnit).mid(2), flow({"Make failed: printer is an archetype"}));
 }
 
 void tst_MakeOrExport::showsWhatTheServiceRefuses_data()
@@ -310,10 +313,10 @@ void tst_MakeOrExport::showsWhatTheServiceRefuses_data()
                           << kPrinterIsBusy;
     QTest::newRow("another name") << QByteArray(R"({"name": "ArchetypeError"})")
                                   << kGenericTrovekError;
-    QTest::newRow("beginning of the name") << QByteArray(R"({"name": "PrintQueued"})")
-                                           << kGenericTrovekError;
-    QTest::newRow("name is no text") << QByteArray(R"({"name": ["PrintQueuedException"]})")
-                                     << kGenericTrovekError;
+    QTest::newRow("beginning of the name")
+        << QByteArray(R"({"name": "PrintQueued"})") << kGenericTrovekError;
+    QTest::newRow("name is no text")
+        << QByteArray(R"({"name": ["PrintQueuedException"]})") << kGenericTrovekError;
     QTest::newRow("name is null") << QByteArray(R"({"name": null})") << kGenericTrovekError;
     QTest::newRow("no name") << QByteArray(R"({})") << kGenericTrovekError;
     QTest::newRow("a list") << QByteArray(R"([{"name": "PrintQueuedException"}])")
@@ -466,7 +469,9 @@ void tst_MakeOrExport::looksAgainAfterTheFinalCheck()
             world.loseConnection();
         else
             world.service.removePrinter("left");
-        [&] { QTRY_VERIFY(world.printer("left") == nullptr); }();
+        [&] {
+            QTRY_VERIFY(world.printer("left") == nullptr);
+        }();
         return true;
     };
     driver.expect([linkGoes](QDialog* box) {
@@ -546,8 +551,8 @@ void tst_MakeOrExport::exportsInEachFormat()
     QCOMPARE(world.settings.value(QStringLiteral("make_dialog/printer")).toString(),
              QStringLiteral("archetype 3"));
     QCOMPARE(ExportJobMover::instance(m_facade).unfinishedExports(), QStringList{destination});
-    QCOMPARE(dialog->calls, words({"finalMakeOrExportCheck", "saveSettings",
-                                   "slicerConfiguration", "skipStartEndCode"}));
+    QCOMPARE(dialog->calls, words({"finalMakeOrExportCheck", "saveSettings", "slicerConfiguration",
+                                   "skipStartEndCode"}));
 
     world.service.concludeJob(world.service.lastJobID(), JobCanceled);
     QTRY_COMPARE(ExportJobMover::instance(m_facade).unfinishedExports(), QStringList());

@@ -20,9 +20,9 @@ QString expectedStyle(const QString& background)
 {
     const QColor disabled = QPalette().color(QPalette::Disabled, QPalette::Button);
     return QStringLiteral("QLabel {border: 1px solid rgb(92,92,92); border-radius: 4px; "
-                          "background-color: ")
-           + background + QStringLiteral(";} QLabel:disabled {background-color: ") + rgb(disabled)
-           + QStringLiteral(";}");
+                          "background-color: ") +
+           background + QStringLiteral(";} QLabel:disabled {background-color: ") + rgb(disabled) +
+           QStringLiteral(";}");
 }
 
 QColor middleOf(QWidget& widget)

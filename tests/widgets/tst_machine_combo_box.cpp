@@ -29,14 +29,17 @@ QString nameOf(const Printer* printer)
                               : QString::fromStdString(printer->key().name());
 }
 
-struct World {
+struct World
+{
     explicit World(std::initializer_list<Printer::Data> machines = {})
     {
         for (const Printer::Data& machine : machines)
             service.addPrinter(machine);
         QSignalSpy added(&facade, &TrovekQt::printerAdded);
         facade.connectToDaemon(service.address());
-        [&] { QTRY_COMPARE(added.count(), int(facade.printers().size())); }();
+        [&] {
+            QTRY_COMPARE(added.count(), int(facade.printers().size()));
+        }();
     }
 
     Printer* printer(const char* key) { return facade.printerFromKey(MachineName(key)); }
@@ -367,8 +370,9 @@ void tst_MachineComboBox::mayBeQueuedAndSpiedOn()
     MachineComboBox box(world.facade);
     QSignalSpy spy(&box, &MachineComboBox::machineSelected);
     Printer* queued = nullptr;
-    connect(&box, &MachineComboBox::machineSelected, this,
-            [&queued](Printer* machine) { queued = machine; }, Qt::QueuedConnection);
+    connect(
+        &box, &MachineComboBox::machineSelected, this,
+        [&queued](Printer* machine) { queued = machine; }, Qt::QueuedConnection);
 
     box.select(world.printer("b"));
 

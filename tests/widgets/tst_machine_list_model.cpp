@@ -47,7 +47,8 @@ private:
     QObject m_context;
 };
 
-struct World {
+struct World
+{
     /** Announced, too, so that what comes next is new. */
     void connect()
     {

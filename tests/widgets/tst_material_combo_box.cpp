@@ -29,9 +29,9 @@ QStringList texts(const QComboBox& box)
     return all;
 }
 
-const QStringList kMaterials = {
-    QStringLiteral("Orvane ABS"), QStringLiteral("Orvane PLA"),
-    QStringLiteral("Orvane Dissolvable Filament"), QStringLiteral("Orvane Flexible Filament")};
+const QStringList kMaterials = {QStringLiteral("Orvane ABS"), QStringLiteral("Orvane PLA"),
+                                QStringLiteral("Orvane Dissolvable Filament"),
+                                QStringLiteral("Orvane Flexible Filament")};
 
 } // namespace
 
