@@ -9,6 +9,7 @@
 #include <trovek/text.h>
 
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTest>
 
@@ -37,6 +38,7 @@ private slots:
     void refusesToWriteForAnUnknownMachine();
     void failsWithAnEmptyOutput_data();
     void failsWithAnEmptyOutput();
+    void aCanceledExportLeavesTheOutputEmpty_data();
     void aCanceledExportLeavesTheOutputEmpty();
     void manyExportsAtOnceAllEnd();
     void tellsProgressInOrder();
@@ -334,14 +336,25 @@ void tst_ServiceExports::failsWithAnEmptyOutput()
     QTRY_COMPARE(eventsOf(f.client, "jobConcluded").size(), std::size_t(1));
 }
 
+void tst_ServiceExports::aCanceledExportLeavesTheOutputEmpty_data()
+{
+    QTest::addColumn<bool>("waitsForOutput");
+
+    QTest::newRow("while it reads") << false;
+    QTest::newRow("while it writes") << true;
+}
+
 void tst_ServiceExports::aCanceledExportLeavesTheOutputEmpty()
 {
+    QFETCH(bool, waitsForOutput);
     Fixture f;
     const std::string in =
-        f.input(longGCode() + QByteArray("G1 X1 F6000\nG1 X2\n").repeated(200000));
+        f.input(longGCode() + QByteArray("G1 X1 F6000\nG1 X2\n").repeated(500000));
     const std::string out = f.world.emptyFile(QStringLiteral("out.x3g"));
     const int id = f.printToFile(in, out, "x3g");
     QCOMPARE(f.client.jobFromID(id).conclusion(), JobNotConcluded);
+    if (waitsForOutput)
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(toQString(out)).size() > 0, 30000);
 
     f.client.cancelJob(id);
     f.client.cancelJob(id);
