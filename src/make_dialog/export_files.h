@@ -1,5 +1,6 @@
 #pragma once
 
+#include "trovek-ui/export.h"
 #include "trovek-ui/file_chooser.h"
 
 #include <QString>
@@ -9,13 +10,14 @@
 namespace trovek {
 
 /** The kinds of file that a make dialog exports, in the order of the save dialog. */
-std::list<FileFilter> exportFilters();
+TROVEK_UI_EXPORT std::list<FileFilter> exportFilters();
 
 /**
  * The filters with that one preselected whose text was saved, else the first.
  * @throws std::runtime_error "Empty filters"
  */
-FileFilterList preselectFilter(const std::list<FileFilter>& filters, const QString& savedText);
+TROVEK_UI_EXPORT FileFilterList preselectFilter(const std::list<FileFilter>& filters,
+                                                const QString& savedText);
 
 /**
  * Creates an empty file in a temporary folder of its own, writable for the service, which may run
@@ -23,6 +25,6 @@ FileFilterList preselectFilter(const std::list<FileFilter>& filters, const QStri
  * @return its absolute path
  * @throws std::runtime_error "Failed to create temporary file"
  */
-QString createServiceOutput(const QString& fileName);
+TROVEK_UI_EXPORT QString createServiceOutput(const QString& fileName);
 
 } // namespace trovek

@@ -3,7 +3,7 @@
 
 #include <trovek-ui/export_job_mover.h>
 
-#include <unistd.h>
+#include <filesystem>
 
 using namespace trovek;
 
@@ -128,7 +128,7 @@ void tst_ExportJobMover::replacesAFileThatStandsThere()
     MakeWorld::writeFile(world.destination, "what was there before, and is longer");
     // Another name of the same file keeps its contents.
     const QString otherName = world.path("linked.x3g");
-    QVERIFY(::link(qPrintable(world.destination), qPrintable(otherName)) == 0);
+    std::filesystem::create_hard_link(world.destination.toStdString(), otherName.toStdString());
 
     world.mover.addExport(5, world.destination, world.source);
     QCOMPARE(QFileInfo(world.destination).size(), qint64(0));
