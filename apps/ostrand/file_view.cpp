@@ -9,12 +9,13 @@
 #include <QLabel>
 #include <QLocale>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QVBoxLayout>
 
 namespace ostrand {
 namespace {
 
-constexpr int kPictureSize = 128;
+constexpr int kPictureSize = 96;
 
 QLabel* valueLabel(const char* name, QWidget* parent)
 {
@@ -38,16 +39,21 @@ void setLargerFont(QLabel* label, qreal factor)
     label->setFont(font);
 }
 
-/** Puts the widget into the middle of a page. */
+/** Puts the widget into the middle of a page, which scrolls where the window is too small. */
 QWidget* centered(QWidget* content, QWidget* parent)
 {
     auto* page = new QWidget(parent);
     auto* row = new QHBoxLayout(page);
-    row->setContentsMargins(24, 24, 24, 24);
+    row->setContentsMargins(24, 16, 24, 16);
     row->addStretch(1);
     row->addWidget(content, 4, Qt::AlignVCenter);
     row->addStretch(1);
-    return page;
+    auto* area = new QScrollArea(parent);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setFocusPolicy(Qt::NoFocus);
+    area->setWidget(page);
+    return area;
 }
 
 } // namespace
@@ -72,7 +78,7 @@ FileView::FileView(QWidget* parent)
     : QStackedWidget(parent)
 {
     setObjectName(QStringLiteral("fileView"));
-    setMinimumSize(420, 240);
+    setMinimumSize(420, 200);
     addWidget(makeInvitation());
     addWidget(makeDetails());
 }

@@ -7,7 +7,6 @@
 #include "main_window.h"
 
 #include <trovek-ui/machine_combo_box.h>
-#include <trovek-ui/make_dialog.h>
 #include <trovek-ui/message_box.h>
 #include <trovek-ui/trovekqt.h>
 
@@ -97,7 +96,7 @@ Gallery::Gallery(Host& host, const QString& dir, QTextStream& lines)
 int Gallery::run()
 {
     try {
-        m_robot.waitFor([this] { return trovek::testForPhysicalMachines(m_host.facade()); },
+        m_robot.waitFor([this] { return machinesAreReady(m_host.facade()); },
                         QStringLiteral("a machine"));
         photographMainWindow();
         photographMakeDialog();

@@ -76,9 +76,9 @@ LogView::LogView(LogModel& model, QSettings& settings, QWidget* parent)
     m_list->setAllColumnsShowFocus(true);
     m_list->setSelectionMode(QAbstractItemView::ExtendedSelection);
     m_list->setTextElideMode(Qt::ElideRight);
-    m_list->header()->resizeSection(LogModel::TimeColumn, 80);
-    m_list->header()->resizeSection(LogModel::SeverityColumn, 80);
-    m_list->header()->resizeSection(LogModel::UnitColumn, 210);
+    m_list->header()->resizeSection(LogModel::TimeColumn, 95);
+    m_list->header()->resizeSection(LogModel::SeverityColumn, 90);
+    m_list->header()->resizeSection(LogModel::UnitColumn, 230);
 
     m_severity->setObjectName(QStringLiteral("logSeverity"));
     m_severity->addItem(tr("Errors"), 0);

@@ -218,7 +218,8 @@ void MainWindow::connectService()
 
 void MainWindow::restoreLayout()
 {
-    resize(900, 640);
+    resize(960, 720);
+    resizeDocks({m_jobsDock, m_logDock}, {250, 250}, Qt::Vertical);
     restoreGeometry(m_settings.value(QLatin1String(kGeometryKey)).toByteArray());
     restoreState(m_settings.value(QLatin1String(kLayoutKey)).toByteArray(), kLayoutVersion);
 }

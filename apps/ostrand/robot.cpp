@@ -1,6 +1,7 @@
 #include "robot.h"
 
 #include <trovek-ui/message_box.h>
+#include <trovek-ui/trovekqt.h>
 
 #include <trovek/text.h>
 
@@ -76,6 +77,24 @@ void chooseFilter(QComboBox& filters, const QString& start)
 
 } // namespace
 
+bool machinesAreReady(const trovek::TrovekQt& facade)
+{
+    bool any = false;
+    for (const trovek::Printer* printer : facade.printers()) {
+        if (!printer->canPrint())
+            continue;
+        if (printer->state() != trovek::Printer::Idle)
+            return false;
+        any = true;
+    }
+    // A port without a machine is being opened, or about to be.
+    for (const trovek::Port& port : facade.ports()) {
+        if (trovek::portInConnectionWhitelist(port) && port.machineName().empty())
+            return false;
+    }
+    return any;
+}
+
 Robot::Robot(int deadlineMs)
     : m_deadline(deadlineMs)
 {
@@ -106,7 +125,7 @@ void Robot::waitFor(const std::function<bool()>& condition, const QString& what)
 }
 
 void Robot::clickAndAnswer(const std::function<void()>& click,
-                           const std::function<void(QDialog& dialog)>& answer)
+                           const std::function<bool(QDialog& dialog)>& answer)
 {
     QPointer<QWidget> before = QApplication::activeModalWidget();
     bool answered = false;
@@ -123,9 +142,9 @@ void Robot::clickAndAnswer(const std::function<void()>& click,
         try {
             if (answered || failure || !answer || qobject_cast<trovek::MessageBox*>(dialog))
                 fail(textOf(*dialog));
-            // The answer opens no event loop of its own, so this cannot be entered twice.
-            answered = true;
-            answer(*dialog);
+            if (m_deadline.hasExpired())
+                fail(QStringLiteral("The dialog does not react: ") + textOf(*dialog));
+            answered = answer(*dialog);
         } catch (...) {
             if (!failure)
                 failure = std::current_exception();
@@ -156,15 +175,19 @@ void Robot::click(const std::function<void()>& click)
     clickAndAnswer(click, nullptr);
 }
 
-void Robot::fillFileDialog(QDialog& dialog, const QString& path, const QString& filterStart,
+bool Robot::fillFileDialog(QDialog& dialog, const QString& path, const QString& filterStart,
                            const std::function<void()>& beforeAccepting)
 {
+    auto& name = child<QLineEdit>(dialog, "fileNameEdit");
+    // Without the focus the dialog replaces what is typed by what it has found.
+    if (!name.hasFocus()) {
+        dialog.activateWindow();
+        name.setFocus();
+        return false;
+    }
     if (!filterStart.isEmpty())
         chooseFilter(child<QComboBox>(dialog, "fileTypeCombo"), filterStart);
-    auto& name = child<QLineEdit>(dialog, "fileNameEdit");
-    name.setFocus();
     name.selectAll();
-    press(name, Qt::Key_Backspace);
     for (const QChar& character : path)
         press(name, Qt::Key_unknown, character);
     if (name.completer())
@@ -175,7 +198,7 @@ void Robot::fillFileDialog(QDialog& dialog, const QString& path, const QString& 
     for (const auto which : {QDialogButtonBox::Save, QDialogButtonBox::Open}) {
         if (QPushButton* button = buttons.button(which)) {
             button->click();
-            return;
+            return true;
         }
     }
     fail(QStringLiteral("The file dialog has no button to accept with"));

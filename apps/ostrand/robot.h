@@ -9,7 +9,14 @@ class QAbstractButton;
 class QDialog;
 class QWidget;
 
+namespace trovek {
+class TrovekQt;
+}
+
 namespace ostrand {
+
+/** True when there are machines to print on and none of them is still being opened. */
+bool machinesAreReady(const trovek::TrovekQt& facade);
 
 /**
  * Uses windows as a user does, and waits for what they do.
@@ -31,17 +38,21 @@ public:
 
     /**
      * Clicks, and answers the modal dialog that this opens while the click is still under way.
-     * @param answer may throw; the dialog is closed then
+     * @param answer false when the dialog is not ready yet: it is called again soon. May throw; the
+     *               dialog is closed then
      * @throws std::runtime_error what the answer threw, or that no such dialog came
      */
     void clickAndAnswer(const std::function<void()>& click,
-                        const std::function<void(QDialog& dialog)>& answer);
+                        const std::function<bool(QDialog& dialog)>& answer);
 
     /** Clicks where no dialog is to come; one that comes is closed, and its text is thrown. */
     void click(const std::function<void()>& click);
 
-    /** Types a path into a file dialog, chooses the filter whose text begins so, and accepts. */
-    static void fillFileDialog(QDialog& dialog, const QString& path, const QString& filterStart,
+    /**
+     * Types a path into a file dialog, chooses the filter whose text begins so, and accepts.
+     * @return false when the dialog does not listen to the keyboard yet; nothing is done then
+     */
+    static bool fillFileDialog(QDialog& dialog, const QString& path, const QString& filterStart,
                                const std::function<void()>& beforeAccepting = nullptr);
 
 private:

@@ -6,7 +6,6 @@
 
 #include <trovek-ui/export_job_mover.h>
 #include <trovek-ui/machine_combo_box.h>
-#include <trovek-ui/make_dialog.h>
 #include <trovek-ui/trovekqt.h>
 
 #include <trovek/log.h>
@@ -117,8 +116,7 @@ void Tour::photograph(QWidget& window, const QString& name, const QString& capti
 void Tour::waitForMachines()
 {
     trovek::TrovekQt& facade = m_host.facade();
-    m_robot.waitFor([&] { return trovek::testForPhysicalMachines(facade); },
-                    QStringLiteral("a machine"));
+    m_robot.waitFor([&] { return machinesAreReady(facade); }, QStringLiteral("a machine"));
     QStringList names;
     for (const trovek::Printer* printer : facade.printers()) {
         if (printer->canPrint())
@@ -134,7 +132,7 @@ void Tour::open(const QString& file)
     MainWindow& window = m_host.window();
     auto* action = window.findChild<QAction*>(QStringLiteral("open"));
     m_robot.clickAndAnswer([action] { action->trigger(); }, [&](QDialog& dialog) {
-        Robot::fillFileDialog(dialog, file, QString(), [&] {
+        return Robot::fillFileDialog(dialog, file, QString(), [&] {
             photograph(dialog, QStringLiteral("open"), QStringLiteral("Choosing a file"));
         });
     });
@@ -204,7 +202,7 @@ void Tour::exportAs(const QString& file, const QString& suffix, const QString& f
         m_robot.clickAndAnswer(
             [&] { button(dialog, "mainButton").click(); },
             [&](QDialog& chooser) {
-                Robot::fillFileDialog(chooser, destination, filterStart, [&] {
+                return Robot::fillFileDialog(chooser, destination, filterStart, [&] {
                     photograph(chooser, QStringLiteral("choose-") + suffix,
                                QStringLiteral("Choosing where to export"));
                 });

@@ -6,14 +6,16 @@
 #include "apps/ostrand/main_window.h"
 #include "apps/ostrand/notice_bar.h"
 #include "apps/ostrand/options.h"
+#include "apps/ostrand/robot.h"
 #include "apps/ostrand/service_link.h"
 
 #include <trovek-ui/export_job_mover.h>
-#include <trovek-ui/make_dialog.h>
+#include <trovek-ui/message_box.h>
 #include <trovek-ui/trovekqt.h>
 
 #include <QFile>
 #include <QFileDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QProcess>
 #include <QPushButton>
@@ -39,6 +41,7 @@ public:
     {
         QDir(folder.path()).mkpath(QStringLiteral("state"));
         start();
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(m_arguments.at(1)), kSlow);
     }
 
     ~Daemon() { kill(); }
@@ -82,16 +85,23 @@ QByteArray longGCode(int layers)
     return code;
 }
 
-/** Types a path into the save dialog that comes, and accepts. */
+/** Types a path into the save dialog that comes, and accepts; a message fails the test. */
 struct SaveAs {
     QTimer timer;
 
-    explicit SaveAs(const QString& path)
+    explicit SaveAs(const QString& path = QString())
     {
         QObject::connect(&timer, &QTimer::timeout, [path] {
+            if (auto* box = qobject_cast<MessageBox*>(QApplication::activeModalWidget())) {
+                for (const QLabel* label : box->findChildren<QLabel*>())
+                    qWarning() << label->text();
+                box->reject();
+                QFAIL("A message came");
+            }
             auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
             if (!dialog)
                 return;
+            QVERIFY(!path.isEmpty());
             auto* name = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
             name->setText(path);
             QTest::keyClick(name, Qt::Key_Enter);
@@ -131,9 +141,10 @@ void tst_ServiceRestart::theHostRecoversAndNamesTheLostExport()
     MainWindow& window = host.window();
     window.show();
     host.link().connectNow();
-    QTRY_VERIFY_WITH_TIMEOUT(testForPhysicalMachines(host.facade()), kSlow);
+    QTRY_VERIFY_WITH_TIMEOUT(machinesAreReady(host.facade()), kSlow);
     window.openFile(input.fileName());
 
+    const SaveAs noMessages;
     window.make();
     QTest::mouseClick(window.makeDialog()->findChild<QPushButton*>(QStringLiteral("mainButton")),
                       Qt::LeftButton);
@@ -151,7 +162,7 @@ void tst_ServiceRestart::theHostRecoversAndNamesTheLostExport()
         window.makeDialog()->findChild<QPushButton*>(QStringLiteral("mainButton"));
     QTRY_COMPARE(exportButton->text(), QStringLiteral("Export!"));
     {
-        SaveAs save(destination);
+        const SaveAs save(destination);
         QTest::mouseClick(exportButton, Qt::LeftButton);
     }
     QCOMPARE(ExportJobMover::instance(host.facade()).unfinishedExports(),
@@ -173,7 +184,7 @@ void tst_ServiceRestart::theHostRecoversAndNamesTheLostExport()
     QTRY_COMPARE(window.jobs().conclusion(0), JobFailed);
 
     // The window works as before: it prints again, with an ID that nothing had before.
-    QTRY_VERIFY_WITH_TIMEOUT(testForPhysicalMachines(host.facade()), kSlow);
+    QTRY_VERIFY_WITH_TIMEOUT(machinesAreReady(host.facade()), kSlow);
     window.make();
     QTest::mouseClick(window.makeDialog()->findChild<QPushButton*>(QStringLiteral("mainButton")),
                       Qt::LeftButton);
