@@ -110,8 +110,7 @@ private:
 
     std::string writeError() const
     {
-        return toStdString(QStringLiteral("Cannot write \"%1\": %2")
-                               .arg(m_output->fileName(), m_output->errorString()));
+        return "Cannot write the output: " + toStdString(m_output->errorString());
     }
 
     const MachineDefinition& m_machine;

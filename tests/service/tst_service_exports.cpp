@@ -291,6 +291,12 @@ void tst_ServiceExports::refusesTheInputAsOutput()
                  std::string("FileAccessError"));
     }
 
+    const std::string link = f.world.path(QStringLiteral("link.gcode"));
+    QVERIFY(QFile::link(toQString(in), toQString(link)));
+    QCOMPARE(errorOf([&] {
+                 f.client.slice(f.archetype, link, in, SlicerConfiguration(), {"pla"}, false);
+             }),
+             std::string("FileAccessError"));
     QCOMPARE(ServiceWorld::read(in), QByteArray("G28\n"));
 }
 

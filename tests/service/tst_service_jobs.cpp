@@ -303,14 +303,19 @@ void tst_ServiceJobs::refusesInputs_data()
 
     QTest::newRow("missing") << QStringLiteral("nothing.gcode");
     QTest::newRow("a folder") << QStringLiteral(".");
-    QTest::newRow("a link") << QStringLiteral("link.gcode");
+    QTest::newRow("a link to a folder") << QStringLiteral("link.gcode");
+    QTest::newRow("a link to nothing") << QStringLiteral("broken.gcode");
 }
 
 void tst_ServiceJobs::refusesInputs()
 {
     QFETCH(QString, name);
     Fixture f;
-    QFile::link(toQString(f.file()), toQString(f.world.path(QStringLiteral("link.gcode"))));
+    const auto linkTo = [&](const QString& target, const QString& link) {
+        return QFile::link(target, toQString(f.world.path(link)));
+    };
+    QVERIFY(linkTo(toQString(f.world.path(QStringLiteral("."))), QStringLiteral("link.gcode")));
+    QVERIFY(linkTo(QStringLiteral("/nowhere"), QStringLiteral("broken.gcode")));
 
     QCOMPARE(errorOf([&] { f.print(f.world.path(name)); }), std::string("FileAccessError"));
 
