@@ -383,6 +383,10 @@ void tst_FileSystem::deleteNeverEntersLinks()
     QVERIFY(QFile::link(path("precious.txt"), path("folder/file_link")));
     QVERIFY(QFile::link(path("folder"), path("folder/loop")));
     recursiveDelete(QDir(path("folder")));
+    const std::vector<std::string> entered{
+        "recursiveDelete(\"" + path("folder").toStdString() + "\")",
+        "recursiveDelete(\"" + path("folder/sub").toStdString() + "\")"};
+    QCOMPARE(m_log->messages(1), entered);
     QVERIFY(!exists(path("folder")));
     const QStringList expected{text("precious"), text("precious/a.txt"), text("precious.txt")};
     QCOMPARE(tree(m_folder->path()), expected);
