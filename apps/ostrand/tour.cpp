@@ -13,12 +13,13 @@
 
 #include <qtshared/material.h>
 
-#include <QAction>
 #include <QAbstractButton>
+#include <QAction>
 #include <QDialog>
 #include <QDockWidget>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTextStream>
 
@@ -55,6 +56,34 @@ QByteArray bytesOf(const QString& path)
     if (!file.open(QIODevice::ReadOnly))
         fail(QStringLiteral("Cannot read %1: %2").arg(path, file.errorString()));
     return file.readAll();
+}
+
+/** Whether the G-code names the second tool. */
+bool needsTwoExtruders(const QString& path)
+{
+    static const QRegularExpression secondTool(
+        QStringLiteral("^[^;(]*\\bT1\\b"),
+        QRegularExpression::MultilineOption | QRegularExpression::CaseInsensitiveOption);
+    return secondTool.match(QString::fromUtf8(bytesOf(path))).hasMatch();
+}
+
+/** Leaves what the dialog proposes unless the file needs more extruders than that has. */
+const trovek::Printer& chooseMachine(QDialog& dialog, const QString& file)
+{
+    auto& machines = *dialog.findChild<trovek::MachineComboBox*>();
+    const int extruders = needsTwoExtruders(file) ? 2 : 1;
+    const auto fits = [extruders](const trovek::Printer* machine) {
+        return machine && machine->numberOfExtruders() >= extruders;
+    };
+    if (fits(machines.machine()))
+        return *machines.machine();
+    for (trovek::Printer* machine : machines.machines()) {
+        if (!fits(machine))
+            continue;
+        machines.select(machine);
+        return *machine;
+    }
+    fail(QStringLiteral("There is no machine for this file"));
 }
 
 QString baseNameOf(const QString& file)
@@ -163,10 +192,8 @@ QDialog& Tour::openMakeDialog(bool exporting)
 void Tour::print(const QString& file)
 {
     QDialog& dialog = openMakeDialog(false);
-    const trovek::Printer* machine = dialog.findChild<trovek::MachineComboBox*>()->machine();
-    if (!machine)
-        fail(QStringLiteral("There is no machine to print with"));
-    say(QStringLiteral("Print on ") + trovek::toQString(machine->displayName()));
+    const trovek::Printer& machine = chooseMachine(dialog, file);
+    say(QStringLiteral("Print on ") + trovek::toQString(machine.displayName()));
     photograph(dialog, QStringLiteral("make"), QStringLiteral("Printing now"));
     const trovek::Job::ID job = jobStartedBy(
         [&] { m_robot.click([&] { button(dialog, "mainButton").click(); }); });
@@ -191,12 +218,10 @@ void Tour::exportAs(const QString& file, const QString& suffix, const QString& f
         QStringLiteral("exports/%1.%2").arg(baseNameOf(file), suffix));
     QFile::remove(destination);
     QDialog& dialog = openMakeDialog(true);
-    const trovek::Printer* machine = dialog.findChild<trovek::MachineComboBox*>()->machine();
-    if (!machine)
-        fail(QStringLiteral("There is no machine to export for"));
-    const std::string key = machine->key().name();
+    const trovek::Printer& machine = chooseMachine(dialog, file);
+    const std::string key = machine.key().name();
     say(QStringLiteral("Export for %1 as %2")
-            .arg(trovek::toQString(machine->displayName()), suffix));
+            .arg(trovek::toQString(machine.displayName()), suffix));
     photograph(dialog, QStringLiteral("export-") + suffix, QStringLiteral("Exporting"));
     const trovek::Job::ID job = jobStartedBy([&] {
         m_robot.clickAndAnswer(
