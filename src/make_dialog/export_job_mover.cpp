@@ -109,7 +109,10 @@ void ExportJobMover::conclude(int jobID)
     finished.reset();
     if (!failure.isEmpty()) {
         TROVEK_LOG(0) << toStdString(failure) << std::endl;
-        message::ExportJobMoverFailed(nullptr).exec();
+        message::ExportJobMoverFailed notice(nullptr);
+        notice.exec();
+        // Without a parent nobody else does.
+        delete notice.box();
     }
 }
 

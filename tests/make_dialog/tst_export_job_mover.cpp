@@ -55,6 +55,8 @@ class tst_ExportJobMover : public QObject
     Q_OBJECT
 
 private slots:
+    void cleanup() { QCOMPARE(QApplication::topLevelWidgets(), QWidgetList()); }
+
     void isOneForTheProcess();
     void ignoresAJobThatIsNoExport();
     void createsTheDestinationAtOnce();
