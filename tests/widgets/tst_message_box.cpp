@@ -222,7 +222,7 @@ void tst_MessageBox::refusesBadButtons()
 
 void tst_MessageBox::refusesAnythingButTheFourIcons()
 {
-    for (const auto icon : {QMessageBox::NoIcon, static_cast<QMessageBox::Icon>(17)}) {
+    for (const auto icon : {QMessageBox::NoIcon, static_cast<QMessageBox::Icon>(7)}) {
         try {
             MessageBox box(threeButtons(), text("Title"), text("Text"), icon);
             QFAIL("accepted");
