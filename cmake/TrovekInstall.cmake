@@ -34,5 +34,7 @@ install(FILES ${CMAKE_BINARY_DIR}/trovek-ui-config.cmake
               ${CMAKE_BINARY_DIR}/trovek-ui-config-version.cmake
         DESTINATION ${package_dir})
 
+# Relative, so that an installed tree may be moved.
+file(RELATIVE_PATH prefix_from_pkgconfig /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(cmake/trovek-ui.pc.in ${CMAKE_BINARY_DIR}/trovek-ui.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/trovek-ui.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -14,13 +14,13 @@ cmake --build "$scratch/cmake" >>"$scratch.log" || { tail -n 30 "$scratch.log"; 
 "$scratch/cmake/consumer"
 
 export PKG_CONFIG_PATH=$(dirname "$(find "$scratch/prefix" -name trovek-ui.pc)")
-libdir=$(pkg-config --define-prefix --variable=libdir trovek-ui)
+libdir=$(pkg-config --variable=libdir trovek-ui)
 c++ -std=c++17 ${CXXFLAGS:-} "$here/main.cpp" -o "$scratch/by-pkg-config" \
-    $(pkg-config --define-prefix --cflags --libs trovek-ui) -Wl,-rpath,"$libdir"
+    $(pkg-config --cflags --libs trovek-ui) -Wl,-rpath,"$libdir"
 "$scratch/by-pkg-config"
 
 # Every public header compiles alone.
-cflags=$(pkg-config --define-prefix --cflags trovek-ui)
+cflags=$(pkg-config --cflags trovek-ui)
 compile_alone() {
     echo "#include <trovek-ui/$1>" | c++ -std=c++17 -fsyntax-only $cflags -x c++ - ||
         { echo "does not compile alone: $1"; return 1; }
