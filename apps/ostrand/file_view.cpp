@@ -95,7 +95,6 @@ QWidget* FileView::makeInvitation()
     setLargerFont(heading, 1.4);
     auto* hint = new QLabel(tr("or drop it here"), content);
     hint->setAlignment(Qt::AlignCenter);
-    hint->setForegroundRole(QPalette::PlaceholderText);
     auto* open = new QPushButton(icon("open"), tr("O&pen..."), content);
     open->setObjectName(QStringLiteral("openButton"));
     open->setAutoDefault(true);
@@ -164,8 +163,7 @@ void FileView::setFile(const QString& path)
     m_kind->setText(fileKindText(kind));
     m_size->setText(info.exists() ? fileSizeText(info.size()) : QString());
     m_modified->setText(
-        info.exists() ? QLocale().toString(info.lastModified(), QLocale::ShortFormat)
-                      : QString());
+        info.exists() ? QLocale().toString(info.lastModified(), QLocale::ShortFormat) : QString());
     const QString remark = whyNotMakeable(path);
     m_remark->setText(remark);
     m_remark->setVisible(!remark.isEmpty());

@@ -39,11 +39,11 @@ QByteArray sampleGCode()
     double extruded = 0;
     for (int layer = 0; layer < 400; ++layer) {
         code += "G1 Z" + QByteArray::number(0.2 * (layer + 1), 'f', 2) + " F600\n";
-        for (const auto& [x, y] : {std::pair(60, 40), std::pair(100, 40), std::pair(100, 80),
-                                   std::pair(60, 80)}) {
+        for (const auto& [x, y] :
+             {std::pair(60, 40), std::pair(100, 40), std::pair(100, 80), std::pair(60, 80)}) {
             extruded += 1.3;
-            code += "G1 X" + QByteArray::number(x) + " Y" + QByteArray::number(y) + " E"
-                    + QByteArray::number(extruded, 'f', 3) + " F2400\n";
+            code += "G1 X" + QByteArray::number(x) + " Y" + QByteArray::number(y) + " E" +
+                    QByteArray::number(extruded, 'f', 3) + " F2400\n";
         }
     }
     return code + "M104 S0 T0\n";
@@ -78,8 +78,8 @@ QPalette darkPalette()
     palette.setColor(QPalette::Mid, QColor(38, 38, 40));
     palette.setColor(QPalette::Dark, QColor(24, 24, 26));
     palette.setColor(QPalette::Shadow, QColor(12, 12, 12));
-    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText,
-                            QPalette::HighlightedText})
+    for (const auto role :
+         {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::HighlightedText})
         palette.setColor(QPalette::Disabled, role, faint);
     palette.setColor(QPalette::Disabled, QPalette::Highlight, QColor(80, 80, 84));
     return palette;
@@ -90,8 +90,7 @@ Gallery::Gallery(Host& host, const QString& dir, QTextStream& lines)
     , m_lines(lines)
     , m_pictures(dir)
     , m_robot(kDeadlineMs)
-{
-}
+{}
 
 int Gallery::run()
 {
@@ -122,8 +121,7 @@ void Gallery::photograph(QWidget& window, const QString& name, const QString& ca
 
 QString Gallery::sampleFile(const QString& name, const QByteArray& content) const
 {
-    const QString path =
-        QFileInfo(m_host.settings().fileName()).absoluteDir().filePath(name);
+    const QString path = QFileInfo(m_host.settings().fileName()).absoluteDir().filePath(name);
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
         throw std::runtime_error("Cannot write " + trovek::toStdString(path));
@@ -197,10 +195,9 @@ void Gallery::photographJobs()
     m_robot.waitFor(
         [&] {
             const QModelIndex index = jobs.indexOf(print);
-            return jobs.finishedCount() > 0
-                   && (index.data(JobListModel::ProgressRole).toInt() > 20
-                       || index.data(JobListModel::ConclusionRole).toInt()
-                              != trovek::JobNotConcluded);
+            return jobs.finishedCount() > 0 &&
+                   (index.data(JobListModel::ProgressRole).toInt() > 20 ||
+                    index.data(JobListModel::ConclusionRole).toInt() != trovek::JobNotConcluded);
         },
         QStringLiteral("the jobs"));
     photograph(window, QStringLiteral("main-jobs"), QStringLiteral("Jobs"));

@@ -32,12 +32,12 @@ std::vector<SampleMessage> sampleMessages()
         plain<message::AllowRevertScan>("AllowRevertScan"),
         plain<message::BackgroundServiceUnavailable>("BackgroundServiceUnavailable"),
         plain<message::CloseDuringFirmwareUpload>("CloseDuringFirmwareUpload"),
-        plain<message::ConfirmCustomProfileDelete>(
-            "ConfirmCustomProfileDelete", QStringLiteral("Fine PLA")),
+        plain<message::ConfirmCustomProfileDelete>("ConfirmCustomProfileDelete",
+                                                   QStringLiteral("Fine PLA")),
         plain<message::ConnectToPortFailed>("ConnectToPortFailed", QStringLiteral("/dev/ttyACM0")),
         plain<message::TrovekNotConnected>("TrovekNotConnected"),
-        plain<message::CustomProfileAlreadyExists>(
-            "CustomProfileAlreadyExists", QStringLiteral("Fine PLA")),
+        plain<message::CustomProfileAlreadyExists>("CustomProfileAlreadyExists",
+                                                   QStringLiteral("Fine PLA")),
         plain<message::CustomProfileDeleteFailed>("CustomProfileDeleteFailed"),
         plain<message::CustomProfileEditFailed>("CustomProfileEditFailed"),
         plain<message::DiscardScanFromComputer>("DiscardScanFromComputer"),
@@ -49,11 +49,11 @@ std::vector<SampleMessage> sampleMessages()
         plain<message::ExecOstrandFailed>("ExecOstrandFailed"),
         plain<message::ExportJobMoverFailed>("ExportJobMoverFailed"),
         plain<message::FailedToStartPrint>("FailedToStartPrint"),
-        plain<message::FileChooserOverwriteConfirm>(
-            "FileChooserOverwriteConfirm", QStringLiteral("bracket.x3g")),
+        plain<message::FileChooserOverwriteConfirm>("FileChooserOverwriteConfirm",
+                                                    QStringLiteral("bracket.x3g")),
         plain<message::FileNotFound>("FileNotFound"),
-        plain<message::FilenameTooLongForPrinter>(
-            "FilenameTooLongForPrinter", QStringLiteral("left_side_of_the_gear_hous.x3g")),
+        plain<message::FilenameTooLongForPrinter>("FilenameTooLongForPrinter",
+                                                  QStringLiteral("left_side_of_the_gear_hous.x3g")),
         plain<message::FirmwarePackageDoesNotMatchDevice>("FirmwarePackageDoesNotMatchDevice"),
         plain<message::FirmwareUploadNoInternetConnection>("FirmwareUploadNoInternetConnection"),
         plain<message::GenericTrovekError>("GenericTrovekError"),
@@ -75,8 +75,8 @@ std::vector<SampleMessage> sampleMessages()
         plain<message::OnboardPreferencesDiscardChanges>("OnboardPreferencesDiscardChanges"),
         plain<message::OnboardPreferencesFailedReset>("OnboardPreferencesFailedReset"),
         plain<message::OnboardPreferencesFailedWrite>("OnboardPreferencesFailedWrite"),
-        plain<message::OnboardPreferencesGenericError>(
-            "OnboardPreferencesGenericError", QStringLiteral("7.1")),
+        plain<message::OnboardPreferencesGenericError>("OnboardPreferencesGenericError",
+                                                       QStringLiteral("7.1")),
         plain<message::OnboardPreferencesMissingEepromMap>("OnboardPreferencesMissingEepromMap"),
         plain<message::OnboardPreferencesPrinterAddedError>("OnboardPreferencesPrinterAddedError"),
         plain<message::OnboardPreferencesPrinterBusy>("OnboardPreferencesPrinterBusy"),
@@ -101,8 +101,8 @@ std::vector<SampleMessage> sampleMessages()
         plain<message::SharevaneSignInFailed>("SharevaneSignInFailed"),
         plain<message::SharevaneUploadFailed>("SharevaneUploadFailed"),
         plain<message::UnfinishedExportJobs>("UnfinishedExportJobs"),
-        plain<message::UpdatesAvailable>(
-            "UpdatesAvailable", QStringLiteral("Ostrand 2.0 is available.")),
+        plain<message::UpdatesAvailable>("UpdatesAvailable",
+                                         QStringLiteral("Ostrand 2.0 is available.")),
         plain<message::WindowsServiceError>("WindowsServiceError"),
     };
 }

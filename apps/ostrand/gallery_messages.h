@@ -15,7 +15,8 @@ class MessageBox;
 namespace ostrand {
 
 /** One entry of the message catalogue, to be made with sample values. */
-struct SampleMessage {
+struct SampleMessage
+{
     QString name;
     /** The box belongs to the parent. */
     std::function<trovek::MessageBox*(QWidget* parent, QSettings* settings)> make;

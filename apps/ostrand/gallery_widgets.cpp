@@ -46,8 +46,8 @@ QWidget* swatches(QWidget* parent)
     layout->setContentsMargins(0, 0, 0, 0);
     for (int i = 0; i < 9; ++i) {
         auto* label = new trovek::ColorLabel(row);
-        label->setColor(trovek::ColorComboBox::colorToQColor(
-            static_cast<trovek::ColorComboBox::Color>(i)));
+        label->setColor(
+            trovek::ColorComboBox::colorToQColor(static_cast<trovek::ColorComboBox::Color>(i)));
         label->setFixedSize(28, 28);
         layout->addWidget(label);
     }

@@ -40,8 +40,8 @@ std::string readToken(const QString& path)
     QFile file(path);
     constexpr qint64 kLongestToken = 4096;
     if (!file.open(QIODevice::ReadOnly))
-        throw std::runtime_error("Cannot read the token file: "
-                                 + trovek::toStdString(file.errorString()));
+        throw std::runtime_error("Cannot read the token file: " +
+                                 trovek::toStdString(file.errorString()));
     QByteArray token = file.read(kLongestToken);
     while (token.endsWith('\n') || token.endsWith('\r'))
         token.chop(1);
@@ -53,8 +53,8 @@ std::unique_ptr<ServiceSource> makeSource(const Options& options, const QString&
     if (!options.serviceAddress.isEmpty()) {
         auto address = trovek::Address::fromText(trovek::toStdString(options.serviceAddress));
         if (address.kind() == trovek::Address::Tcp)
-            address = trovek::Address::tcp(address.host(), address.port(),
-                                           readToken(options.tokenFile));
+            address =
+                trovek::Address::tcp(address.host(), address.port(), readToken(options.tokenFile));
         return std::make_unique<ForeignService>(address);
     }
     OwnService::Settings settings;
@@ -96,9 +96,8 @@ Host::Host(const Options& options)
     m_settings = makeSettings(options, temporaryDir);
     m_handle = std::make_unique<trovek::ui::TrovekHandle>(m_settings.get());
     m_link = std::make_unique<ServiceLink>(facade(), makeSource(options, temporaryDir));
-    m_exports = std::make_unique<ExportWatch>(facade(), [this] {
-        return trovek::ExportJobMover::instance(facade()).pendingExports();
-    });
+    m_exports = std::make_unique<ExportWatch>(
+        facade(), [this] { return trovek::ExportJobMover::instance(facade()).pendingExports(); });
     m_window = std::make_unique<MainWindow>(
         Surroundings{facade(), *m_settings, *m_link, *m_exports, *m_log});
 }
@@ -123,9 +122,8 @@ trovek::TrovekQt& Host::facade()
 
 void Host::startLog()
 {
-    const QString folder =
-        QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation)
-        + QStringLiteral("/log");
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation) +
+                           QStringLiteral("/log");
     try {
         QDir().mkpath(folder);
         m_logFile = trovek::makeRotatingFileLogSink(

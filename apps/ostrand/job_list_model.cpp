@@ -85,8 +85,7 @@ QVariant JobListModel::data(const QModelIndex& index, int role) const
         return toolTip(row);
     case Qt::TextAlignmentRole:
         return static_cast<int>(
-            (index.column() == TimeLeftColumn ? Qt::AlignRight : Qt::AlignLeft)
-            | Qt::AlignVCenter);
+            (index.column() == TimeLeftColumn ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
     case Qt::DecorationRole:
         if (index.column() != NameColumn)
             return QVariant();
@@ -118,8 +117,8 @@ QVariant JobListModel::headerData(int section, Qt::Orientation orientation, int 
     if (orientation != Qt::Horizontal)
         return QVariant();
     if (role == Qt::TextAlignmentRole)
-        return static_cast<int>(
-            (section == TimeLeftColumn ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
+        return static_cast<int>((section == TimeLeftColumn ? Qt::AlignRight : Qt::AlignLeft) |
+                                Qt::AlignVCenter);
     if (role != Qt::DisplayRole)
         return QVariant();
     switch (section) {
@@ -306,8 +305,8 @@ int JobListModel::rowOf(trovek::Job::ID id) const
 
 bool JobListModel::isRunning(const Row& row) const
 {
-    return row.job.conclusion != trovek::JobEnded && row.job.conclusion != trovek::JobFailed
-           && row.job.conclusion != trovek::JobCanceled;
+    return row.job.conclusion != trovek::JobEnded && row.job.conclusion != trovek::JobFailed &&
+           row.job.conclusion != trovek::JobCanceled;
 }
 
 QString JobListModel::machineText(const trovek::MachineName& machine) const
@@ -331,9 +330,8 @@ QString JobListModel::stageText(const Row& row) const
     case trovek::JobEnded:
         return endText(row);
     case trovek::JobFailed:
-        return row.job.failure.empty()
-                   ? tr("Failed")
-                   : tr("Failed: %1").arg(trovek::toQString(row.job.failure));
+        return row.job.failure.empty() ? tr("Failed")
+                                       : tr("Failed: %1").arg(trovek::toQString(row.job.failure));
     case trovek::JobCanceled:
         return tr("Canceled");
     case trovek::JobNotConcluded:
@@ -349,8 +347,7 @@ QString JobListModel::toolTip(const Row& row) const
     // Names and failures come from outside: never rich text.
     const QString text = row.job.failure.empty() ? trovek::toQString(row.job.name)
                                                  : trovek::toQString(row.job.failure);
-    return text.toHtmlEscaped().prepend(QStringLiteral("<span>")).append(
-        QStringLiteral("</span>"));
+    return text.toHtmlEscaped().prepend(QStringLiteral("<span>")).append(QStringLiteral("</span>"));
 }
 
 void JobListModel::changed(int row)

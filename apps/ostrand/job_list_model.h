@@ -76,7 +76,8 @@ signals:
     void concluded(trovek::Job::ID id);
 
 private:
-    struct Row {
+    struct Row
+    {
         trovek::Job::Data job;
         QString machine;
     };

@@ -53,8 +53,7 @@ JobsView::JobsView(JobListModel& model, QWidget* parent)
     m_list->setAllColumnsShowFocus(true);
     m_list->setAlternatingRowColors(true);
     m_list->setContextMenuPolicy(Qt::CustomContextMenu);
-    m_list->setItemDelegateForColumn(JobListModel::ProgressColumn,
-                                     new JobProgressDelegate(m_list));
+    m_list->setItemDelegateForColumn(JobListModel::ProgressColumn, new JobProgressDelegate(m_list));
     QHeaderView* header = m_list->header();
     header->setObjectName(QStringLiteral("jobsHeader"));
     header->setStretchLastSection(false);

@@ -21,7 +21,8 @@ public:
     explicit JobsView(JobListModel& model, QWidget* parent = nullptr);
 
 public slots:
-    /** Cancels the selected job; a print only after a question, since it cannot be taken up again. */
+    /** Cancels the selected job; a print only after a question, since it cannot be taken up again.
+     */
     void cancelSelected();
 
 protected:

@@ -16,8 +16,7 @@ class LogModel::Sink : public trovek::LogSink
 public:
     explicit Sink(LogModel& model)
         : m_model(&model)
-    {
-    }
+    {}
 
     void write(const trovek::LogEntry& entry) override
     {
@@ -31,7 +30,8 @@ public:
         if (m_waiting.size() > 1)
             return;
         LogModel* model = m_model;
-        QMetaObject::invokeMethod(model, [model] { model->take(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            model, [model] { model->take(); }, Qt::QueuedConnection);
     }
 
     std::deque<trovek::LogEntry> takeWaiting()

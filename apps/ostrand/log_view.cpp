@@ -54,8 +54,8 @@ bool LogFilter::filterAcceptsRow(int row, const QModelIndex& parent) const
     const QModelIndex index = sourceModel()->index(row, 0, parent);
     if (index.data(LogModel::SeverityRole).toInt() > m_maximumSeverity)
         return false;
-    return m_text.isEmpty()
-           || index.data(LogModel::LineRole).toString().contains(m_text, Qt::CaseInsensitive);
+    return m_text.isEmpty() ||
+           index.data(LogModel::LineRole).toString().contains(m_text, Qt::CaseInsensitive);
 }
 
 LogView::LogView(LogModel& model, QSettings& settings, QWidget* parent)

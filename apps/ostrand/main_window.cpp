@@ -4,12 +4,10 @@
 #include "file_view.h"
 #include "icons.h"
 #include "job_list_model.h"
-#include "jobs_view.h"
 #include "link_indicator.h"
 #include "log_view.h"
 #include "notice_bar.h"
 #include "recent_files.h"
-#include "simulate_menu.h"
 
 #include <trovek-ui/make_gcode_dialog.h>
 #include <trovek-ui/message_box.h>
@@ -24,7 +22,6 @@
 #include <QDir>
 #include <QDockWidget>
 #include <QFileInfo>
-#include <QMenuBar>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QScopedValueRollback>
@@ -32,7 +29,6 @@
 #include <QSettings>
 #include <QStandardPaths>
 #include <QStatusBar>
-#include <QToolBar>
 #include <QUrl>
 #include <QVBoxLayout>
 
@@ -116,97 +112,13 @@ MainWindow::MainWindow(const Surroundings& surroundings, QWidget* parent)
     statusBar()->addWidget(new LinkIndicator(m_link, this));
     connect(m_fileView, &FileView::openRequested, this, &MainWindow::chooseFile);
     connect(m_fileView, &FileView::makeRequested, this, &MainWindow::make);
-    connect(m_recentFiles, &RecentFiles::chosen, this, &MainWindow::openFile,
-            Qt::QueuedConnection);
+    connect(m_recentFiles, &RecentFiles::chosen, this, &MainWindow::openFile, Qt::QueuedConnection);
     connectService();
     restoreLayout();
     updateActions();
 }
 
 MainWindow::~MainWindow() = default;
-
-void MainWindow::makeActions()
-{
-    m_open = new QAction(icon("open"), tr("&Open..."), this);
-    m_open->setObjectName(QStringLiteral("open"));
-    m_open->setShortcut(QKeySequence::Open);
-    m_open->setStatusTip(tr("Open a model or a G-code file"));
-    connect(m_open, &QAction::triggered, this, &MainWindow::chooseFile);
-    m_make = new QAction(icon("make"), tr("&Make..."), this);
-    m_make->setObjectName(QStringLiteral("make"));
-    m_make->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_M));
-    m_make->setStatusTip(tr("Print the file or export it for a machine"));
-    connect(m_make, &QAction::triggered, this, &MainWindow::make);
-    m_quit = new QAction(tr("&Quit"), this);
-    m_quit->setObjectName(QStringLiteral("quit"));
-    m_quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
-    m_quit->setMenuRole(QAction::QuitRole);
-    connect(m_quit, &QAction::triggered, this, &QWidget::close);
-    m_restart = new QAction(tr("&Restart Background Service"), this);
-    m_restart->setObjectName(QStringLiteral("restartService"));
-    connect(m_restart, &QAction::triggered, this, &MainWindow::restartService);
-    m_reconnect = new QAction(tr("Re&connect Now"), this);
-    m_reconnect->setObjectName(QStringLiteral("reconnect"));
-    m_reconnect->setShortcut(QKeySequence(Qt::Key_F5));
-    connect(m_reconnect, &QAction::triggered, &m_link, &ServiceLink::connectNow);
-    m_saveLog = new QAction(icon("save"), tr("&Save Log..."), this);
-    m_saveLog->setObjectName(QStringLiteral("saveLogAction"));
-    connect(m_saveLog, &QAction::triggered, m_logView, &LogView::save);
-}
-
-void MainWindow::makeDocks()
-{
-    m_jobsDock = new QDockWidget(tr("Jobs"), this);
-    m_jobsDock->setObjectName(QStringLiteral("jobsDock"));
-    m_jobsDock->setWidget(new JobsView(*m_jobs, m_jobsDock));
-    addDockWidget(Qt::BottomDockWidgetArea, m_jobsDock);
-    m_logDock = new QDockWidget(tr("Log"), this);
-    m_logDock->setObjectName(QStringLiteral("logDock"));
-    m_logDock->setWidget(m_logView);
-    addDockWidget(Qt::BottomDockWidgetArea, m_logDock);
-    tabifyDockWidget(m_jobsDock, m_logDock);
-    m_logDock->hide();
-    m_jobsDock->toggleViewAction()->setIcon(icon("jobs"));
-    m_jobsDock->toggleViewAction()->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_J));
-    m_logDock->toggleViewAction()->setIcon(icon("log"));
-    m_logDock->toggleViewAction()->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_L));
-}
-
-void MainWindow::makeMenus()
-{
-    QMenu* fileMenu = menuBar()->addMenu(tr("&File"));
-    fileMenu->addAction(m_open);
-    fileMenu->addMenu(m_recentFiles);
-    fileMenu->addSeparator();
-    fileMenu->addAction(m_quit);
-    menuBar()->addMenu(tr("&Make"))->addAction(m_make);
-    QMenu* services = menuBar()->addMenu(tr("Se&rvices"));
-    services->addActions({m_restart, m_reconnect});
-    auto* simulate = new SimulateMenu(m_facade, this);
-    menuBar()->addMenu(simulate);
-    connect(simulate, &SimulateMenu::failed, this, [this](const QString& text) {
-        m_noticeIsOfLink = false;
-        m_notice->showNotice(QStyle::SP_MessageBoxWarning,
-                             tr("The virtual machine could not be changed"), text);
-    });
-    QMenu* view = menuBar()->addMenu(tr("&View"));
-    view->addActions({m_jobsDock->toggleViewAction(), m_logDock->toggleViewAction()});
-    view->addSeparator();
-    view->addAction(m_saveLog);
-    QMenu* help = menuBar()->addMenu(tr("&Help"));
-    QAction* aboutThis = help->addAction(tr("&About Ostrand"));
-    aboutThis->setMenuRole(QAction::AboutRole);
-    connect(aboutThis, &QAction::triggered, this, &MainWindow::about);
-    connect(help->addAction(tr("About &Qt")), &QAction::triggered, qApp, &QApplication::aboutQt);
-
-    QToolBar* bar = addToolBar(tr("Tool Bar"));
-    bar->setObjectName(QStringLiteral("toolBar"));
-    bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    bar->setIconSize(QSize(24, 24));
-    bar->addActions({m_open, m_make});
-    bar->addSeparator();
-    bar->addActions({m_jobsDock->toggleViewAction(), m_logDock->toggleViewAction()});
-}
 
 void MainWindow::connectService()
 {
@@ -273,8 +185,8 @@ void MainWindow::make()
         // The file may have changed behind our back.
         m_fileView->setFile(file());
         m_noticeIsOfLink = false;
-        m_notice->showNotice(QStyle::SP_MessageBoxInformation,
-                             tr("This file cannot be made"), reason);
+        m_notice->showNotice(QStyle::SP_MessageBoxInformation, tr("This file cannot be made"),
+                             reason);
         updateActions();
         return;
     }
@@ -333,8 +245,8 @@ void MainWindow::showInterrupted(const QStringList& destinations)
     m_noticeIsOfLink = true;
     m_notice->showNotice(
         QStyle::SP_MessageBoxWarning, tr("The connection to the background service is lost"),
-        tr("Ostrand tries by itself to connect again. These exports are not finished yet:")
-            + QLatin1Char('\n') + pathLines(destinations));
+        tr("Ostrand tries by itself to connect again. These exports are not finished yet:") +
+            QLatin1Char('\n') + pathLines(destinations));
 }
 
 void MainWindow::showLost(const QStringList& destinations)
@@ -343,8 +255,8 @@ void MainWindow::showLost(const QStringList& destinations)
     m_notice->showNotice(
         QStyle::SP_MessageBoxWarning, tr("Exports were lost"),
         tr("The background service stopped before these files were finished. Please export "
-           "them again:")
-            + QLatin1Char('\n') + pathLines(destinations));
+           "them again:") +
+            QLatin1Char('\n') + pathLines(destinations));
 }
 
 void MainWindow::restartService()
@@ -352,8 +264,8 @@ void MainWindow::restartService()
     if (m_asking)
         return;
     const QScopedValueRollback<bool> asking(m_asking, true);
-    if (!m_jobs->runningCount()
-        || confirmEndOfOwnPrints(tr("Restart while jobs are running?"), tr("&Restart")))
+    if (!m_jobs->runningCount() ||
+        confirmEndOfOwnPrints(tr("Restart while jobs are running?"), tr("&Restart")))
         m_link.restartService();
 }
 
@@ -371,13 +283,12 @@ bool MainWindow::mayClose()
         return false;
     const QScopedValueRollback<bool> asking(m_asking, true);
     try {
-        if (!m_exports.unfinished().isEmpty()
-            && message::UnfinishedExportJobs(this).exec()
-                   != message::UnfinishedExportJobs::CloseOstrand)
+        if (!m_exports.unfinished().isEmpty() && message::UnfinishedExportJobs(this).exec() !=
+                                                     message::UnfinishedExportJobs::CloseOstrand)
             return false;
         // A service of somebody else goes on with its prints, ours ends with us.
-        return !m_link.canRestartService() || !m_jobs->runningPrintCount()
-               || confirmEndOfOwnPrints(tr("Quit while printing?"), tr("&Quit"));
+        return !m_link.canRestartService() || !m_jobs->runningPrintCount() ||
+               confirmEndOfOwnPrints(tr("Quit while printing?"), tr("&Quit"));
     } catch (const std::exception& e) {
         TROVEK_LOG(0) << e.what() << std::endl;
         return true;
@@ -386,12 +297,11 @@ bool MainWindow::mayClose()
 
 bool MainWindow::confirmEndOfOwnPrints(const QString& heading, const QString& confirm)
 {
-    const QPointer<trovek::MessageBox> box =
-        new trovek::MessageBox({trovek::MessageBox::Button(tr("&Cancel"), 0, 1),
-                                trovek::MessageBox::Button(confirm, 1, 0)},
-                               heading,
-                               tr("The background service ends, and with it the jobs in progress."),
-                               QMessageBox::Question, this);
+    const QPointer<trovek::MessageBox> box = new trovek::MessageBox(
+        {trovek::MessageBox::Button(tr("&Cancel"), 0, 1),
+         trovek::MessageBox::Button(confirm, 1, 0)},
+        heading, tr("The background service ends, and with it the jobs in progress."),
+        QMessageBox::Question, this);
     box->maybeShowModal();
     if (!box)
         return false;

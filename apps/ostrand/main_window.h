@@ -27,7 +27,8 @@ class NoticeBar;
 class RecentFiles;
 
 /** What the window works with; everything is owned elsewhere and outlives it. */
-struct Surroundings {
+struct Surroundings
+{
     trovek::TrovekQt& facade;
     QSettings& settings;
     ServiceLink& link;

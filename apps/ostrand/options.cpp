@@ -22,9 +22,9 @@ QString tr(const char* text)
     throw std::runtime_error(trovek::toStdString(text));
 }
 
-struct Parser {
-    QCommandLineOption help{{QStringLiteral("h"), QStringLiteral("help")},
-                            tr("Show this text.")};
+struct Parser
+{
+    QCommandLineOption help{{QStringLiteral("h"), QStringLiteral("help")}, tr("Show this text.")};
     QCommandLineOption version{QStringLiteral("version"), tr("Show the version.")};
     QCommandLineOption service{
         QStringLiteral("service"),
@@ -40,8 +40,7 @@ struct Parser {
                              tr("Keep the background service's state in DIR."),
                              QStringLiteral("DIR")};
     QCommandLineOption machines{QStringLiteral("machines"),
-                                tr("Read the virtual machines from FILE."),
-                                QStringLiteral("FILE")};
+                                tr("Read the virtual machines from FILE."), QStringLiteral("FILE")};
     QCommandLineOption timeScale{QStringLiteral("time-scale"),
                                  tr("Let the virtual machines run N times as fast."),
                                  QStringLiteral("N")};
@@ -60,8 +59,8 @@ struct Parser {
     Parser()
     {
         parser.setApplicationDescription(tr("Prints on 3D printers and exports for them."));
-        parser.addOptions({help, version, service, tokenFile, settings, state, machines,
-                           timeScale, file, tour, gallery, dark});
+        parser.addOptions({help, version, service, tokenFile, settings, state, machines, timeScale,
+                           file, tour, gallery, dark});
         parser.addPositionalArgument(QStringLiteral("FILE"), tr("Files to open."),
                                      QStringLiteral("[FILE...]"));
     }

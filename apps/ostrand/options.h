@@ -6,7 +6,8 @@
 namespace ostrand {
 
 /** What the command line asks for. */
-struct Options {
+struct Options
+{
     /** Text form of the service's address; empty starts a service inside this program. */
     QString serviceAddress;
     /** File with the token of a TCP service; its last line break is dropped. */

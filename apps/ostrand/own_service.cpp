@@ -27,8 +27,8 @@ std::string stateDirOf(const OwnService::Settings& settings)
 /** One name for each state folder: whoever finds the folder in use finds its service, too. */
 std::string socketNameOf(const std::string& stateDir)
 {
-    const QByteArray digest = QCryptographicHash::hash(QByteArray::fromStdString(stateDir),
-                                                       QCryptographicHash::Sha1);
+    const QByteArray digest =
+        QCryptographicHash::hash(QByteArray::fromStdString(stateDir), QCryptographicHash::Sha1);
     return "ostrand-" + digest.toHex().left(12).toStdString();
 }
 
@@ -36,8 +36,7 @@ std::string socketNameOf(const std::string& stateDir)
 
 OwnService::OwnService(const Settings& settings)
     : m_settings(settings)
-{
-}
+{}
 
 OwnService::~OwnService() = default;
 

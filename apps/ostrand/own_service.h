@@ -18,7 +18,8 @@ namespace ostrand {
 class OwnService : public ServiceSource
 {
 public:
-    struct Settings {
+    struct Settings
+    {
         /** Empty stands for the user's data folder. */
         QString stateDir;
         /** Empty stands for the built-in machines. */

@@ -12,7 +12,8 @@ namespace ostrand {
 class Pictures
 {
 public:
-    struct Picture {
+    struct Picture
+    {
         QString file;
         QString caption;
     };

@@ -97,8 +97,7 @@ bool machinesAreReady(const trovek::TrovekQt& facade)
 
 Robot::Robot(int deadlineMs)
     : m_deadline(deadlineMs)
-{
-}
+{}
 
 void Robot::waitFor(const std::function<bool()>& condition, const QString& what)
 {

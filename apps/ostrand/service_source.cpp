@@ -8,8 +8,7 @@ namespace ostrand {
 
 ForeignService::ForeignService(const trovek::Address& address)
     : m_address(address)
-{
-}
+{}
 
 QString ForeignService::description() const
 {

@@ -16,9 +16,8 @@ constexpr char kLogUnit[] = "apps\\ostrand\\simulate_menu";
 
 QString textMember(const Json::Value& object, const char* name)
 {
-    return object.isObject() && object[name].isString()
-               ? trovek::toQString(object[name].asString())
-               : QString();
+    return object.isObject() && object[name].isString() ? trovek::toQString(object[name].asString())
+                                                        : QString();
 }
 
 } // namespace
@@ -31,7 +30,9 @@ SimulateMenu::SimulateMenu(trovek::TrovekQt& facade, QWidget* parent)
     m_fillTimer.setSingleShot(true);
     m_fillTimer.setInterval(0);
     connect(&m_fillTimer, &QTimer::timeout, this, &SimulateMenu::fill);
-    const auto fillLater = [this] { m_fillTimer.start(); };
+    const auto fillLater = [this] {
+        m_fillTimer.start();
+    };
     connect(&m_facade, &trovek::TrovekQt::connected, this, fillLater);
     connect(&m_facade, &trovek::TrovekQt::disconnected, this, fillLater);
     connect(&m_facade, &trovek::TrovekQt::portAttached, this, fillLater);
@@ -66,9 +67,8 @@ void SimulateMenu::fill()
 
 void SimulateMenu::addMachine(const QString& name, const QString& typeName, bool pluggedIn)
 {
-    QString text = typeName.isEmpty() || typeName == name
-                       ? name
-                       : tr("%1 (%2)").arg(name, typeName);
+    QString text =
+        typeName.isEmpty() || typeName == name ? name : tr("%1 (%2)").arg(name, typeName);
     text.replace(QLatin1Char('&'), QLatin1String("&&"));
     QAction* action = addAction(text);
     action->setData(name);
@@ -77,8 +77,9 @@ void SimulateMenu::addMachine(const QString& name, const QString& typeName, bool
     action->setStatusTip(pluggedIn ? tr("Pull this virtual machine's plug")
                                    : tr("Plug this virtual machine in"));
     // Queued: the answer may make the menu anew, and with it this action.
-    connect(action, &QAction::triggered, this,
-            [this, name](bool checked) { setPluggedIn(name, checked); }, Qt::QueuedConnection);
+    connect(
+        action, &QAction::triggered, this,
+        [this, name](bool checked) { setPluggedIn(name, checked); }, Qt::QueuedConnection);
 }
 
 void SimulateMenu::setPluggedIn(const QString& name, bool pluggedIn)

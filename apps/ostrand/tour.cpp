@@ -61,9 +61,9 @@ QByteArray bytesOf(const QString& path)
 /** Whether the G-code names the second tool. */
 bool needsTwoExtruders(const QString& path)
 {
-    static const QRegularExpression secondTool(
-        QStringLiteral("^[^;(]*\\bT1\\b"),
-        QRegularExpression::MultilineOption | QRegularExpression::CaseInsensitiveOption);
+    static const QRegularExpression secondTool(QStringLiteral("^[^;(]*\\bT1\\b"),
+                                               QRegularExpression::MultilineOption |
+                                                   QRegularExpression::CaseInsensitiveOption);
     return secondTool.match(QString::fromUtf8(bytesOf(path))).hasMatch();
 }
 
@@ -99,8 +99,7 @@ Tour::Tour(Host& host, const QString& dir, const QStringList& files, QTextStream
     , m_lines(lines)
     , m_pictures(dir)
     , m_robot(kStartDeadlineMs + kDeadlineAFileMs * files.size())
-{
-}
+{}
 
 int Tour::run()
 {
@@ -160,11 +159,13 @@ void Tour::open(const QString& file)
     say(QStringLiteral("Open ") + file);
     MainWindow& window = m_host.window();
     auto* action = window.findChild<QAction*>(QStringLiteral("open"));
-    m_robot.clickAndAnswer([action] { action->trigger(); }, [&](QDialog& dialog) {
-        return Robot::fillFileDialog(dialog, file, QString(), [&] {
-            photograph(dialog, QStringLiteral("open"), QStringLiteral("Choosing a file"));
-        });
-    });
+    m_robot.clickAndAnswer([action] { action->trigger(); },
+                           [&](QDialog& dialog) {
+                               return Robot::fillFileDialog(dialog, file, QString(), [&] {
+                                   photograph(dialog, QStringLiteral("open"),
+                                              QStringLiteral("Choosing a file"));
+                               });
+                           });
     m_robot.waitFor([&] { return window.file() == file; }, QStringLiteral("the file"));
     photograph(window, QStringLiteral("file"), QFileInfo(file).fileName());
 }
@@ -195,15 +196,14 @@ void Tour::print(const QString& file)
     const trovek::Printer& machine = chooseMachine(dialog, file);
     say(QStringLiteral("Print on ") + trovek::toQString(machine.displayName()));
     photograph(dialog, QStringLiteral("make"), QStringLiteral("Printing now"));
-    const trovek::Job::ID job = jobStartedBy(
-        [&] { m_robot.click([&] { button(dialog, "mainButton").click(); }); });
+    const trovek::Job::ID job =
+        jobStartedBy([&] { m_robot.click([&] { button(dialog, "mainButton").click(); }); });
     JobListModel& jobs = m_host.window().jobs();
     m_robot.waitFor(
         [&] {
             const QModelIndex index = jobs.indexOf(job);
-            return index.data(JobListModel::ProgressRole).toInt() >= 50
-                   || index.data(JobListModel::ConclusionRole).toInt()
-                          != trovek::JobNotConcluded;
+            return index.data(JobListModel::ProgressRole).toInt() >= 50 ||
+                   index.data(JobListModel::ConclusionRole).toInt() != trovek::JobNotConcluded;
         },
         QStringLiteral("the middle of the print"));
     photograph(m_host.window(), QStringLiteral("printing"), QStringLiteral("While it prints"));
@@ -214,8 +214,8 @@ void Tour::print(const QString& file)
 
 void Tour::exportAs(const QString& file, const QString& suffix, const QString& filterStart)
 {
-    const QString destination = m_pictures.dir().filePath(
-        QStringLiteral("exports/%1.%2").arg(baseNameOf(file), suffix));
+    const QString destination =
+        m_pictures.dir().filePath(QStringLiteral("exports/%1.%2").arg(baseNameOf(file), suffix));
     QFile::remove(destination);
     QDialog& dialog = openMakeDialog(true);
     const trovek::Printer& machine = chooseMachine(dialog, file);
@@ -224,14 +224,14 @@ void Tour::exportAs(const QString& file, const QString& suffix, const QString& f
             .arg(trovek::toQString(machine.displayName()), suffix));
     photograph(dialog, QStringLiteral("export-") + suffix, QStringLiteral("Exporting"));
     const trovek::Job::ID job = jobStartedBy([&] {
-        m_robot.clickAndAnswer(
-            [&] { button(dialog, "mainButton").click(); },
-            [&](QDialog& chooser) {
-                return Robot::fillFileDialog(chooser, destination, filterStart, [&] {
-                    photograph(chooser, QStringLiteral("choose-") + suffix,
-                               QStringLiteral("Choosing where to export"));
-                });
-            });
+        m_robot.clickAndAnswer([&] { button(dialog, "mainButton").click(); },
+                               [&](QDialog& chooser) {
+                                   return Robot::fillFileDialog(
+                                       chooser, destination, filterStart, [&] {
+                                           photograph(chooser, QStringLiteral("choose-") + suffix,
+                                                      QStringLiteral("Choosing where to export"));
+                                       });
+                               });
     });
     waitForEnd(job, QStringLiteral("the export's end"));
     auto& mover = trovek::ExportJobMover::instance(m_host.facade());
@@ -266,11 +266,11 @@ void Tour::compareWithService(const QString& file, const QString& exported,
         trovek::toStdString(Orvane::materialToIdentifier(Orvane::ABS)));
     const std::string input = trovek::toStdString(file);
     const std::string written = trovek::toStdString(path);
-    const int job = suffix == QLatin1String("gcode")
-                        ? facade.slice(printer->key(), input, written, *configuration,
-                                       materials, false)
-                        : facade.printToFile(printer->key(), input, written, *configuration,
-                                             materials, true, trovek::toStdString(suffix));
+    const int job =
+        suffix == QLatin1String("gcode")
+            ? facade.slice(printer->key(), input, written, *configuration, materials, false)
+            : facade.printToFile(printer->key(), input, written, *configuration, materials, true,
+                                 trovek::toStdString(suffix));
     m_robot.waitFor([&] { return m_host.window().jobs().indexOf(job).isValid(); },
                     QStringLiteral("the service's own file"));
     waitForEnd(job, QStringLiteral("the service's own file"));

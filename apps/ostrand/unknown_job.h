@@ -8,8 +8,8 @@ namespace ostrand {
 inline bool saysUnknownJob(const JsonRpcException& e)
 {
     const Json::Value data = e.data();
-    return data.isObject() && data["name"].isString()
-           && data["name"].asString() == trovek::wire::error::kUnknownJob;
+    return data.isObject() && data["name"].isString() &&
+           data["name"].asString() == trovek::wire::error::kUnknownJob;
 }
 
 } // namespace ostrand

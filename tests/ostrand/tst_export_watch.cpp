@@ -17,12 +17,15 @@ using namespace trovek;
 
 namespace {
 
-struct World {
+struct World
+{
     ScriptedService service;
     QTemporaryDir folder;
     TrovekQt facade;
     ExportJobMover mover{facade};
-    ExportWatch watch{facade, [this] { return mover.pendingExports(); }};
+    ExportWatch watch{facade, [this] {
+                          return mover.pendingExports();
+                      }};
     QSignalSpy interrupted{&watch, &ExportWatch::interrupted};
     QSignalSpy lost{&watch, &ExportWatch::lost};
     QSignalSpy settled{&watch, &ExportWatch::settled};

@@ -15,7 +15,8 @@ using namespace trovek;
 
 namespace {
 
-struct World {
+struct World
+{
     ScriptedService service;
     TrovekQt facade;
     JobListModel model{facade};
@@ -43,10 +44,7 @@ struct World {
         return job;
     }
 
-    QString text(int row, int column) const
-    {
-        return model.index(row, column).data().toString();
-    }
+    QString text(int row, int column) const { return model.index(row, column).data().toString(); }
 };
 
 } // namespace
@@ -87,9 +85,9 @@ void tst_JobListModel::namesItsColumns()
     QStringList names;
     for (int column = 0; column < world.model.columnCount(); ++column)
         names.append(world.model.headerData(column, Qt::Horizontal).toString());
-    QCOMPARE(names, QStringList({QStringLiteral("Job"), QStringLiteral("Machine"),
-                                 QStringLiteral("Stage"), QStringLiteral("Progress"),
-                                 QStringLiteral("Time left")}));
+    QCOMPARE(names,
+             QStringList({QStringLiteral("Job"), QStringLiteral("Machine"), QStringLiteral("Stage"),
+                          QStringLiteral("Progress"), QStringLiteral("Time left")}));
 }
 
 void tst_JobListModel::showsAJobThatWasAdded()
@@ -148,7 +146,8 @@ void tst_JobListModel::asksOnceForManyNotifications()
     QTRY_COMPARE(world.model.rowCount(), 1);
     world.service.clearRequests();
     QSignalSpy heard(&world.facade, &TrovekQt::jobChanged);
-    // The facade delivers one notification a turn; from the first to the last of these no turn ends.
+    // The facade delivers one notification a turn; from the first to the last of these no turn
+    // ends.
     for (int i = 0; i < 3; ++i)
         emit world.facade.jobChanged(7);
     QCOMPARE(heard.count(), 3);
@@ -163,12 +162,11 @@ void tst_JobListModel::showsHowAJobEnded_data()
     QTest::addColumn<QString>("stage");
     QTest::addColumn<QString>("progress");
 
-    QTest::newRow("ended") << 0 << QString() << QStringLiteral("Printed")
-                           << QStringLiteral("100%");
+    QTest::newRow("ended") << 0 << QString() << QStringLiteral("Printed") << QStringLiteral("100%");
     QTest::newRow("failed") << 1 << QStringLiteral("Too big") << QStringLiteral("Failed: Too big")
                             << QStringLiteral("30%");
-    QTest::newRow("failed without a word") << 1 << QString() << QStringLiteral("Failed")
-                                           << QStringLiteral("30%");
+    QTest::newRow("failed without a word")
+        << 1 << QString() << QStringLiteral("Failed") << QStringLiteral("30%");
     QTest::newRow("canceled") << 2 << QString() << QStringLiteral("Canceled")
                               << QStringLiteral("30%");
 }
@@ -305,8 +303,10 @@ void tst_JobListModel::keepsAnOddNameAsItIs()
     world.add(7, "<b>%1 &x");
     QTRY_COMPARE(world.model.rowCount(), 1);
     QCOMPARE(world.text(0, JobListModel::NameColumn), QStringLiteral("<b>%1 &x"));
-    QVERIFY(world.model.index(0, 0).data(Qt::ToolTipRole).toString().contains(
-        QStringLiteral("&lt;b&gt;%1 &amp;x")));
+    QVERIFY(world.model.index(0, 0)
+                .data(Qt::ToolTipRole)
+                .toString()
+                .contains(QStringLiteral("&lt;b&gt;%1 &amp;x")));
 }
 
 void tst_JobListModel::marksRunningJobsWithoutALink()
@@ -365,8 +365,7 @@ void tst_JobListModel::losesJobsThatTheServiceForgot()
     QTRY_COMPARE(concluded.count(), 1);
     QCOMPARE(world.model.conclusion(0), JobFailed);
     QCOMPARE(world.text(0, JobListModel::StageColumn),
-             QStringLiteral(
-                 "Failed: The background service was restarted and has lost this job."));
+             QStringLiteral("Failed: The background service was restarted and has lost this job."));
 }
 
 void tst_JobListModel::ignoresAnUnknownJob()

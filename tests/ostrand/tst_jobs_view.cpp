@@ -21,7 +21,8 @@ using namespace trovek;
 
 namespace {
 
-struct World {
+struct World
+{
     ScriptedService service;
     TrovekQt facade;
     JobListModel model{facade};
@@ -57,7 +58,8 @@ struct World {
 };
 
 /** Presses the button of the next message box; remembers its texts. */
-struct Answer {
+struct Answer
+{
     QTimer timer;
     QString heading;
     QString body;

@@ -26,7 +26,8 @@ namespace {
 
 constexpr char kLogUnit[] = "tests\\ostrand\\log_view";
 
-struct World {
+struct World
+{
     QTemporaryDir folder;
     QSettings settings{folder.filePath(QStringLiteral("host.ini")), QSettings::IniFormat};
     LogModel model{20};
@@ -81,7 +82,8 @@ void tst_LogView::showsEntriesAsTheyCome()
                                     QAbstractItemModelTester::FailureReportingMode::QtTest);
     TROVEK_LOG(1) << "first" << std::endl;
     TROVEK_LOG(0) << "second" << std::endl;
-    QTRY_COMPARE(world.messages(), QStringList({QStringLiteral("first"), QStringLiteral("second")}));
+    QTRY_COMPARE(world.messages(),
+                 QStringList({QStringLiteral("first"), QStringLiteral("second")}));
     QCOMPARE(world.shown().index(0, LogModel::SeverityColumn).data().toString(),
              QStringLiteral("Progress"));
     QCOMPARE(world.shown().index(1, LogModel::SeverityColumn).data().toString(),

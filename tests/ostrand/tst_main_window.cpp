@@ -42,8 +42,7 @@ public:
     TestSource(ScriptedService& service, bool own)
         : m_service(service)
         , m_own(own)
-    {
-    }
+    {}
 
     Address address() override { return m_service.address(); }
     QString description() const override { return QStringLiteral("the test"); }
@@ -59,7 +58,8 @@ private:
     const bool m_own;
 };
 
-struct World {
+struct World
+{
     ScriptedService service;
     QTemporaryDir folder;
     QSettings settings{folder.filePath(QStringLiteral("host.ini")), QSettings::IniFormat};
@@ -67,7 +67,9 @@ struct World {
     LogModel log;
     ServiceLink link;
     std::map<int, QString> pending;
-    ExportWatch exports{facade, [this] { return pending; }};
+    ExportWatch exports{facade, [this] {
+                            return pending;
+                        }};
     std::unique_ptr<MainWindow> window;
 
     explicit World(bool own = false)
@@ -98,10 +100,7 @@ struct World {
         return path;
     }
 
-    QAction& action(const char* name)
-    {
-        return *window->findChild<QAction*>(QLatin1String(name));
-    }
+    QAction& action(const char* name) { return *window->findChild<QAction*>(QLatin1String(name)); }
 
     QPushButton& makeButton()
     {
@@ -127,7 +126,8 @@ struct World {
 };
 
 /** Answers message boxes by the label of a button, and remembers their headings. */
-struct Answer {
+struct Answer
+{
     QTimer timer;
     QStringList headings;
 
@@ -436,9 +436,8 @@ void tst_MainWindow::aNoticeCanBeClosed()
     world.show();
     world.loseLink();
     QTRY_VERIFY(world.window->notice().isVisible());
-    QTest::mouseClick(
-        world.window->notice().findChild<QWidget*>(QStringLiteral("noticeClose")),
-        Qt::LeftButton);
+    QTest::mouseClick(world.window->notice().findChild<QWidget*>(QStringLiteral("noticeClose")),
+                      Qt::LeftButton);
     QVERIFY(!world.window->notice().isVisible());
     // It stays closed until something new happens.
     QSignalSpy states(&world.link, &ServiceLink::stateChanged);
@@ -606,9 +605,9 @@ void tst_MainWindow::survivesALossWhileMaking()
     world.window->make();
     world.service.dropConnectionOn("print");
     Answer answer(QStringLiteral("&OK"));
-    QTest::mouseClick(world.window->makeDialog()->findChild<QPushButton*>(
-                          QStringLiteral("mainButton")),
-                      Qt::LeftButton);
+    QTest::mouseClick(
+        world.window->makeDialog()->findChild<QPushButton*>(QStringLiteral("mainButton")),
+        Qt::LeftButton);
     QTRY_COMPARE(answer.headings.size(), 1);
     QTRY_COMPARE(world.link.state(), ServiceLink::Connected);
     QVERIFY(world.window->makeDialog());

@@ -43,10 +43,10 @@ void tst_Options::nothingGivenMeansTheOwnServiceInTheStandardPlaces()
 
 void tst_Options::readsEveryOption()
 {
-    const Options own = parse({QStringLiteral("--settings"), QStringLiteral("a b.ini"),
-                               QStringLiteral("--state=dir"), QStringLiteral("--machines"),
-                               QStringLiteral("m.json"), QStringLiteral("--time-scale"),
-                               QStringLiteral("2.5")});
+    const Options own =
+        parse({QStringLiteral("--settings"), QStringLiteral("a b.ini"),
+               QStringLiteral("--state=dir"), QStringLiteral("--machines"),
+               QStringLiteral("m.json"), QStringLiteral("--time-scale"), QStringLiteral("2.5")});
     QCOMPARE(own.settingsFile, QStringLiteral("a b.ini"));
     QCOMPARE(own.stateDir, QStringLiteral("dir"));
     QCOMPARE(own.machinesFile, QStringLiteral("m.json"));
@@ -81,8 +81,8 @@ void tst_Options::tourAndGallery()
 
 void tst_Options::helpAndVersionNeedNothingElse()
 {
-    QVERIFY(parse({QStringLiteral("--help"), QStringLiteral("--tour"), QStringLiteral("x")})
-                .showHelp);
+    QVERIFY(
+        parse({QStringLiteral("--help"), QStringLiteral("--tour"), QStringLiteral("x")}).showHelp);
     QVERIFY(parse({QStringLiteral("-h")}).showHelp);
     QVERIFY(parse({QStringLiteral("--version")}).showVersion);
 }
@@ -138,8 +138,8 @@ void tst_Options::helpNamesEveryOption()
 {
     const QString help = optionsHelp();
     for (const char* option :
-         {"--help", "--version", "--service", "--token-file", "--settings", "--state",
-          "--machines", "--time-scale", "--file", "--tour", "--gallery", "--dark"})
+         {"--help", "--version", "--service", "--token-file", "--settings", "--state", "--machines",
+          "--time-scale", "--file", "--tour", "--gallery", "--dark"})
         QVERIFY2(help.contains(QLatin1String(option)), option);
 }
 

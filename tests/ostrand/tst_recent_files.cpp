@@ -9,7 +9,8 @@ using namespace ostrand;
 
 namespace {
 
-struct World {
+struct World
+{
     QTemporaryDir folder;
     QSettings settings{folder.filePath(QStringLiteral("host.ini")), QSettings::IniFormat};
 
@@ -71,8 +72,8 @@ void tst_RecentFiles::aFileStandsThereOnce()
     RecentFiles menu(world.settings);
     menu.add(world.path(QStringLiteral("a.gcode")));
     menu.add(world.path(QStringLiteral("b.gcode")));
-    menu.add(world.path(QStringLiteral("./a.gcode")).replace(QStringLiteral("/./"),
-                                                             QStringLiteral("/")));
+    menu.add(world.path(QStringLiteral("./a.gcode"))
+                 .replace(QStringLiteral("/./"), QStringLiteral("/")));
     QCOMPARE(menu.files(), QStringList({world.path(QStringLiteral("a.gcode")),
                                         world.path(QStringLiteral("b.gcode"))}));
 }

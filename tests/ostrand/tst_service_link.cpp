@@ -23,8 +23,7 @@ class TestSource : public ServiceSource
 public:
     explicit TestSource(ScriptedService& service)
         : m_service(service)
-    {
-    }
+    {}
 
     Address address() override { return m_service.address(); }
     QString description() const override { return QStringLiteral("the test"); }
@@ -45,7 +44,8 @@ private:
     ScriptedService& m_service;
 };
 
-struct World {
+struct World
+{
     ScriptedService service;
     TrovekQt facade;
     TestSource* source = new TestSource(service);

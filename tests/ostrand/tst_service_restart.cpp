@@ -78,15 +78,16 @@ QByteArray longGCode(int layers)
         code += "G1 Z" + QByteArray::number(0.1 + 100.0 * layer / layers, 'f', 3) + " F600\n";
         for (const char* corner : {"X60 Y40", "X100 Y40", "X100 Y80", "X60 Y80"}) {
             extruded += 0.01;
-            code += QByteArray("G1 ") + corner + " E" + QByteArray::number(extruded, 'f', 3)
-                    + " F1200\n";
+            code += QByteArray("G1 ") + corner + " E" + QByteArray::number(extruded, 'f', 3) +
+                    " F1200\n";
         }
     }
     return code;
 }
 
 /** Types a path into the save dialog that comes, and accepts; a message fails the test. */
-struct SaveAs {
+struct SaveAs
+{
     QTimer timer;
 
     explicit SaveAs(const QString& path = QString())
@@ -157,15 +158,13 @@ void tst_ServiceRestart::theHostRecoversAndNamesTheLostExport()
     QTest::mouseClick(
         window.makeDialog()->findChild<QAbstractButton*>(QStringLiteral("exportRadio")),
         Qt::LeftButton);
-    auto* exportButton =
-        window.makeDialog()->findChild<QPushButton*>(QStringLiteral("mainButton"));
+    auto* exportButton = window.makeDialog()->findChild<QPushButton*>(QStringLiteral("mainButton"));
     QTRY_COMPARE(exportButton->text(), QStringLiteral("Export!"));
     {
         const SaveAs save(destination);
         QTest::mouseClick(exportButton, Qt::LeftButton);
     }
-    QCOMPARE(ExportJobMover::instance(host.facade()).unfinishedExports(),
-             QStringList(destination));
+    QCOMPARE(ExportJobMover::instance(host.facade()).unfinishedExports(), QStringList(destination));
 
     daemon.kill();
     QTRY_COMPARE_WITH_TIMEOUT(host.link().state(), ServiceLink::Waiting, kSlow);
@@ -189,8 +188,8 @@ void tst_ServiceRestart::theHostRecoversAndNamesTheLostExport()
                       Qt::LeftButton);
     const auto isRunningAgain = [&] {
         const int last = window.jobs().rowCount() - 1;
-        return window.jobs().conclusion(last) == JobNotConcluded
-               && window.jobs().index(last, 0).data(JobListModel::IDRole).toInt() > print;
+        return window.jobs().conclusion(last) == JobNotConcluded &&
+               window.jobs().index(last, 0).data(JobListModel::IDRole).toInt() > print;
     };
     QTRY_VERIFY_WITH_TIMEOUT(isRunningAgain(), kSlow);
 }

@@ -25,14 +25,16 @@ Json::Value machine(const char* name, const char* type, bool pluggedIn)
     return value;
 }
 
-struct World {
+struct World
+{
     ScriptedService service;
     TrovekQt facade;
     SimulateMenu menu{facade};
 
     void offer(const Json::Value& machines)
     {
-        service.onRequest("simulated_machines", [machines](const Json::Value&) { return machines; });
+        service.onRequest("simulated_machines",
+                          [machines](const Json::Value&) { return machines; });
     }
 
     QStringList texts() const

@@ -19,7 +19,8 @@ private slots:
     void namesItsVersionWithoutADisplay();
 
 private:
-    struct Run {
+    struct Run
+    {
         int status;
         QString output;
         QString errors;
@@ -60,9 +61,9 @@ void tst_Tour::printsAndExportsEachFile()
 {
     QTemporaryDir folder;
     const QString out = folder.filePath(QStringLiteral("out"));
-    const Run tour = run(folder, {QStringLiteral("--tour"), out, QStringLiteral("--file"),
-                                  data("cube_single.gcode"), QStringLiteral("--file"),
-                                  data("cube_dual.gcode")});
+    const Run tour =
+        run(folder, {QStringLiteral("--tour"), out, QStringLiteral("--file"),
+                     data("cube_single.gcode"), QStringLiteral("--file"), data("cube_dual.gcode")});
     QVERIFY2(tour.status == 0, qPrintable(tour.output + tour.errors));
     const QDir exports(out + QStringLiteral("/exports"));
     QCOMPARE(exports.entryList(QDir::Files, QDir::Name),
@@ -71,9 +72,8 @@ void tst_Tour::printsAndExportsEachFile()
                           QStringLiteral("cube_single.s3g"), QStringLiteral("cube_single.x3g")}));
     for (const QFileInfo& exported : exports.entryInfoList(QDir::Files)) {
         QVERIFY2(exported.size() > 1000, qPrintable(exported.fileName()));
-        QVERIFY(tour.output.contains(QStringLiteral("exported %1, %2 bytes")
-                                         .arg(exported.filePath())
-                                         .arg(exported.size())));
+        QVERIFY(tour.output.contains(
+            QStringLiteral("exported %1, %2 bytes").arg(exported.filePath()).arg(exported.size())));
     }
     const QStringList pictures =
         QDir(out).entryList({QStringLiteral("*.png")}, QDir::Files, QDir::Name);
@@ -101,9 +101,9 @@ void tst_Tour::leavesTheUsersSettingsAlone()
 void tst_Tour::tellsByItsExitStatusThatAFileIsMissing()
 {
     QTemporaryDir folder;
-    const Run tour = run(folder, {QStringLiteral("--tour"), folder.filePath(QStringLiteral("out")),
-                                  QStringLiteral("--file"),
-                                  folder.filePath(QStringLiteral("none.gcode"))});
+    const Run tour =
+        run(folder, {QStringLiteral("--tour"), folder.filePath(QStringLiteral("out")),
+                     QStringLiteral("--file"), folder.filePath(QStringLiteral("none.gcode"))});
     QCOMPARE(tour.status, 1);
     QVERIFY2(tour.output.contains(QStringLiteral("FAILED: ")), qPrintable(tour.output));
 }
