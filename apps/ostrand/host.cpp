@@ -8,6 +8,7 @@
 #include "service_link.h"
 
 #include <trovek-ui/export_job_mover.h>
+#include <trovek-ui/file_system.h>
 #include <trovek-ui/trovekhandle.h>
 
 #include <trovek/log.h>
@@ -110,6 +111,12 @@ Host::~Host()
     m_handle->operator->()->disconnectFromDaemon();
     m_link.reset();
     m_handle.reset();
+    try {
+        // What the exports left on their way; nobody needs it any more.
+        trovek::TemporaryDir::cleanManagedDirectories();
+    } catch (const std::exception& e) {
+        TROVEK_LOG(0) << e.what() << std::endl;
+    }
     m_log.reset();
     if (m_logFile)
         trovek::removeLogSink(m_logFile);

@@ -2,6 +2,7 @@
 #include <QFile>
 #include <QImage>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -12,7 +13,7 @@ class tst_Tour : public QObject
 
 private slots:
     void printsAndExportsEachFile();
-    void leavesTheUsersSettingsAlone();
+    void leavesNothingBehind();
     void tellsByItsExitStatusThatAFileIsMissing();
     void tellsWhyAFileCannotBeMade();
     void refusesAWrongCommandLine();
@@ -37,6 +38,8 @@ private:
         environment.insert(QStringLiteral("XDG_CONFIG_HOME"), folder.filePath(QStringLiteral("c")));
         environment.insert(QStringLiteral("XDG_DATA_HOME"), folder.filePath(QStringLiteral("d")));
         environment.remove(QStringLiteral("XDG_RUNTIME_DIR"));
+        QDir(folder.path()).mkpath(QStringLiteral("t"));
+        environment.insert(QStringLiteral("TMPDIR"), folder.filePath(QStringLiteral("t")));
         program.setProcessEnvironment(environment);
         program.start(QStringLiteral(OSTRAND_PROGRAM), arguments);
         program.closeWriteChannel();
@@ -86,13 +89,18 @@ void tst_Tour::printsAndExportsEachFile()
     QVERIFY(tour.output.contains(QStringLiteral("  printed cube_dual.gcode to the end\n")));
 }
 
-void tst_Tour::leavesTheUsersSettingsAlone()
+void tst_Tour::leavesNothingBehind()
 {
     QTemporaryDir folder;
     QTemporaryDir home;
     const Run tour = run(home, {QStringLiteral("--tour"), folder.path(), QStringLiteral("--file"),
                                 data("cube_single.gcode")});
     QVERIFY2(tour.status == 0, qPrintable(tour.output + tour.errors));
+    // Nor is anything left in the folder for temporary files.
+    QStringList left = QDir(home.filePath(QStringLiteral("t")))
+                           .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    left = left.filter(QRegularExpression(QStringLiteral("^(?!runtime-)")));
+    QVERIFY2(left.isEmpty(), qPrintable(left.join(QLatin1Char(' '))));
     QVERIFY(!QFile::exists(home.filePath(QStringLiteral("c/Orvane"))));
     QVERIFY(!QFile::exists(home.filePath(QStringLiteral("d/Orvane"))));
     QVERIFY(!QFile::exists(home.filePath(QStringLiteral("d/trovek"))));
