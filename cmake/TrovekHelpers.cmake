@@ -81,5 +81,15 @@ function(trovek_add_test name)
   set_tests_properties(${name} PROPERTIES
     TIMEOUT ${arg_TIMEOUT}
     LABELS "${arg_LABELS}"
-    ENVIRONMENT "QT_QPA_PLATFORM=${platform};LC_ALL=C.UTF-8;QT_LOGGING_RULES=qt.qpa.*=false;ASAN_OPTIONS=detect_leaks=1:fast_unwind_on_malloc=0;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/lsan.supp:print_suppressions=0")
+    ENVIRONMENT "QT_QPA_PLATFORM=${platform};LC_ALL=C.UTF-8;QT_LOGGING_RULES=qt.qpa.*=false")
+  if(TROVEK_SANITIZE)
+    # Whole stacks tell the toolkit's own leaks from ours, but cost minutes where much is allocated.
+    set(unwinding 1)
+    if(arg_LINK MATCHES "trovek-ui|ostrand-lib")
+      set(unwinding 0)
+    endif()
+    set_property(TEST ${name} APPEND PROPERTY ENVIRONMENT
+      ASAN_OPTIONS=fast_unwind_on_malloc=${unwinding}
+      LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/lsan.supp:print_suppressions=0)
+  endif()
 endfunction()
