@@ -83,6 +83,8 @@ function(trovek_add_test name)
     LABELS "${arg_LABELS}"
     ENVIRONMENT "QT_QPA_PLATFORM=${platform};LC_ALL=C.UTF-8;QT_LOGGING_RULES=qt.qpa.*=false")
   if(TROVEK_SANITIZE)
+    math(EXPR arg_TIMEOUT "${arg_TIMEOUT} * 4")
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT})
     # Whole stacks tell the toolkit's own leaks from ours, but cost minutes where much is allocated.
     set(unwinding 1)
     if(arg_LINK MATCHES "trovek-ui|ostrand-lib")
