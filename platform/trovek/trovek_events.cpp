@@ -3,7 +3,6 @@
 #include "trovek/log.h"
 #include "trovek/wire.h"
 
-#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
@@ -63,7 +62,7 @@ void Trovek::Private::printerAdded(const Json::Value& params)
         callHook("printerChanged", [&] { m_trovek.emitPrinterChanged(printer); });
         return;
     }
-    m_printers.push_back(printer);
+    m_printers.add(printer);
     announce(printer);
 }
 
@@ -115,7 +114,7 @@ void Trovek::Private::portDetached(const Port& port)
 
 void Trovek::Private::announce(Printer* printer)
 {
-    m_announcedPrinters.push_back(printer);
+    m_announcedPrinters.add(printer);
     callHook("printerAdded", [&] { m_trovek.emitPrinterAdded(printer); });
 }
 
@@ -146,13 +145,6 @@ Printer* Trovek::Private::update(Printer::Data data)
         data.portName = printer->m_data.portName;
     printer->m_data = std::move(data);
     return printer.get();
-}
-
-Printer* Trovek::Private::findPresent(const MachineName& key) const
-{
-    const auto hasKey = [&key](const Printer* printer) { return printer->key() == key; };
-    const auto it = std::find_if(m_printers.begin(), m_printers.end(), hasKey);
-    return it == m_printers.end() ? nullptr : *it;
 }
 
 void Trovek::Private::markGone(Printer* printer)

@@ -118,8 +118,7 @@ void Trovek::Private::adoptSnapshot(const Json::Value& snapshot)
     const Json::Value& ports = listMember(snapshot, "ports");
     const Json::Value& printers = listMember(snapshot, "printers");
     ++m_link;
-    std::list<Printer*> gone;
-    std::swap(gone, m_printers);
+    PresentPrinters gone = std::exchange(m_printers, {});
     m_ports.clear();
 
     for (const Json::Value& value : ports) {
@@ -137,13 +136,13 @@ void Trovek::Private::adoptSnapshot(const Json::Value& snapshot)
             gone.remove(printer);
             if (findPresent(printer->key()))
                 continue;
-            m_printers.push_back(printer);
+            m_printers.add(printer);
             enqueue(m_link, [this, printer] { announce(printer); });
         } catch (const std::exception& e) {
             TROVEK_LOG(0) << "Printer left out: " << e.what() << std::endl;
         }
     }
-    for (Printer* const printer : gone)
+    for (Printer* const printer : gone.list())
         markGone(printer);
 }
 
@@ -165,7 +164,8 @@ void Trovek::Private::endLink()
 
     const auto fromThisLink = [this](const Event& event) { return event.link == m_link; };
     m_events.erase(std::remove_if(m_events.begin(), m_events.end(), fromThisLink), m_events.end());
-    for (Printer* const printer : std::exchange(m_announcedPrinters, {})) {
+    const PresentPrinters announced = std::exchange(m_announcedPrinters, {});
+    for (Printer* const printer : announced.list()) {
         enqueue(0, [this, printer, link = m_link] {
             if (link == m_link) {
                 m_printers.remove(printer);
@@ -184,7 +184,7 @@ void Trovek::Private::endLink()
     enqueue(0, [this, link = m_link] {
         if (link == m_link) {
             // What was never announced goes without a word.
-            for (Printer* const printer : m_printers)
+            for (Printer* const printer : m_printers.list())
                 markGone(printer);
             m_printers.clear();
             m_ports.clear();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "present_printers.h"
 #include "trovek/trovek.h"
 
 #include <rpcwire/peer.h>
@@ -39,10 +40,10 @@ public:
     void request(const std::string& method, const Json::Value& params,
                  rpcwire::Peer::AnswerHandler handler);
 
-    const std::list<Printer*>& printers() const { return m_printers; }
+    const std::list<Printer*>& printers() const { return m_printers.list(); }
     const std::set<Port>& ports() const { return m_ports; }
     /** Null when it is not there now. */
-    Printer* findPresent(const MachineName& key) const;
+    Printer* findPresent(const MachineName& key) const { return m_printers.find(key); }
     const std::string& serviceVersion() const { return m_serviceVersion; }
     quint64 callCount() const { return m_callCount; }
     void setDeadlineScale(double scale) { m_deadlineScale = scale; }
@@ -96,10 +97,10 @@ private:
 
     /** Every machine ever seen: pointers to them never dangle. */
     std::map<MachineName, std::unique_ptr<Printer>> m_known;
-    std::list<Printer*> m_printers;
+    PresentPrinters m_printers;
     std::set<Port> m_ports;
     /** What the hooks have announced and not withdrawn. */
-    std::list<Printer*> m_announcedPrinters;
+    PresentPrinters m_announcedPrinters;
     std::set<Port> m_announcedPorts;
 };
 
