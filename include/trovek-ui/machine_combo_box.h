@@ -18,6 +18,9 @@ class TrovekQt;
 /**
  * A combo box of the service's machines, see MachineListModel. Disabled while there are none.
  *
+ * When the selected machine goes away nothing is selected until the user chooses another, unless it
+ * was the last: then the first that comes is selected.
+ *
  * A label's buddy and a tab order may name this widget: the inner combo box takes its focus.
  */
 class TROVEK_UI_EXPORT MachineComboBox : public QWidget
@@ -55,6 +58,7 @@ protected slots:
     void handleSelection(int index);
 
 private:
+    void deselectIfGone();
     void updateEnabled();
 
     MachineListModel* const m_model;

@@ -17,6 +17,9 @@ MachineComboBox::MachineComboBox(TrovekQt& trovekQt, QWidget* parent)
     , m_comboBox(new QComboBox(this))
 {
     m_comboBox->setObjectName(QStringLiteral("machines"));
+    // Before the combo box, which would select a neighbour when it hears the same.
+    connect(m_model, &MachineListModel::rowsAboutToBeRemoved, this,
+            &MachineComboBox::deselectIfGone);
     m_comboBox->setModel(m_model);
     // Machines come while the dialog is open, and their names are not all as long.
     m_comboBox->setSizeAdjustPolicy(QComboBox::AdjustToContents);
@@ -110,6 +113,13 @@ void MachineComboBox::handleSelection(int index)
 {
     updateEnabled();
     emit machineSelected(m_model->machineAt(m_model->index(index, 0)));
+}
+
+// Whoever prints without looking again would otherwise do so on another machine.
+void MachineComboBox::deselectIfGone()
+{
+    if (machine() == nullptr)
+        m_comboBox->setCurrentIndex(-1);
 }
 
 void MachineComboBox::updateEnabled()

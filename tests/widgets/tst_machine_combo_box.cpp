@@ -86,6 +86,8 @@ private slots:
     void forwardsToItsModel();
     void keepsTheSelectionWhenAnotherGoes();
     void tellsWhenTheSelectedOneGoes();
+    void selectsNoNeighbourOfOneThatGoes_data();
+    void selectsNoNeighbourOfOneThatGoes();
     void takesTheFocusForItsInnerBox();
     void isReachedByALabelsMnemonic();
     void mayBeQueuedAndSpiedOn();
@@ -316,6 +318,41 @@ void tst_MachineComboBox::tellsWhenTheSelectedOneGoes()
     world.service.addPrinter(ScriptedService::machine("b", Printer::Fabrino2));
     QTRY_VERIFY(box.isEnabled());
     QCOMPARE(selections.names, words({"none", "b"}));
+}
+
+void tst_MachineComboBox::selectsNoNeighbourOfOneThatGoes_data()
+{
+    QTest::addColumn<QByteArray>("key");
+
+    QTest::newRow("the first") << QByteArray("a");
+    QTest::newRow("in the middle") << QByteArray("b");
+    QTest::newRow("the last") << QByteArray("c");
+}
+
+void tst_MachineComboBox::selectsNoNeighbourOfOneThatGoes()
+{
+    TestLog log;
+    QFETCH(QByteArray, key);
+    World world{ScriptedService::machine("a", Printer::Fabrino2),
+                ScriptedService::machine("b", Printer::Fabrino2),
+                ScriptedService::machine("c", Printer::Fabrino2)};
+    MachineComboBox box(world.facade);
+    box.select(world.printer(key));
+    const Selections selections(box);
+
+    world.service.removePrinter(key.toStdString());
+    QTRY_COMPARE(box.machines().size(), 2);
+    QVERIFY(box.machine() == nullptr);
+    QCOMPARE(selections.names, words({"none"}));
+    QVERIFY(box.isEnabled());
+
+    // Nor when another comes; the choice is the user's.
+    world.service.addPrinter(ScriptedService::machine("d", Printer::Fabrino2));
+    QTRY_COMPARE(box.machines().size(), 3);
+    QVERIFY(box.machine() == nullptr);
+    box.show();
+    QTest::keyClick(&innerBox(box), Qt::Key_Down);
+    QCOMPARE(nameOf(box.machine()), nameOf(box.machines().first()));
 }
 
 void tst_MachineComboBox::takesTheFocusForItsInnerBox()
