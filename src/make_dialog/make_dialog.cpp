@@ -70,6 +70,9 @@ void reportStartError(QWidget* parent)
     } catch (const std::exception& error) {
         TROVEK_LOG(0) << error.what() << std::endl;
         message::FailedToStartPrint(parent).exec();
+    } catch (...) {
+        TROVEK_LOG(0) << "Something was thrown that is no exception" << std::endl;
+        message::FailedToStartPrint(parent).exec();
     }
 }
 
@@ -332,7 +335,7 @@ void MakeDialog::makeOrExport(const QString& inputFile)
     TROVEK_LOG(1) << "Make or export clicked" << std::endl;
     try {
         checkAndStart(inputFile);
-    } catch (const std::exception&) {
+    } catch (...) {
         reportStartError(self);
     }
     TROVEK_LOG(1) << "End of make/export" << std::endl;
@@ -439,7 +442,7 @@ int MakeDialog::startPrintPreviewSlice(const QString& outputPath)
     const QPointer<MakeDialog> self(this);
     try {
         return startPreview(outputPath);
-    } catch (const std::exception&) {
+    } catch (...) {
         reportStartError(self);
     }
     return Job::kInvalidID;

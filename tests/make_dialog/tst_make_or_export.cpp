@@ -63,6 +63,7 @@ private slots:
     void showsWhatTheServiceRefuses_data();
     void showsWhatTheServiceRefuses();
     void stopsWhenTheLinkBreaksInTheCall();
+    void tellsOfWhatIsNoException();
     void makesAfterAnErrorWasMended();
     void ignoresASecondClickWhileItRuns();
     void survivesItsEndInAMessage();
@@ -361,6 +362,25 @@ void tst_MakeOrExport::stopsWhenTheLinkBreaksInTheCall()
     QVERIFY(dialog.isVisible());
     QVERIFY(!m_facade.isConnected());
     QTRY_VERIFY(!dialog.machines()->isEnabled());
+}
+
+void tst_MakeOrExport::tellsOfWhatIsNoException()
+{
+    TestLog log;
+    log.expectError("Something was thrown that is no exception");
+    MakeWorld world(m_facade, {kMachine});
+    ModalDriver driver;
+    driver.expectMessage(kFailedToStartPrint);
+    PlainDialog dialog(world);
+    dialog.finalCheck = []() -> bool {
+        throw 7;
+    };
+
+    dialog.clickMain();
+
+    QVERIFY(dialog.isVisible());
+    QCOMPARE(MakeWorld::logOf(log, kUnit).mid(2),
+             flow({"Something was thrown that is no exception"}));
 }
 
 void tst_MakeOrExport::makesAfterAnErrorWasMended()
