@@ -10,8 +10,6 @@
 
 #include <initializer_list>
 #include <memory>
-#include <string>
-#include <vector>
 
 class QFormLayout;
 class QPushButton;
@@ -23,6 +21,7 @@ class MachineComboBox;
 class MachineName;
 class Printer;
 class TrovekQt;
+struct MakeRequest;
 
 /** True when there is any machine that can print. */
 TROVEK_UI_EXPORT bool testForPhysicalMachines(const TrovekQt& facade);
@@ -115,9 +114,7 @@ protected:
 
 private:
     class TROVEK_UI_NO_EXPORT Private;
-    struct TROVEK_UI_NO_EXPORT Request;
 
-    void buildWidgets();
     void selectInitially(const Printer* printer);
     void connectSignals();
 
@@ -125,11 +122,10 @@ private:
     bool checkConnection();
     void startMake(const MachineName& machine, const QString& inputFile);
     void startExport(const MachineName& machine, const QString& inputFile);
-    int startExportJob(const Request& request, const QString& destination, const QString& output);
     int startPreview(const QString& outputPath);
     const Printer& previewMachine() const;
     const Printer& machineOf(const MachineName& key) const;
-    Request makeRequest(const Printer& machine, const QString& inputFile);
+    MakeRequest makeRequest(const Printer& machine, const QString& inputFile);
 
     const std::unique_ptr<Private> d;
 };

@@ -2,30 +2,28 @@
 
 #include "make_dialog/export_files.h"
 #include "make_dialog/length_validator.h"
+#include "make_dialog/make_dialog_form.h"
+#include "make_dialog/make_request.h"
 
 #include "trovek-ui/export_job_mover.h"
 #include "trovek-ui/machine_combo_box.h"
 #include "trovek-ui/messages.h"
 #include "trovek-ui/trovekqt.h"
-#include "trovek-ui/util.h"
 
 #include <trovek/log.h>
 #include <trovek/text.h>
 #include <trovek/wire.h>
 
-#include <QButtonGroup>
 #include <QCoreApplication>
 #include <QDir>
 #include <QEvent>
 #include <QFileInfo>
 #include <QFormLayout>
-#include <QFrame>
 #include <QLabel>
 #include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSettings>
-#include <QVBoxLayout>
 
 #include <algorithm>
 #include <exception>
@@ -56,6 +54,15 @@ bool isPrintQueued(const JsonRpcException& error)
            data["name"].asString() == wire::error::kPrintQueued;
 }
 
+/** Shows a message; its box does not stay, also not without a parent. */
+template <typename Notice>
+void tell(QWidget* parent)
+{
+    Notice notice(parent);
+    notice.exec();
+    delete notice.box();
+}
+
 /** Logs the exception that is being handled and shows what a user can know of it. */
 void reportStartError(QWidget* parent)
 {
@@ -64,15 +71,15 @@ void reportStartError(QWidget* parent)
     } catch (const JsonRpcException& error) {
         TROVEK_LOG(0) << error.message() << std::endl;
         if (isPrintQueued(error))
-            message::PrinterIsBusy(parent).exec();
+            tell<message::PrinterIsBusy>(parent);
         else
-            message::GenericTrovekError(parent).exec();
+            tell<message::GenericTrovekError>(parent);
     } catch (const std::exception& error) {
         TROVEK_LOG(0) << error.what() << std::endl;
-        message::FailedToStartPrint(parent).exec();
+        tell<message::FailedToStartPrint>(parent);
     } catch (...) {
         TROVEK_LOG(0) << "Something was thrown that is no exception" << std::endl;
-        message::FailedToStartPrint(parent).exec();
+        tell<message::FailedToStartPrint>(parent);
     }
 }
 
@@ -93,28 +100,10 @@ public:
     const QString inputFile;
     QSettings* const settings;
     const QString defaultExportDir;
+    MakeDialogForm form;
 
-    QPushButton* mainButton = nullptr;
-    QPushButton* cancelButton = nullptr;
-    QFormLayout* formLayout = nullptr;
-    QRadioButton* makeRadio = nullptr;
-    QRadioButton* exportRadio = nullptr;
-    QLabel* machineLabel = nullptr;
-    MachineComboBox* machineCombo = nullptr;
-
-    /** Alive while a make or an export runs; what runs holds it, so that it may outlive the dialog.
-     */
+    /** Alive while a make or an export runs, which holds it and may outlive the dialog. */
     std::weak_ptr<void> run;
-};
-
-/** What print(), printToFile() and slice() have in common. */
-struct MakeDialog::Request
-{
-    MachineName machine;
-    std::string inputFile;
-    SlicerConfiguration configuration;
-    std::vector<std::string> materials;
-    bool skipStartEndCode;
 };
 
 bool testForPhysicalMachines(const TrovekQt& facade)
@@ -137,87 +126,37 @@ MakeDialog::MakeDialog(TrovekQt& facade, const QString& inputFile, QSettings* se
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     setWindowTitle(QStringLiteral(" "));
 
-    buildWidgets();
-    d->machineCombo->setShowCboArchetypes(showCboArchetypes);
+    d->form.build(facade, this);
+    d->form.machineCombo->setShowCboArchetypes(showCboArchetypes);
     if (printer != nullptr)
         selectInitially(printer);
     connectSignals();
     MakeDialog::sanitize();
     // Only now are archetypes listed when there is nothing else.
     if (printer == nullptr)
-        d->machineCombo->select(d->settings->value(kPrinterKey).toString());
+        d->form.machineCombo->select(d->settings->value(kPrinterKey).toString());
     TROVEK_LOG(1) << "MakeDialog construction finished" << std::endl;
 }
 
 MakeDialog::~MakeDialog() = default;
 
-void MakeDialog::buildWidgets()
-{
-    auto* const frame = new QFrame(this);
-    frame->setObjectName(QStringLiteral("frame"));
-    frame->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
-
-    d->makeRadio = new QRadioButton(tr("Ma&ke It Now"), frame);
-    d->makeRadio->setObjectName(QStringLiteral("makeRadio"));
-    d->makeRadio->setToolTip(tr("Begin making when the \"Make It!\" button is pressed"));
-    d->makeRadio->setChecked(true);
-    d->exportRadio = new QRadioButton(tr("E&xport to a File"), frame);
-    d->exportRadio->setObjectName(QStringLiteral("exportRadio"));
-    d->exportRadio->setToolTip(tr("Export to a file to make via SD card"));
-    auto* const modes = new QButtonGroup(this);
-    modes->addButton(d->makeRadio);
-    modes->addButton(d->exportRadio);
-    auto* const modeRow = new QHBoxLayout;
-    modeRow->addWidget(d->makeRadio);
-    modeRow->addSpacing(12);
-    modeRow->addWidget(d->exportRadio);
-    modeRow->addStretch();
-
-    d->machineCombo = new MachineComboBox(d->facade, frame);
-    d->machineCombo->setObjectName(QStringLiteral("machineCombo"));
-    d->machineCombo->setToolTip(tr("The machine to build with"));
-    d->machineLabel = new QLabel(frame);
-    d->machineLabel->setObjectName(QStringLiteral("machineLabel"));
-    d->machineLabel->setBuddy(d->machineCombo);
-
-    d->formLayout = new QFormLayout(frame);
-    d->formLayout->addRow(tr("I want to:"), modeRow);
-    d->formLayout->addRow(d->machineLabel, d->machineCombo);
-
-    d->cancelButton = new QPushButton(tr("Cancel"), this);
-    d->cancelButton->setObjectName(QStringLiteral("cancelButton"));
-    d->mainButton = new QPushButton(this);
-    d->mainButton->setObjectName(QStringLiteral("mainButton"));
-    d->mainButton->setAutoDefault(true);
-    d->mainButton->setDefault(true);
-    d->mainButton->setFocus();
-    auto* const buttonRow = new QHBoxLayout;
-    buttonRow->addWidget(d->cancelButton, 1);
-    buttonRow->addWidget(d->mainButton, 2);
-
-    auto* const outerLayout = new QVBoxLayout(this);
-    outerLayout->setSizeConstraint(QLayout::SetFixedSize);
-    outerLayout->addWidget(frame);
-    outerLayout->addLayout(buttonRow);
-    ignoreWheelUnlessFocused(this);
-}
-
 void MakeDialog::selectInitially(const Printer* printer)
 {
-    d->machineCombo->toggleArchetypes(!printer->canPrint());
-    d->machineCombo->select(d->facade.printerFromKey(printer->key()));
-    const Printer* const selected = d->machineCombo->machine();
+    d->form.machineCombo->toggleArchetypes(!printer->canPrint());
+    d->form.machineCombo->select(d->facade.printerFromKey(printer->key()));
+    const Printer* const selected = d->form.machineCombo->machine();
     const bool canMake = selected != nullptr && selected->canPrint();
-    (canMake ? d->makeRadio : d->exportRadio)->setChecked(true);
+    (canMake ? d->form.makeRadio : d->form.exportRadio)->setChecked(true);
 }
 
 void MakeDialog::connectSignals()
 {
-    connect(d->makeRadio, &QRadioButton::toggled, this, &MakeDialog::requestSanitize);
-    connect(d->exportRadio, &QRadioButton::toggled, this, &MakeDialog::requestSanitize);
-    connect(d->machineCombo, &MachineComboBox::machineSelected, this, &MakeDialog::requestSanitize);
-    connect(d->cancelButton, &QPushButton::clicked, this, &MakeDialog::reject);
-    connect(d->mainButton, &QPushButton::clicked, this, &MakeDialog::makeOrExportRequested);
+    connect(d->form.makeRadio, &QRadioButton::toggled, this, &MakeDialog::requestSanitize);
+    connect(d->form.exportRadio, &QRadioButton::toggled, this, &MakeDialog::requestSanitize);
+    connect(d->form.machineCombo, &MachineComboBox::machineSelected, this,
+            &MakeDialog::requestSanitize);
+    connect(d->form.cancelButton, &QPushButton::clicked, this, &MakeDialog::reject);
+    connect(d->form.mainButton, &QPushButton::clicked, this, &MakeDialog::makeOrExportRequested);
     connect(&d->facade, &TrovekQt::connected, this, &MakeDialog::requestSanitize);
     connect(&d->facade, &TrovekQt::disconnected, this, &MakeDialog::requestSanitize);
     connect(&d->facade, &TrovekQt::printerAdded, this, &MakeDialog::requestSanitize);
@@ -241,28 +180,28 @@ QString MakeDialog::inputFile() const
 
 MachineComboBox& MakeDialog::machineComboBox() const
 {
-    return *d->machineCombo;
+    return *d->form.machineCombo;
 }
 
 QPushButton& MakeDialog::mainButton() const
 {
-    return *d->mainButton;
+    return *d->form.mainButton;
 }
 
 QFormLayout& MakeDialog::formLayout() const
 {
-    return *d->formLayout;
+    return *d->form.rows;
 }
 
 void MakeDialog::setRowTabOrder(std::initializer_list<QWidget*> rows)
 {
-    QWidget* last = d->machineCombo;
+    QWidget* last = d->form.machineCombo;
     for (QWidget* const row : rows) {
         setTabOrder(last, row);
         last = row;
     }
-    setTabOrder(last, d->cancelButton);
-    setTabOrder(d->cancelButton, d->mainButton);
+    setTabOrder(last, d->form.cancelButton);
+    setTabOrder(d->form.cancelButton, d->form.mainButton);
 }
 
 void MakeDialog::requestSanitize()
@@ -287,22 +226,22 @@ bool MakeDialog::event(QEvent* event)
 void MakeDialog::sanitize()
 {
     if (testForPhysicalMachines(d->facade)) {
-        d->makeRadio->setEnabled(true);
+        d->form.makeRadio->setEnabled(true);
     } else {
-        d->makeRadio->setEnabled(false);
-        d->exportRadio->setChecked(true);
+        d->form.makeRadio->setEnabled(false);
+        d->form.exportRadio->setChecked(true);
     }
 
-    if (d->makeRadio->isChecked()) {
-        if (d->machineCombo->archetypesEnabled())
-            d->machineCombo->toggleArchetypes(false);
-        d->machineLabel->setText(tr("Mak&e With:"));
-        d->mainButton->setText(tr("Make It!"));
-    } else if (d->exportRadio->isChecked()) {
-        if (!d->machineCombo->archetypesEnabled())
-            d->machineCombo->toggleArchetypes(true);
-        d->machineLabel->setText(tr("&Export For:"));
-        d->mainButton->setText(tr("Export!"));
+    if (d->form.makeRadio->isChecked()) {
+        if (d->form.machineCombo->archetypesEnabled())
+            d->form.machineCombo->toggleArchetypes(false);
+        d->form.machineLabel->setText(tr("Mak&e With:"));
+        d->form.mainButton->setText(tr("Make It!"));
+    } else if (d->form.exportRadio->isChecked()) {
+        if (!d->form.machineCombo->archetypesEnabled())
+            d->form.machineCombo->toggleArchetypes(true);
+        d->form.machineLabel->setText(tr("&Export For:"));
+        d->form.mainButton->setText(tr("Export!"));
     } else {
         throw std::runtime_error(kNoMode);
     }
@@ -310,7 +249,7 @@ void MakeDialog::sanitize()
 
 void MakeDialog::saveSettings()
 {
-    if (const Printer* const machine = d->machineCombo->machine())
+    if (const Printer* const machine = d->form.machineCombo->machine())
         d->settings->setValue(kPrinterKey, toQString(machine->key().name()));
 }
 
@@ -345,12 +284,12 @@ void MakeDialog::makeOrExport(const QString& inputFile)
 // link may go away: after one of them nothing of before is taken for granted.
 void MakeDialog::checkAndStart(const QString& inputFile)
 {
-    const Printer* const machine = d->machineCombo->machine();
+    const Printer* const machine = d->form.machineCombo->machine();
     if (!checkConnection())
         return;
     if (!QFileInfo::exists(inputFile)) {
         TROVEK_LOG(0) << "Input file does not exist" << std::endl;
-        message::FileNotFound(this).exec();
+        tell<message::FileNotFound>(this);
         return;
     }
     if (machine == nullptr) {
@@ -367,9 +306,9 @@ void MakeDialog::checkAndStart(const QString& inputFile)
     if (self.isNull() || !checkConnection())
         return;
 
-    if (d->makeRadio->isChecked())
+    if (d->form.makeRadio->isChecked())
         startMake(key, inputFile);
-    else if (d->exportRadio->isChecked())
+    else if (d->form.exportRadio->isChecked())
         startExport(key, inputFile);
     else
         throw std::runtime_error(kNoMode);
@@ -380,18 +319,17 @@ bool MakeDialog::checkConnection()
     if (d->facade.isConnected())
         return true;
     TROVEK_LOG(0) << "Trovek not connected" << std::endl;
-    message::TrovekNotConnected(this).exec();
+    tell<message::TrovekNotConnected>(this);
     return false;
 }
 
 void MakeDialog::startMake(const MachineName& key, const QString& inputFile)
 {
     const Printer& machine = machineOf(key);
-    const Request request = makeRequest(machine, inputFile);
+    const MakeRequest request = makeRequest(machine, inputFile);
     if (!machine.canPrintToFile())
         throw std::runtime_error("Make failed: printer is an archetype");
-    d->facade.print(request.machine, request.inputFile, request.configuration, request.materials,
-                    request.skipStartEndCode);
+    startPrint(d->facade, request);
     accept();
 }
 
@@ -414,27 +352,11 @@ void MakeDialog::startExport(const MachineName& key, const QString& inputFile)
     d->settings->setValue(kLastExportDirKey, QFileInfo(destination).absolutePath());
     d->settings->setValue(kExportFilterKey, chosen.filter.filterString());
 
-    const Request request = makeRequest(machine, inputFile);
+    const MakeRequest request = makeRequest(machine, inputFile);
     const QString output = createServiceOutput(QFileInfo(destination).fileName());
-    const int jobID = startExportJob(request, destination, output);
+    const int jobID = startExportJob(d->facade, request, QFileInfo(destination).suffix(), output);
     ExportJobMover::instance(d->facade).addExport(jobID, destination, output);
     accept();
-}
-
-int MakeDialog::startExportJob(const Request& request, const QString& destination,
-                               const QString& output)
-{
-    const std::string suffix = toStdString(QFileInfo(destination).suffix());
-    const std::string outputFile = toStdString(output);
-    if (suffix == "x3g" || suffix == "s3g")
-        return d->facade.printToFile(request.machine, request.inputFile, outputFile,
-                                     request.configuration, request.materials,
-                                     request.skipStartEndCode, suffix);
-    // The last flag of slice() asks for the code that the other operations leave out.
-    if (suffix == "gcode")
-        return d->facade.slice(request.machine, request.inputFile, outputFile,
-                               request.configuration, request.materials, !request.skipStartEndCode);
-    throw std::runtime_error("Export failed: invalid suffix " + suffix);
 }
 
 int MakeDialog::startPrintPreviewSlice(const QString& outputPath)
@@ -450,23 +372,20 @@ int MakeDialog::startPrintPreviewSlice(const QString& outputPath)
 
 int MakeDialog::startPreview(const QString& outputPath)
 {
-    const Request request = makeRequest(previewMachine(), d->inputFile);
-    // A preview shows what the machine's file holds without asking for more, so this flag stays.
-    const int jobID =
-        d->facade.slice(request.machine, request.inputFile, toStdString(outputPath),
-                        request.configuration, request.materials, request.skipStartEndCode);
+    const MakeRequest request = makeRequest(previewMachine(), d->inputFile);
+    const int jobID = startPreviewSlice(d->facade, request, outputPath);
     emit sliceFileStarted(jobID);
     return jobID;
 }
 
 const Printer& MakeDialog::previewMachine() const
 {
-    const Printer* const machine = d->machineCombo->machine();
+    const Printer* const machine = d->form.machineCombo->machine();
     if (machine == nullptr)
         throw std::runtime_error("Preview failed: no machine");
-    if (d->exportRadio->isChecked())
+    if (d->form.exportRadio->isChecked())
         return *machine;
-    if (!d->makeRadio->isChecked())
+    if (!d->form.makeRadio->isChecked())
         throw std::runtime_error(kNoMode);
     for (const Printer* const printer : d->facade.printers()) {
         if (printer->type() == machine->type() && !printer->canPrint())
@@ -483,7 +402,7 @@ const Printer& MakeDialog::machineOf(const MachineName& key) const
     return *machine;
 }
 
-MakeDialog::Request MakeDialog::makeRequest(const Printer& machine, const QString& inputFile)
+MakeRequest MakeDialog::makeRequest(const Printer& machine, const QString& inputFile)
 {
     saveSettings();
     std::vector<std::string> materials;

@@ -85,6 +85,8 @@ private slots:
     void tellsWhenTheDestinationCannotBeWritten();
     void proposesAShorterNameForTheMachine();
     void survivesItsEndInTheSaveDialog();
+    void survivesItsEndInTheQuestionForAShorterName();
+    void keepsNoMessages();
     void looksAgainAfterTheSaveDialog_data();
     void looksAgainAfterTheSaveDialog();
 
@@ -808,6 +810,48 @@ void tst_MakeOrExport::survivesItsEndInTheSaveDialog()
     QVERIFY(dialog.isNull());
     QCOMPARE(world.service.requests("print_to_file").size(), std::size_t(0));
     QCOMPARE(MakeWorld::logOf(log, kUnit).last(), QStringLiteral("End of make/export"));
+}
+
+void tst_MakeOrExport::survivesItsEndInTheQuestionForAShorterName()
+{
+    TestLog log;
+    MakeWorld world(m_facade, {kArchetype});
+    ModalDriver driver;
+    QPointer<PlainDialog> dialog = new PlainDialog(world);
+    driver.expectSaveDialog(world.path("a23456789012345678901234567.x3g"));
+    driver.expect([dialog](QDialog*) { delete dialog.data(); });
+
+    dialog->clickMain();
+
+    QVERIFY(dialog.isNull());
+    QCOMPARE(world.service.requests("print_to_file").size(), std::size_t(0));
+    QCOMPARE(world.settings.allKeys(), QStringList());
+    QCOMPARE(MakeWorld::logOf(log, kUnit).last(), QStringLiteral("End of make/export"));
+}
+
+void tst_MakeOrExport::keepsNoMessages()
+{
+    TestLog log;
+    log.expectError("first");
+    log.expectError("second");
+    MakeWorld world(m_facade, {kMachine});
+    ModalDriver driver;
+    QPointer<PlainDialog> dialog = new PlainDialog(world);
+    const int before = dialog->findChildren<QDialog*>().size();
+    driver.expectMessage(kGenericTrovekError);
+    world.service.failNext("print", JsonRpcException("first"));
+    dialog->clickMain();
+    QCOMPARE(dialog->findChildren<QDialog*>().size(), before);
+
+    // Also not when there is no dialog any more that it could belong to.
+    dialog->finalCheck = [dialog]() -> bool {
+        delete dialog.data();
+        throw std::runtime_error("second");
+    };
+    driver.expectMessage(kFailedToStartPrint);
+    dialog->clickMain();
+    QVERIFY(dialog.isNull());
+    QCOMPARE(QApplication::topLevelWidgets(), QWidgetList());
 }
 
 void tst_MakeOrExport::looksAgainAfterTheSaveDialog_data()
