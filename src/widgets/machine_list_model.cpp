@@ -8,6 +8,7 @@
 
 #include <QHash>
 #include <QScopedValueRollback>
+#include <QTextDocument>
 
 #include <list>
 #include <stdexcept>
@@ -17,6 +18,16 @@
 static constexpr char kLogUnit[] = "src/widgets/machine_list_model";
 
 namespace trovek {
+
+namespace {
+
+/** A device says itself what its key is, which may read like markup. */
+QString plainToolTip(const QString& text)
+{
+    return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
+}
+
+} // namespace
 
 MachineListModel::Item::Item(const Printer& printer, bool showIcon)
     : QStandardItem(printerTypeToHumanString(printer.type(), PrinterStringInSentence))
@@ -175,7 +186,7 @@ void MachineListModel::describeTwins()
         if (machine == nullptr)
             continue;
         const bool hasTwin = rowsOfName.value(machine->text()) > 1;
-        const QString toolTip = hasTwin ? machine->place() : QString();
+        const QString toolTip = hasTwin ? plainToolTip(machine->place()) : QString();
         // Setting an equal text would still be announced the first time.
         if (machine->toolTip() != toolTip)
             machine->setToolTip(toolTip);

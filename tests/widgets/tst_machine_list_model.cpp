@@ -105,6 +105,7 @@ private slots:
     void announcesNothingWhenNothingChanged();
     void announcesOneInsertForAll();
     void tellsTwinsApart();
+    void showsAKeyThatReadsLikeMarkup();
     void survivesAFlagChangedInItsSignal();
 };
 
@@ -374,6 +375,19 @@ void tst_MachineListModel::tellsTwinsApart()
     world.service.removePrinter("serial 1");
     QTRY_COMPARE(model.rowCount(), 2);
     QCOMPARE(model.item(1)->toolTip(), QString());
+}
+
+void tst_MachineListModel::showsAKeyThatReadsLikeMarkup()
+{
+    TestLog log;
+    World world;
+    world.service.addPrinter(ScriptedService::machine("<b>1</b>", Printer::Fabrino2));
+    world.service.addPrinter(ScriptedService::machine("2", Printer::Fabrino2));
+    world.connect();
+    const MachineListModel model(world.facade, false);
+
+    QCOMPARE(model.item(0)->toolTip(), QStringLiteral("<p>&lt;b&gt;1&lt;/b&gt;</p>"));
+    QCOMPARE(model.item(1)->toolTip(), QStringLiteral("2"));
 }
 
 void tst_MachineListModel::survivesAFlagChangedInItsSignal()
