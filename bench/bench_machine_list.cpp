@@ -1,3 +1,4 @@
+#include "goal_table.h"
 #include "support/scripted_service.h"
 
 #include <trovek-ui/machine_combo_box.h>
@@ -114,7 +115,6 @@ BENCHMARK(switchInAComboBox)->Arg(10)->Arg(1000)->Unit(benchmark::kMicrosecond);
 int main(int argc, char** argv)
 {
     QApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return runWithBaselines(argc, argv,
+                            {{"fill/10", "bareModelFill/10"}, {"fill/1000", "bareModelFill/1000"}});
 }

@@ -1,10 +1,14 @@
+#include "goal_table.h"
+
 #include <rpcwire/peer.h>
 
 #include <benchmark/benchmark.h>
 
 #include <QCoreApplication>
+#include <QEventLoop>
 #include <QLocalServer>
 #include <QLocalSocket>
+#include <QSemaphore>
 #include <QTemporaryDir>
 #include <QThread>
 
@@ -18,26 +22,21 @@ namespace {
 constexpr int kCallsARun = 100;
 constexpr int kTimeoutMs = 5000;
 
-/** Answers each connection in a thread of its own, by the given function. */
+/** Serves connections in a thread of its own, by the given function. */
 class Server
 {
 public:
     explicit Server(void (*serve)(QLocalSocket* socket))
+        : m_thread(QThread::create([this, serve] { run(serve); }))
     {
-        m_server.moveToThread(&m_thread);
-        QObject::connect(&m_server, &QLocalServer::newConnection, &m_server,
-                         [this, serve] { serve(m_server.nextPendingConnection()); });
-        m_thread.start();
-        QMetaObject::invokeMethod(
-            &m_server, [this] { m_server.listen(path()); }, Qt::BlockingQueuedConnection);
+        m_thread->start();
+        m_listening.acquire();
     }
 
     ~Server()
     {
-        QMetaObject::invokeMethod(
-            &m_server, [this] { m_server.close(); }, Qt::BlockingQueuedConnection);
-        m_thread.quit();
-        m_thread.wait();
+        m_thread->quit();
+        m_thread->wait();
     }
 
     std::unique_ptr<QLocalSocket> connection() const
@@ -52,9 +51,19 @@ public:
 private:
     QString path() const { return m_folder.filePath(QStringLiteral("bench")); }
 
+    void run(void (*serve)(QLocalSocket* socket))
+    {
+        QLocalServer server;
+        QObject::connect(&server, &QLocalServer::newConnection, &server,
+                         [&server, serve] { serve(server.nextPendingConnection()); });
+        server.listen(path());
+        m_listening.release();
+        QEventLoop().exec();
+    }
+
     QTemporaryDir m_folder;
-    QLocalServer m_server;
-    QThread m_thread;
+    QSemaphore m_listening;
+    const std::unique_ptr<QThread> m_thread;
 };
 
 void echoLines(QLocalSocket* socket)
@@ -65,7 +74,7 @@ void echoLines(QLocalSocket* socket)
 
 void answerRequests(QLocalSocket* socket)
 {
-    auto* const peer = new rpcwire::Peer(socket);
+    auto* const peer = new rpcwire::Peer(socket, rpcwire::Limits(), socket->parent());
     QObject::connect(peer, &rpcwire::Peer::requestReceived, peer,
                      [peer](const rpcwire::Peer::Request& request) {
                          peer->answer(request, request.params);
@@ -122,7 +131,5 @@ BENCHMARK(call)->UseRealTime()->Unit(benchmark::kMicrosecond);
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return runWithBaselines(argc, argv, {{"call", "bareLine"}});
 }
