@@ -12,6 +12,31 @@
 
 namespace trovek {
 
+inline constexpr char kUnit[] = "src\\make_dialog\\make_dialog";
+
+inline const auto kMachine = ScriptedService::machine("left", Printer::Fabrino2);
+inline const auto kDual = ScriptedService::machine("dual", Printer::Fabrino2X);
+inline const auto kArchetype = ScriptedService::archetype(Printer::Fabrino2);
+inline const auto kDualArchetype = ScriptedService::archetype(Printer::Fabrino2X);
+
+/** What the flow behind the main button logs, with what comes between. */
+inline QStringList flow(std::initializer_list<const char*> between)
+{
+    return words({"Make or export clicked"}) + words(between) + words({"End of make/export"});
+}
+
+inline Json::Value object(const char* name, const Json::Value& value)
+{
+    Json::Value result(Json::objectValue);
+    result[name] = value;
+    return result;
+}
+
+inline QString headingOf(const QWidget* box)
+{
+    return messageTexts(box).value(0);
+}
+
 /** The base dialog with answers that a test gives, and a memory of what was asked. */
 class PlainDialog : public MakeDialog
 {

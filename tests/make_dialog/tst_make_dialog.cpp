@@ -8,17 +8,6 @@
 
 using namespace trovek;
 
-namespace {
-
-constexpr char kUnit[] = "src\\make_dialog\\make_dialog";
-
-const auto kMachine = ScriptedService::machine("left", Printer::Fabrino2);
-const auto kDual = ScriptedService::machine("dual", Printer::Fabrino2X);
-const auto kArchetype = ScriptedService::archetype(Printer::Fabrino2);
-const auto kDualArchetype = ScriptedService::archetype(Printer::Fabrino2X);
-
-} // namespace
-
 /** How the dialog looks and how it keeps itself consistent. */
 class tst_MakeDialog : public QObject
 {
