@@ -305,6 +305,8 @@ void MakeDialog::checkAndStart(const QString& inputFile)
     }
     if (self.isNull() || !checkConnection())
         return;
+    // With the last machine the mode may have gone that the user meant.
+    machineOf(key);
 
     if (d->form.makeRadio->isChecked())
         startMake(key, inputFile);

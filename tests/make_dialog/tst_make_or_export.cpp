@@ -432,9 +432,11 @@ void tst_MakeOrExport::survivesItsEndInTheFinalCheck()
 void tst_MakeOrExport::looksAgainAfterTheFinalCheck_data()
 {
     QTest::addColumn<bool>("linkGoes");
+    QTest::addColumn<bool>("isOnlyMachine");
 
-    QTest::newRow("link lost") << true;
-    QTest::newRow("machine unplugged") << false;
+    QTest::newRow("link lost") << true << false;
+    QTest::newRow("machine unplugged") << false << false;
+    QTest::newRow("only machine unplugged") << false << true;
 }
 
 void tst_MakeOrExport::looksAgainAfterTheFinalCheck()
@@ -442,7 +444,8 @@ void tst_MakeOrExport::looksAgainAfterTheFinalCheck()
     TestLog log;
     log.allowErrors("");
     QFETCH(bool, linkGoes);
-    MakeWorld world(m_facade, {kMachine, kDual});
+    QFETCH(bool, isOnlyMachine);
+    MakeWorld world(m_facade, {kMachine, isOnlyMachine ? kArchetype : kDual});
     ModalDriver driver;
     PlainDialog dialog(world);
     dialog.finalCheck = [&] {
@@ -452,6 +455,7 @@ void tst_MakeOrExport::looksAgainAfterTheFinalCheck()
             world.service.removePrinter("left");
         [&] {
             QTRY_VERIFY(world.printer("left") == nullptr);
+            QTRY_COMPARE(dialog.radio("exportRadio")->isChecked(), linkGoes || isOnlyMachine);
         }();
         return true;
     };
