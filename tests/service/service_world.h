@@ -26,7 +26,7 @@ public:
     static constexpr char kPort[] = "virtual1";
     static constexpr char kOtherMachine[] = "virtual_fabrino_2x";
     static constexpr char kOtherPort[] = "virtual2";
-    static constexpr char kArchetype[] = "fabrino_2";
+    static constexpr char kArchetype[] = "archetype_fabrino_2";
 
     explicit ServiceWorld(double timeScale = kFast);
     ~ServiceWorld();

@@ -1,3 +1,4 @@
+#include "every_operation.h"
 #include "recording_trovek.h"
 #include "support/scripted_service.h"
 #include "support/test_log.h"
@@ -10,51 +11,14 @@
 
 using namespace trovek;
 
-namespace {
-
-using Operation = std::function<void(Trovek&)>;
-
-const MachineName kLeft("left");
-
-Json::Value json(const QByteArray& text)
-{
-    Json::Value value;
-    if (!rpcwire::parseJson(std::string_view(text.constData(), std::size_t(text.size())), &value,
-                            nullptr))
-        qFatal("Test data is not JSON: %s", text.constData());
-    return value;
-}
-
-SlicerConfiguration configuration()
-{
-    SlicerConfiguration configuration;
-    configuration.setLayerHeight(0.16);
-    return configuration;
-}
-
-} // namespace
-
-Q_DECLARE_METATYPE(Operation)
-
-/** What every operation sends, gives back and throws. */
+/** What every operation sends and gives back. */
 class tst_Trovek : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void everyOperationSendsItsRequest_data();
+    void everyOperationSendsItsRequest_data() { addEveryOperation(); }
     void everyOperationSendsItsRequest();
-    void everyOperationThrowsTheServicesError_data() { everyOperationSendsItsRequest_data(); }
-    void everyOperationThrowsTheServicesError();
-    void everyOperationThrowsWithoutALink_data() { everyOperationSendsItsRequest_data(); }
-    void everyOperationThrowsWithoutALink();
-    void everyOperationThrowsWhenTheLinkIsLostMeanwhile_data()
-    {
-        everyOperationSendsItsRequest_data();
-    }
-    void everyOperationThrowsWhenTheLinkIsLostMeanwhile();
-    void everyOperationGivesUpAfterItsDeadline_data() { everyOperationSendsItsRequest_data(); }
-    void everyOperationGivesUpAfterItsDeadline();
     void oddAnswersAreRefused_data();
     void oddAnswersAreRefused();
     void jobsHaveTheirIDs();
@@ -68,78 +32,6 @@ private slots:
     void callsAreCounted();
 };
 
-void tst_Trovek::everyOperationSendsItsRequest_data()
-{
-    QTest::addColumn<Operation>("operation");
-    QTest::addColumn<QByteArray>("method");
-    QTest::addColumn<QByteArray>("params");
-    QTest::addColumn<int>("deadlineMs");
-
-    const auto row = [](const char* method, const QByteArray& params, int deadlineMs,
-                        const Operation& operation) {
-        QTest::newRow(method) << operation << QByteArray(method) << params << deadlineMs;
-    };
-    const QByteArray settings =
-        QByteArray::fromStdString(rpcwire::toJsonLine(wire::toJson(configuration())));
-
-    row("connect_to_port", R"({"port": "one", "identity": "23c1:d314:one"})", 60000,
-        [](Trovek& t) { t.connectToPort(Port(ScriptedService::port("one"))); });
-    row("disconnect_from_port", R"({"port": "one"})", 10000,
-        [](Trovek& t) { t.disconnectFromPort("one"); });
-    row("get_job", R"({"id": 7})", 10000, [](Trovek& t) { t.jobFromID(7); });
-    row("cancel_job", R"({"id": 7})", 10000, [](Trovek& t) { t.cancelJob(7); });
-    row("print",
-        R"({"machine": "left", "input_path": "/i.gcode", "materials": ["pla", "abs"],
-            "skip_start_end": true, "slicer_config": )" + settings + "}",
-        10000, [](Trovek& t) { t.print(kLeft, "/i.gcode", configuration(), {"pla", "abs"}, true); });
-    row("print_to_file",
-        R"({"machine": "left", "input_path": "/i.gcode", "output_path": "/o.x3g", "materials": [],
-            "skip_start_end": false, "format": "x3g", "slicer_config": )" + settings + "}",
-        10000, [](Trovek& t) {
-            t.printToFile(kLeft, "/i.gcode", "/o.x3g", configuration(), {}, false, "x3g");
-        });
-    row("slice",
-        R"({"machine": "left", "input_path": "/i.stl", "output_path": "/o.gcode",
-            "materials": ["pla"], "add_start_end": true, "slicer_config": )" + settings + "}",
-        10000, [](Trovek& t) {
-            t.slice(kLeft, "/i.stl", "/o.gcode", configuration(), {"pla"}, true);
-        });
-    row("jog", R"({"machine": "left", "axis": 4, "distance": -10, "limit_ms": 20000})", 10000,
-        [](Trovek& t) { t.jog(kLeft, Printer::ZAxis, -10, 20000); });
-    row("home", R"({"machine": "left"})", 60000, [](Trovek& t) { t.home(kLeft); });
-    row("set_toolhead_temperature", R"({"machine": "left", "toolhead": 1, "target": 230})", 10000,
-        [](Trovek& t) { t.setToolheadTemperature(kLeft, Printer::LeftToolhead, 230); });
-    row("cbo_calibration", R"({"machine": "left"})", 300000,
-        [](Trovek& t) { t.cboCalibration(kLeft); });
-    row("read_eeprom", R"({"machine": "left"})", 180000, [](Trovek& t) {
-        Printer printer(ScriptedService::machine("left", Printer::Fabrino2));
-        t.readEeprom(&printer);
-    });
-    row("write_eeprom", R"({"machine": "left", "map": {"eeprom_map": {}, "x": 1.5}})", 180000,
-        [](Trovek& t) {
-            Printer printer(ScriptedService::machine("left", Printer::Fabrino2));
-            t.writeEeprom(&printer, EepromMap(json(R"({"eeprom_map": {}, "x": 1.5})")));
-        });
-    row("reset_eeprom_completely", R"({"machine": "left"})", 180000,
-        [](Trovek& t) { t.resetEepromCompletely(kLeft); });
-    row("getuploadablemachines", "{}", 60000, [](Trovek& t) { t.getUploadableMachines(); });
-    row("getmachineversions", R"({"machine": "Fabrino", "type": 3})", 60000,
-        [](Trovek& t) { t.getMachineVersions("Fabrino", 3); });
-    row("downloadfirmware", R"({"machine": "Fabrino", "type": 3, "version": "7.2"})", 300000,
-        [](Trovek& t) { t.downloadFirmware("Fabrino", 3, FirmwareVersion("7.2", "text")); });
-    row("uploadfirmware", R"({"machine": "left", "path": "/f.hex"})", 300000,
-        [](Trovek& t) { t.uploadFirmware(kLeft, "/f.hex"); });
-    row("strandel_config_version_check", R"({"config": {"a": [1, null]}})", 10000,
-        [](Trovek& t) { t.strandelConfigVersionCheck(json(R"({"a": [1, null]})")); });
-    row("upgrade_strandel_config", R"({"config": {"a": 1}})", 10000,
-        [](Trovek& t) { t.upgradeStrandelConfig(json(R"({"a": 1})")); });
-    row("simulated_machines", "{}", 10000, [](Trovek& t) { t.simulatedMachines(); });
-    row("simulate_plug_in", R"({"name": "left"})", 10000,
-        [](Trovek& t) { t.simulatePlugIn("left"); });
-    row("simulate_unplug", R"({"name": "left"})", 10000,
-        [](Trovek& t) { t.simulateUnplug("left"); });
-}
-
 void tst_Trovek::everyOperationSendsItsRequest()
 {
     QFETCH(Operation, operation);
@@ -147,10 +39,7 @@ void tst_Trovek::everyOperationSendsItsRequest()
     QFETCH(QByteArray, params);
     TestLog log;
     ScriptedService service;
-    service.addPort(ScriptedService::port("one"));
-    Job::Data job;
-    job.id = 7;
-    service.setJob(job);
+    addWhatEveryOperationNeeds(service);
     RecordingTrovek client;
     client.connectToDaemon(service.address());
     service.clearRequests();
@@ -161,72 +50,6 @@ void tst_Trovek::everyOperationSendsItsRequest()
     QCOMPARE(service.requests()[0].method, method.toStdString());
     QCOMPARE(rpcwire::toJsonLine(service.requests()[0].params), rpcwire::toJsonLine(json(params)));
     QCOMPARE(client.story(), std::string());
-}
-
-void tst_Trovek::everyOperationThrowsTheServicesError()
-{
-    QFETCH(Operation, operation);
-    QFETCH(QByteArray, method);
-    TestLog log;
-    ScriptedService service;
-    RecordingTrovek client;
-    client.connectToDaemon(service.address());
-    service.failNext(method.toStdString(), wire::makeError("SomeError", "It does not work"));
-
-    try {
-        operation(client);
-        QFAIL("Nothing thrown");
-    } catch (const JsonRpcException& e) {
-        QCOMPARE(e.message(), std::string("It does not work"));
-        QCOMPARE(e.data()["name"].asString(), std::string("SomeError"));
-    }
-    QVERIFY(client.isConnected());
-}
-
-void tst_Trovek::everyOperationThrowsWithoutALink()
-{
-    QFETCH(Operation, operation);
-    TestLog log;
-    RecordingTrovek client;
-    QCOMPARE(thrownText([&] { operation(client); }), std::string("Not connected to the service"));
-}
-
-void tst_Trovek::everyOperationThrowsWhenTheLinkIsLostMeanwhile()
-{
-    QFETCH(Operation, operation);
-    QFETCH(QByteArray, method);
-    TestLog log;
-    ScriptedService service;
-    RecordingTrovek client;
-    client.connectToDaemon(service.address());
-    service.dropConnectionOn(method.toStdString());
-
-    QCOMPARE(thrownText([&] { operation(client); }),
-             std::string("Connection closed by the other side"));
-    QVERIFY(!client.isConnected());
-    QCOMPARE(client.story(), std::string());
-    QTRY_COMPARE(client.story(), std::string("disconnected"));
-}
-
-void tst_Trovek::everyOperationGivesUpAfterItsDeadline()
-{
-    QFETCH(Operation, operation);
-    QFETCH(QByteArray, method);
-    QFETCH(int, deadlineMs);
-    TestLog log;
-    ScriptedService service;
-    RecordingTrovek client;
-    client.connectToDaemon(service.address());
-    client.setDeadlineScale(0.0005);
-    service.hangNext(method.toStdString());
-
-    QCOMPARE(thrownText([&] { operation(client); }),
-             "No answer to \"" + method.toStdString() + "\" within "
-                 + std::to_string(deadlineMs / 2000) + " ms");
-    // Nobody knows what the service makes of the request, so the link is not used any more.
-    QVERIFY(!client.isConnected());
-    QCOMPARE(thrownText([&] { operation(client); }), std::string("Not connected to the service"));
-    QTRY_COMPARE(client.story(), std::string("disconnected"));
 }
 
 void tst_Trovek::oddAnswersAreRefused_data()
