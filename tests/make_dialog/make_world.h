@@ -1,6 +1,6 @@
 #pragma once
 
-#include "make_dialog/modal_driver.h"
+#include "support/modal_driver.h"
 #include "support/scripted_service.h"
 #include "support/test_log.h"
 

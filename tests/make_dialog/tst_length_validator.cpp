@@ -1,4 +1,4 @@
-#include "make_dialog/modal_driver.h"
+#include "support/modal_driver.h"
 #include "support/test_log.h"
 
 #include "src/make_dialog/length_validator.h"

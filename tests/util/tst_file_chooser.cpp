@@ -24,6 +24,7 @@ using trovek::FileFilter;
 using trovek::FileFilterList;
 using trovek::MessageBox;
 using trovek::ModalDriver;
+using trovek::pressButton;
 using trovek::TestLog;
 
 namespace {
@@ -66,18 +67,6 @@ void accept(QFileDialog* dialog, const QString& name)
 void cancel(QWidget* window)
 {
     QTest::keyClick(window, Qt::Key_Escape);
-}
-
-void click(MessageBox* box, const char* label)
-{
-    const QList<QPushButton*> buttons = box->findChildren<QPushButton*>();
-    for (QPushButton* button : buttons) {
-        if (button->text() == text(label)) {
-            QTest::mouseClick(button, Qt::LeftButton);
-            return;
-        }
-    }
-    QTest::qFail("There is no such button", __FILE__, __LINE__);
 }
 
 /** Gives the results it was told to, and remembers what it was asked. */
@@ -334,7 +323,7 @@ void tst_FileChooser::opensOneFile()
 {
     const QString path = touch("part.obj");
     ModalDriver driver;
-    driver.next<QFileDialog>([&](QFileDialog* dialog) {
+    driver.expect<QFileDialog>([&](QFileDialog* dialog) {
         QCOMPARE(dialog->windowTitle(), text("Open it"));
         QCOMPARE(dialog->fileMode(), QFileDialog::ExistingFile);
         QCOMPARE(dialog->directory().canonicalPath(), QDir(m_folder->path()).canonicalPath());
@@ -355,7 +344,7 @@ void tst_FileChooser::opensSeveralFiles()
 {
     const QStringList paths{touch("a.stl"), touch("b.stl")};
     ModalDriver driver;
-    driver.next<QFileDialog>([](QFileDialog* dialog) {
+    driver.expect<QFileDialog>([](QFileDialog* dialog) {
         QCOMPARE(dialog->fileMode(), QFileDialog::ExistingFiles);
         accept(dialog, text("\"a.stl\" \"b.stl\""));
     });
@@ -368,8 +357,8 @@ void tst_FileChooser::opensSeveralFiles()
 void tst_FileChooser::openIsCancelled()
 {
     ModalDriver driver;
-    driver.next(cancel);
-    driver.next(cancel);
+    driver.expect(cancel);
+    driver.expect(cancel);
     for (const auto choose : {trovek::chooseOpenPath, trovek::chooseOpenPaths}) {
         const FileChooserResult result =
             choose(nullptr, text("Open"), m_folder->path(), FileFilterList({stl()}));
@@ -383,7 +372,7 @@ void tst_FileChooser::openSurvivesTheDeathOfItsParent()
 {
     auto* parent = new QWidget;
     ModalDriver driver;
-    driver.next<QFileDialog>([parent](QFileDialog* dialog) {
+    driver.expect<QFileDialog>([parent](QFileDialog* dialog) {
         QCOMPARE(dialog->parentWidget(), parent);
         delete parent;
     });
@@ -394,7 +383,7 @@ void tst_FileChooser::openSurvivesTheDeathOfItsParent()
 void tst_FileChooser::savesUnderAFixedAbsolutePath()
 {
     ModalDriver driver;
-    driver.next<QFileDialog>([&](QFileDialog* dialog) {
+    driver.expect<QFileDialog>([&](QFileDialog* dialog) {
         QCOMPARE(dialog->windowTitle(), text("Save it"));
         QCOMPARE(nameEdit(dialog)->text(), text("part"));
         QCOMPARE(dialog->directory().canonicalPath(), QDir(m_folder->path()).canonicalPath());
@@ -417,7 +406,7 @@ void tst_FileChooser::savesUnderAFixedAbsolutePath()
 void tst_FileChooser::savesUnderTheFilterThatTheUserSelected()
 {
     ModalDriver driver;
-    driver.next<QFileDialog>([](QFileDialog* dialog) {
+    driver.expect<QFileDialog>([](QFileDialog* dialog) {
         auto* types = dialog->findChild<QComboBox*>(text("fileTypeCombo"));
         QTest::keyClick(types, Qt::Key_Down);
         accept(dialog, text("part"));
@@ -431,7 +420,7 @@ void tst_FileChooser::savesUnderTheFilterThatTheUserSelected()
 void tst_FileChooser::saveIsCancelled()
 {
     ModalDriver driver;
-    driver.next(cancel);
+    driver.expect(cancel);
     const FileChooserResult result = trovek::chooseSavePath(nullptr, text("Save"), inside("x"),
                                                             FileFilterList({stl()}), nullptr);
     QVERIFY(result.cancelled);
@@ -443,12 +432,12 @@ void tst_FileChooser::asksBeforeItReplaces()
     touch("part.stl");
     QWidget parent;
     ModalDriver driver;
-    driver.next<QFileDialog>([](QFileDialog* dialog) { accept(dialog, text("part")); });
-    driver.next<MessageBox>([&](MessageBox* box) {
+    driver.expect<QFileDialog>([](QFileDialog* dialog) { accept(dialog, text("part")); });
+    driver.expect<MessageBox>([&](MessageBox* box) {
         QCOMPARE(box->parentWidget(), &parent);
         QCOMPARE(box->findChild<QLabel*>(text("heading"))->text(),
                  text("A file named \"part.stl\" already exists"));
-        click(box, "&Replace");
+        pressButton(box, text("&Replace"));
     });
     const FileChooserResult result = trovek::chooseSavePath(&parent, text("Save"), m_folder->path(),
                                                             FileFilterList({stl()}), nullptr);
@@ -461,9 +450,9 @@ void tst_FileChooser::reopensAtTheFixedPathWhenNotReplaced()
     touch("part.stl");
     QWidget parent;
     ModalDriver driver;
-    driver.next<QFileDialog>([](QFileDialog* dialog) { accept(dialog, text("part")); });
-    driver.next<MessageBox>([](MessageBox* box) { click(box, "&Cancel"); });
-    driver.next<QFileDialog>([&](QFileDialog* dialog) {
+    driver.expect<QFileDialog>([](QFileDialog* dialog) { accept(dialog, text("part")); });
+    driver.expect<MessageBox>([](MessageBox* box) { pressButton(box, text("&Cancel")); });
+    driver.expect<QFileDialog>([&](QFileDialog* dialog) {
         QCOMPARE(nameEdit(dialog)->text(), text("part.stl"));
         QCOMPARE(dialog->directory().canonicalPath(), QDir(m_folder->path()).canonicalPath());
         accept(dialog, text("other"));
@@ -478,7 +467,7 @@ void tst_FileChooser::validatorAccepts()
     QWidget parent;
     ScriptedValidator validator({{FileChooserValidator::Accept, text("/ignored")}});
     ModalDriver driver;
-    driver.next<QFileDialog>([](QFileDialog* dialog) { accept(dialog, text("part")); });
+    driver.expect<QFileDialog>([](QFileDialog* dialog) { accept(dialog, text("part")); });
     const FileChooserResult result = trovek::chooseSavePath(&parent, text("Save"), m_folder->path(),
                                                             FileFilterList({stl()}), &validator);
     QCOMPARE(result.paths, QStringList(inside("part.stl")));
@@ -493,8 +482,8 @@ void tst_FileChooser::validatorRejects()
     ScriptedValidator validator({{FileChooserValidator::Reject, inside("proposal.stl")},
                                  {FileChooserValidator::Accept, QString()}});
     ModalDriver driver;
-    driver.next<QFileDialog>([](QFileDialog* dialog) { accept(dialog, text("part")); });
-    driver.next<QFileDialog>([](QFileDialog* dialog) {
+    driver.expect<QFileDialog>([](QFileDialog* dialog) { accept(dialog, text("part")); });
+    driver.expect<QFileDialog>([](QFileDialog* dialog) {
         QCOMPARE(nameEdit(dialog)->text(), text("proposal.stl"));
         accept(dialog, text("good"));
     });
@@ -511,16 +500,16 @@ void tst_FileChooser::validatorReplacesThePathButTheChosenFileIsAskedAbout()
     ScriptedValidator validator({{FileChooserValidator::Replace, inside("short.stl")},
                                  {FileChooserValidator::Replace, inside("short.stl")}});
     ModalDriver driver;
-    driver.next<QFileDialog>([](QFileDialog* dialog) { accept(dialog, text("new")); });
+    driver.expect<QFileDialog>([](QFileDialog* dialog) { accept(dialog, text("new")); });
     FileChooserResult result = trovek::chooseSavePath(&parent, text("Save"), m_folder->path(),
                                                       FileFilterList({stl()}), &validator);
     QCOMPARE(result.paths, QStringList(inside("short.stl")));
 
-    driver.next<QFileDialog>([](QFileDialog* dialog) { accept(dialog, text("longer")); });
-    driver.next<MessageBox>([](MessageBox* box) {
+    driver.expect<QFileDialog>([](QFileDialog* dialog) { accept(dialog, text("longer")); });
+    driver.expect<MessageBox>([](MessageBox* box) {
         QCOMPARE(box->findChild<QLabel*>(text("heading"))->text(),
                  text("A file named \"longer.stl\" already exists"));
-        click(box, "&Replace");
+        pressButton(box, text("&Replace"));
     });
     result = trovek::chooseSavePath(&parent, text("Save"), m_folder->path(),
                                     FileFilterList({stl()}), &validator);
@@ -533,9 +522,9 @@ void tst_FileChooser::validatorReplacesAndTheDialogReopensAtItsPath()
     QWidget parent;
     ScriptedValidator validator({{FileChooserValidator::Replace, inside("short.stl")}});
     ModalDriver driver;
-    driver.next<QFileDialog>([](QFileDialog* dialog) { accept(dialog, text("longer")); });
-    driver.next<MessageBox>([](MessageBox* box) { click(box, "&Cancel"); });
-    driver.next<QFileDialog>([](QFileDialog* dialog) {
+    driver.expect<QFileDialog>([](QFileDialog* dialog) { accept(dialog, text("longer")); });
+    driver.expect<MessageBox>([](MessageBox* box) { pressButton(box, text("&Cancel")); });
+    driver.expect<QFileDialog>([](QFileDialog* dialog) {
         QCOMPARE(nameEdit(dialog)->text(), text("short.stl"));
         cancel(dialog);
     });
@@ -548,8 +537,8 @@ void tst_FileChooser::anUnknownActionShowsTheDialogAgain()
 {
     ScriptedValidator validator({{7, text("/ignored/x.stl")}});
     ModalDriver driver;
-    driver.next<QFileDialog>([](QFileDialog* dialog) { accept(dialog, text("part")); });
-    driver.next<QFileDialog>([](QFileDialog* dialog) {
+    driver.expect<QFileDialog>([](QFileDialog* dialog) { accept(dialog, text("part")); });
+    driver.expect<QFileDialog>([](QFileDialog* dialog) {
         QCOMPARE(nameEdit(dialog)->text(), text("part.stl"));
         cancel(dialog);
     });
@@ -575,7 +564,7 @@ void tst_FileChooser::saveSurvivesTheDeathOfItsParent()
     auto* parent = new QWidget;
     ScriptedValidator validator({{FileChooserValidator::Accept, QString()}});
     ModalDriver driver;
-    driver.next<QFileDialog>([&](QFileDialog* dialog) {
+    driver.expect<QFileDialog>([&](QFileDialog* dialog) {
         if (moment == 0) {
             delete parent;
             return;
@@ -591,7 +580,7 @@ void tst_FileChooser::saveSurvivesTheDeathOfItsParent()
             delete parent;
         };
     if (moment == 3)
-        driver.next<MessageBox>([parent](MessageBox*) { delete parent; });
+        driver.expect<MessageBox>([parent](MessageBox*) { delete parent; });
     QVERIFY(trovek::chooseSavePath(parent, text("Save"), m_folder->path(), FileFilterList({stl()}),
                                    &validator)
                 .cancelled);
