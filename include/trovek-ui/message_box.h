@@ -95,6 +95,10 @@ public:
     /** Makes the text at least so wide that `guide` fits on one line. */
     void setWrapGuideText(const QString& guide);
 
+    /** Qt::AutoText at first. A text with a name in it that may look like markup is Qt::PlainText.
+     */
+    void setTextFormat(Qt::TextFormat format);
+
 signals:
     /**
      * Emitted once whenever the box closes, with finishCode(). It hides QDialog's signal of that

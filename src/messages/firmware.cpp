@@ -38,6 +38,8 @@ OldFirmwareCheck::OldFirmwareCheck(const QString& machineName, const QString& fi
           {{QObject::tr("&Not Now"), NotNow},
            {QObject::tr("&Upgrade Firmware..."), UpgradeFirmware, Default}},
           parent, settings, QStringLiteral("skipWarningForOldFirmware"))
-{}
+{
+    showAsPlainText();
+}
 
 } // namespace message

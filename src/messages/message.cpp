@@ -33,6 +33,11 @@ trovek::MessageBox* Message::box() const
     return m_box;
 }
 
+void Message::showAsPlainText()
+{
+    m_box->setTextFormat(Qt::PlainText);
+}
+
 int Message::run()
 {
     if (m_box)

@@ -40,7 +40,9 @@ OnboardPreferencesGenericError::OnboardPreferencesGenericError(const QString& fi
           QObject::tr("An error occurred displaying onboard preferences for firmware version %1.")
               .arg(firmwareVersion),
           parent)
-{}
+{
+    showAsPlainText();
+}
 
 OnboardPreferencesMissingEepromMap::OnboardPreferencesMissingEepromMap(QWidget* parent)
     : Notice(QMessageBox::Critical, QObject::tr("Error displaying onboard preferences"),

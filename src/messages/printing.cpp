@@ -54,7 +54,9 @@ FilenameTooLongForPrinter::FilenameTooLongForPrinter(const QString& shortenedFil
                           "than 30 characters. Shorten the name to \"%1\"?")
                   .arg(shortenedFileName),
               {{QObject::tr("&Cancel"), Cancel, Default}, {QObject::tr("&Save"), Save}}, parent)
-{}
+{
+    showAsPlainText();
+}
 
 LeftExtrudeWithSingleExtruderPrinter::LeftExtrudeWithSingleExtruderPrinter(QWidget* parent)
     : Message(QMessageBox::Question, QObject::tr("This Thing is set to use the left extruder"),

@@ -17,7 +17,9 @@ BackgroundServiceUnavailable::BackgroundServiceUnavailable(QWidget* parent)
 ConnectToPortFailed::ConnectToPortFailed(const QString& portName, QWidget* parent)
     : Notice(QMessageBox::Critical, QObject::tr("Failed to connect to printer"),
              QObject::tr("Couldn't connect to port %1").arg(portName), parent)
-{}
+{
+    showAsPlainText();
+}
 
 GenericTrovekError::GenericTrovekError(QWidget* parent)
     : Notice(QMessageBox::Critical, QObject::tr("An error occurred in the background service."),

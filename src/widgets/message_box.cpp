@@ -261,6 +261,11 @@ void MessageBox::setWrapGuideText(const QString& guide)
     m_textLabel->setMinimumWidth(m_textLabel->fontMetrics().boundingRect(guide).width());
 }
 
+void MessageBox::setTextFormat(Qt::TextFormat format)
+{
+    m_textLabel->setTextFormat(format);
+}
+
 void MessageBox::showEvent(QShowEvent* event)
 {
     if (!event->spontaneous())

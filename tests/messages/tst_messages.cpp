@@ -13,6 +13,7 @@
 
 using trovek::MessageBox;
 using trovek::ModalDriver;
+using trovek::pressButton;
 using trovek::TestLog;
 
 namespace {
@@ -28,18 +29,6 @@ QList<QPushButton*> buttonsFromLeftToRight(const QWidget* box)
     std::sort(buttons.begin(), buttons.end(),
               [](QPushButton* a, QPushButton* b) { return a->x() < b->x(); });
     return buttons;
-}
-
-void click(QWidget* box, const char* label)
-{
-    const QList<QPushButton*> buttons = buttonsFromLeftToRight(box);
-    for (QPushButton* button : buttons) {
-        if (button->text() == text(label)) {
-            QTest::mouseClick(button, Qt::LeftButton);
-            return;
-        }
-    }
-    QTest::qFail("There is no such button", __FILE__, __LINE__);
 }
 
 QStyle::StandardPixmap standardPixmap(QMessageBox::Icon icon)
@@ -97,6 +86,7 @@ private slots:
     void canBeHiddenOnlyWithAKeyAndSettings();
     void isAsWideAsALineIsReadable_data();
     void isAsWideAsALineIsReadable();
+    void namesInTextsAreNotMarkup();
     void learnMoreClosedWithEscapeIsNeitherButton();
     void hiddenFirmwareCheckReturnsZeroAndNotNotNow();
     void okOfTheFilamentAlertStoresTheChoice();
@@ -197,9 +187,9 @@ void tst_Messages::everyButtonReturnsItsCode()
     for (const ExpectedButton& button : expected.buttons) {
         const Shown shown = expected.make(m_parent.get(), nullptr);
         ModalDriver driver;
-        driver.next([&](QWidget* window) {
+        driver.expect([&](QDialog* window) {
             QCOMPARE(window, shown.box);
-            click(window, button.text);
+            pressButton(window, text(button.text));
         });
         QCOMPARE(shown.exec(), button.code);
         QCOMPARE(shown.box->finishCode(), button.code);
@@ -218,7 +208,7 @@ void tst_Messages::enterChoosesTheDefault()
                                      [](const ExpectedButton& button) { return button.isDefault; });
     const Shown shown = expected.make(m_parent.get(), nullptr);
     ModalDriver driver;
-    driver.next([](QWidget* window) { QTest::keyClick(window, Qt::Key_Return); });
+    driver.expect([](QDialog* window) { QTest::keyClick(window, Qt::Key_Return); });
     QCOMPARE(shown.exec(), chosen->code);
 }
 
@@ -231,7 +221,7 @@ void tst_Messages::escapeReturnsZero()
 {
     const Shown shown = row().make(m_parent.get(), nullptr);
     ModalDriver driver;
-    driver.next([](QWidget* window) { QTest::keyClick(window, Qt::Key_Escape); });
+    driver.expect([](QDialog* window) { QTest::keyClick(window, Qt::Key_Escape); });
     QCOMPARE(shown.exec(), 0);
     QVERIFY(driver.isDone());
 }
@@ -254,7 +244,7 @@ void tst_Messages::canBeHiddenOnlyWithAKeyAndSettings()
         return;
 
     ModalDriver driver;
-    driver.next([](QWidget* window) {
+    driver.expect([](QDialog* window) {
         window->findChild<QCheckBox*>()->setChecked(true);
         QTest::keyClick(window, Qt::Key_Escape);
     });
@@ -264,7 +254,7 @@ void tst_Messages::canBeHiddenOnlyWithAKeyAndSettings()
 
     QCOMPARE(expected.make(m_parent.get(), m_settings.get()).exec(), 0);
 
-    driver.next([](QWidget* window) { QTest::keyClick(window, Qt::Key_Escape); });
+    driver.expect([](QDialog* window) { QTest::keyClick(window, Qt::Key_Escape); });
     expected.make(m_parent.get(), nullptr).exec();
     QVERIFY(driver.isDone());
 }
@@ -292,11 +282,34 @@ void tst_Messages::isAsWideAsALineIsReadable()
     QVERIFY2(box->width() < 1000, qPrintable(QString::number(box->width())));
 }
 
+void tst_Messages::namesInTextsAreNotMarkup()
+{
+    const QString name = text("<b>&lt;</b>");
+    QWidget* parent = m_parent.get();
+    const MessageBox* const boxes[] = {
+        message::ConfirmCustomProfileDelete(name, parent).box(),
+        message::ConnectToPortFailed(name, parent).box(),
+        message::CustomProfileAlreadyExists(name, parent).box(),
+        message::ErrorSavingModel(name, parent).box(),
+        message::FileChooserOverwriteConfirm(name, parent).box(),
+        message::FilenameTooLongForPrinter(name, parent).box(),
+        message::OldFirmwareCheck(name, text("7.2"), parent, nullptr).box(),
+        message::OnboardPreferencesGenericError(name, parent).box(),
+    };
+    for (const MessageBox* box : boxes) {
+        const QLabel* heading = box->findChild<QLabel*>(text("heading"));
+        const QLabel* body = box->findChild<QLabel*>(text("text"));
+        const QLabel* shown = heading->text().contains(name) ? heading : body;
+        QVERIFY2(shown->text().contains(name), qPrintable(heading->text()));
+        QCOMPARE(shown->textFormat(), Qt::PlainText);
+    }
+}
+
 void tst_Messages::learnMoreClosedWithEscapeIsNeitherButton()
 {
     message::DualExtrusionHelp help(m_parent.get(), m_settings.get());
     ModalDriver driver;
-    driver.next([](QWidget* window) { QTest::keyClick(window, Qt::Key_Escape); });
+    driver.expect([](QDialog* window) { QTest::keyClick(window, Qt::Key_Escape); });
     const auto result = help.exec();
     QCOMPARE(int(result), 0);
     QVERIFY(result != message::DualExtrusionHelp::OK);
@@ -315,9 +328,9 @@ void tst_Messages::hiddenFirmwareCheckReturnsZeroAndNotNotNow()
 void tst_Messages::okOfTheFilamentAlertStoresTheChoice()
 {
     ModalDriver driver;
-    driver.next([](QWidget* window) {
+    driver.expect([](QDialog* window) {
         window->findChild<QCheckBox*>()->setChecked(true);
-        click(window, "&OK");
+        pressButton(window, text("&OK"));
     });
     message::MaterialPCLAlert(m_parent.get(), m_settings.get()).exec();
     QVERIFY(m_settings->value(text("MessageBox/skipPCLAlert")).toBool());
@@ -341,8 +354,8 @@ void tst_Messages::canBeShownTwice()
 {
     message::SaveBeforeClosing question(m_parent.get());
     ModalDriver driver;
-    driver.next([](QWidget* window) { click(window, "&Save"); });
-    driver.next([](QWidget* window) { QTest::keyClick(window, Qt::Key_Escape); });
+    driver.expect([](QDialog* window) { pressButton(window, text("&Save")); });
+    driver.expect([](QDialog* window) { QTest::keyClick(window, Qt::Key_Escape); });
     QCOMPARE(question.exec(), message::SaveBeforeClosing::Save);
     QCOMPARE(question.exec(), message::SaveBeforeClosing::Cancel);
 }
@@ -352,7 +365,7 @@ void tst_Messages::returnsZeroWhenTheParentDiesWhileOpen()
     auto* parent = new QWidget;
     message::SaveBeforeClosing question(parent);
     ModalDriver driver;
-    driver.next([parent](QWidget*) { delete parent; });
+    driver.expect([parent](QWidget*) { delete parent; });
     QCOMPARE(question.exec(), message::SaveBeforeClosing::Cancel);
     QVERIFY(!question.box());
 }
@@ -372,7 +385,7 @@ void tst_Messages::givesItsBoxToWhoeverShowsItWithoutBlocking()
 {
     const message::OldFirmwareCheck check(text("Fabrino"), text("6.1"), m_parent.get(), nullptr);
     QVERIFY(check.box()->maybeShowNonModal());
-    click(check.box(), "&Upgrade Firmware...");
+    pressButton(check.box(), text("&Upgrade Firmware..."));
     QCOMPARE(check.box()->finishCode(), int(message::OldFirmwareCheck::UpgradeFirmware));
 }
 

@@ -347,6 +347,9 @@ void tst_MessageBox::headingIsPlainAndTheTextRich()
     QCOMPARE(label(&box, "heading")->text(), text("<b>part</b>"));
     QCOMPARE(label(&box, "text")->textFormat(), Qt::AutoText);
     QCOMPARE(label(&box, "text")->text(), text("<b>bold</b>"));
+    box.setTextFormat(Qt::PlainText);
+    QCOMPARE(label(&box, "text")->textFormat(), Qt::PlainText);
+    QCOMPARE(label(&box, "text")->text(), text("<b>bold</b>"));
 }
 
 void tst_MessageBox::headingFollowsPixelFonts()
@@ -417,7 +420,7 @@ void tst_MessageBox::reportsThePressedButton()
     QSignalSpy accepted(&box, &QDialog::accepted);
     QSignalSpy rejected(&box, &QDialog::rejected);
     ModalDriver driver;
-    driver.next([&](QWidget* window) { click(window, button.toLatin1().constData()); });
+    driver.expect([&](QWidget* window) { click(window, button.toLatin1().constData()); });
 
     QCOMPARE(box.exec(), int(code == 0 ? QDialog::Rejected : QDialog::Accepted));
 
@@ -434,7 +437,7 @@ void tst_MessageBox::enterPressesTheDefaultButton()
 {
     MessageBox box(threeButtons(), text("T"), text("B"), QMessageBox::Warning);
     ModalDriver driver;
-    driver.next([&](QWidget* window) {
+    driver.expect([&](QWidget* window) {
         QVERIFY(button(window, "&Keep")->hasFocus());
         QTest::keyClick(window, Qt::Key_Return);
     });
@@ -464,7 +467,7 @@ void tst_MessageBox::escapeRejectsAlsoWithoutARejectingButton()
     MessageBox box({{text("&OK"), 1, 1}}, text("T"), text("B"), QMessageBox::Warning);
     QSignalSpy finished(&box, &MessageBox::finished);
     ModalDriver driver;
-    driver.next([](QWidget* window) { QTest::keyClick(window, Qt::Key_Escape); });
+    driver.expect([](QWidget* window) { QTest::keyClick(window, Qt::Key_Escape); });
     QCOMPARE(box.exec(), int(QDialog::Rejected));
     QCOMPARE(box.finishCode(), 0);
     QCOMPARE(finished.count(), 1);
@@ -476,7 +479,7 @@ void tst_MessageBox::closingTheWindowRejects()
     MessageBox box({{text("&OK"), 1, 1}}, text("T"), text("B"), QMessageBox::Warning);
     QSignalSpy finished(&box, &MessageBox::finished);
     ModalDriver driver;
-    driver.next([](QWidget* window) { window->close(); });
+    driver.expect([](QWidget* window) { window->close(); });
     box.exec();
     QCOMPARE(finished.count(), 1);
     QCOMPARE(finished.at(0).at(0).toInt(), 0);
@@ -503,10 +506,10 @@ void tst_MessageBox::forgetsTheCodeWhenShownAgain()
     MessageBox box(threeButtons(), text("T"), text("B"), QMessageBox::Warning);
     QSignalSpy finished(&box, &MessageBox::finished);
     ModalDriver driver;
-    driver.next([](QWidget* window) { click(window, "&Save"); });
+    driver.expect([](QWidget* window) { click(window, "&Save"); });
     box.exec();
     QCOMPARE(box.finishCode(), 2);
-    driver.next([&](QWidget* window) {
+    driver.expect([&](QWidget* window) {
         QCOMPARE(box.finishCode(), 0);
         QTest::keyClick(window, Qt::Key_Escape);
     });
@@ -520,7 +523,7 @@ void tst_MessageBox::forgetsTheCodeWhenSkippedTheSecondTime()
     MessageBox box(threeButtons(), text("T"), text("B"), QMessageBox::Warning, m_settings.get(),
                    text("key"));
     ModalDriver driver;
-    driver.next([](QWidget* window) {
+    driver.expect([](QWidget* window) {
         QTest::mouseClick(window->findChild<QCheckBox*>(), Qt::LeftButton, {}, QPoint(8, 8));
         click(window, "&Save");
     });
@@ -582,7 +585,7 @@ void tst_MessageBox::showsWhatTheUserDidNotHide()
     MessageBox box(threeButtons(), text("T"), text("B"), QMessageBox::Warning, m_settings.get(),
                    text("key"));
     ModalDriver driver;
-    driver.next([&](QWidget* window) {
+    driver.expect([&](QWidget* window) {
         QVERIFY(m_log->contains("Skipping message box", 1));
         QTest::keyClick(window, Qt::Key_Escape);
     });
@@ -612,7 +615,7 @@ void tst_MessageBox::survivesTheDeathOfItsParentWhileOpen()
     auto* parent = new QWidget;
     auto* box = new MessageBox(threeButtons(), text("T"), text("B"), QMessageBox::Warning, parent);
     ModalDriver driver;
-    driver.next([parent](QWidget*) { delete parent; });
+    driver.expect([parent](QWidget*) { delete parent; });
     QVERIFY(box->maybeShowModal());
 }
 
@@ -685,7 +688,7 @@ void tst_MessageBox::displayFunctionsShowOneButton()
     QFETCH(bool, critical);
     QWidget parent;
     ModalDriver driver;
-    driver.next<MessageBox>([](MessageBox* box) {
+    driver.expect<MessageBox>([](MessageBox* box) {
         const QList<QPushButton*> buttons = box->findChildren<QPushButton*>();
         QCOMPARE(buttons.size(), 1);
         QCOMPARE(buttons[0]->text(), text("&OK"));
@@ -709,7 +712,7 @@ void tst_MessageBox::displayFallsBackToAPlainBox()
     m_log->expectError("Invalid MessageBox icon");
     QWidget parent;
     ModalDriver driver;
-    driver.next<QMessageBox>([](QMessageBox* box) {
+    driver.expect<QMessageBox>([](QMessageBox* box) {
         QCOMPARE(box->text(), text("Invalid MessageBox icon"));
         QCOMPARE(box->windowTitle(), text(" "));
         QCOMPARE(box->icon(), QMessageBox::Critical);
@@ -726,7 +729,7 @@ void tst_MessageBox::displaySurvivesTheDeathOfTheParent()
 {
     auto* parent = new QWidget;
     ModalDriver driver;
-    driver.next([parent](QWidget*) { delete parent; });
+    driver.expect([parent](QWidget*) { delete parent; });
     trovek::displayCriticalError(text("T"), text("B"), parent);
     QVERIFY(driver.isDone());
 }

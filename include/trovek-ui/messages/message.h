@@ -35,6 +35,9 @@ protected:
             const Buttons& buttons, QWidget* parent, QSettings* settings = nullptr,
             const QString& settingsKey = QString());
 
+    /** For a body with the name of a port or a file in it, which may look like markup. */
+    void showAsPlainText();
+
     /** Shows the box unless the user has hidden it, and waits; the box's finishCode(), or 0. */
     int run();
 
