@@ -33,8 +33,8 @@ TROVEK_UI_EXPORT void recursiveDelete(QDir dir);
 
 /**
  * A new folder in the system's temporary one, readable only by its user, that is deleted with its
- * contents when the last copy of the object goes. Hidden entries are not looked for: a folder that
- * has one remains.
+ * contents when the last copy of the object goes. Hidden entries and links that point nowhere are
+ * not looked for: a folder that has one remains.
  *
  * Not thread-safe.
  */

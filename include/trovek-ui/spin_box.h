@@ -7,7 +7,8 @@
 /**
  * A box for whole numbers that tells an intended move from a change of its value.
  *
- * Points, commas and group separators are not taken in any locale: "1.000" is never a thousand.
+ * Points, commas and group separators are not taken in any locale: "1.000" cannot be pasted, and
+ * is seen as "1000" when it is typed.
  */
 class TROVEK_UI_EXPORT SpinBox : public QSpinBox
 {

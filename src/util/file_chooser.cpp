@@ -31,6 +31,8 @@ QStringList runFileDialog(QWidget* parent, const QString& caption, const QString
         new QFileDialog(parent, caption, path, filters.joinedFilterString());
     dialog->setOptions(options);
     dialog->setFileMode(fileMode);
+    // No addresses of servers, which the dialogs of some desktops offer.
+    dialog->setSupportedSchemes({QStringLiteral("file")});
     // Before it is a save dialog: there a filter replaces what follows the last dot of the proposed
     // name, also in "cube 0.2mm".
     dialog->selectNameFilter(selectedFilter);

@@ -123,6 +123,8 @@ private slots:
     void opensSeveralFiles();
     void openIsCancelled();
     void openSurvivesTheDeathOfItsParent();
+    void proposesTheNameAsItIs_data();
+    void proposesTheNameAsItIs();
     void savesUnderAFixedAbsolutePath();
     void savesUnderTheFilterThatTheUserSelected();
     void saveIsCancelled();
@@ -326,6 +328,8 @@ void tst_FileChooser::opensOneFile()
     driver.expect<QFileDialog>([&](QFileDialog* dialog) {
         QCOMPARE(dialog->windowTitle(), text("Open it"));
         QCOMPARE(dialog->fileMode(), QFileDialog::ExistingFile);
+        QCOMPARE(dialog->options(), QFileDialog::Options());
+        QCOMPARE(dialog->supportedSchemes(), QStringList(text("file")));
         QCOMPARE(dialog->directory().canonicalPath(), QDir(m_folder->path()).canonicalPath());
         QCOMPARE(dialog->nameFilters().join(text(";;")),
                  text("Meshes (*.stl);;Objects (*.obj *.object)"));
@@ -380,6 +384,42 @@ void tst_FileChooser::openSurvivesTheDeathOfItsParent()
                 .cancelled);
 }
 
+void tst_FileChooser::proposesTheNameAsItIs_data()
+{
+    QTest::addColumn<QString>("initial");
+    QTest::addColumn<QString>("folder");
+    QTest::addColumn<QString>("proposed");
+
+    QTest::newRow("suffix of the filter") << text("a.obj") << QString() << text("a.obj");
+    QTest::newRow("second suffix") << text("a.object") << QString() << text("a.object");
+    QTest::newRow("suffix of another filter") << text("a.stl") << QString() << text("a.stl");
+    QTest::newRow("a dot in the name") << text("cube 0.2mm") << QString() << text("cube 0.2mm");
+    QTest::newRow("a file that exists") << text("there.obj") << QString() << text("there.obj");
+    QTest::newRow("signs of an address")
+        << text("50%20#1?.obj") << QString() << text("50%20#1?.obj");
+    QTest::newRow("a folder") << text("sub") << text("sub") << QString();
+    QTest::newRow("a file in a folder") << text("sub/a.obj") << text("sub") << text("a.obj");
+}
+
+void tst_FileChooser::proposesTheNameAsItIs()
+{
+    QFETCH(QString, initial);
+    QFETCH(QString, folder);
+    QFETCH(QString, proposed);
+    touch("there.obj");
+    QVERIFY(QDir(m_folder->path()).mkdir(text("sub")));
+    ModalDriver driver;
+    driver.expect<QFileDialog>([&](QFileDialog* dialog) {
+        QCOMPARE(nameEdit(dialog)->text(), proposed);
+        QCOMPARE(dialog->directory().canonicalPath(),
+                 QDir(m_folder->filePath(folder)).canonicalPath());
+        QCOMPARE(dialog->selectedNameFilter(), obj().filterString());
+        cancel(dialog);
+    });
+    trovek::chooseSavePath(nullptr, text("Save"), m_folder->filePath(initial),
+                           FileFilterList({stl(), obj()}, obj()), nullptr);
+}
+
 void tst_FileChooser::savesUnderAFixedAbsolutePath()
 {
     ModalDriver driver;
@@ -388,6 +428,8 @@ void tst_FileChooser::savesUnderAFixedAbsolutePath()
         QCOMPARE(nameEdit(dialog)->text(), text("part"));
         QCOMPARE(dialog->directory().canonicalPath(), QDir(m_folder->path()).canonicalPath());
         QVERIFY(dialog->testOption(QFileDialog::DontConfirmOverwrite));
+        QVERIFY(!dialog->testOption(QFileDialog::DontUseNativeDialog));
+        QCOMPARE(dialog->supportedSchemes(), QStringList(text("file")));
         accept(dialog, text("part.stl"));
     });
     const FileChooserResult result = trovek::chooseSavePath(
