@@ -1,5 +1,6 @@
 #include "raw_client.h"
 #include "service_world.h"
+#include "support/environment.h"
 #include "support/test_log.h"
 
 #include <trovek/text.h>
@@ -54,35 +55,6 @@ std::string refusal(const service::EmbeddedService::Options& options)
     }
     return std::string();
 }
-
-/** Has a variable of the environment until it goes. */
-class Environment
-{
-public:
-    Environment(const char* name, const QByteArray& value)
-        : m_name(name)
-        , m_earlier(qgetenv(name))
-        , m_wasSet(qEnvironmentVariableIsSet(name))
-    {
-        if (value.isNull())
-            qunsetenv(name);
-        else
-            qputenv(name, value);
-    }
-
-    ~Environment()
-    {
-        if (m_wasSet)
-            qputenv(m_name, m_earlier);
-        else
-            qunsetenv(m_name);
-    }
-
-private:
-    const char* m_name;
-    const QByteArray m_earlier;
-    const bool m_wasSet;
-};
 
 constexpr QFile::Permissions kOthers = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
                                        QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;

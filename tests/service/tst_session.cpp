@@ -34,6 +34,7 @@ private slots:
     void missingMethodsHaveAnotherError();
     void onlySubscribersAreTold();
     void theAnswerComesBeforeTheEvents();
+    void aJobsAnswersComeBeforeItsEvents();
     void aClientThatDoesNotReadIsDropped();
     void thereIsALimitOfClients();
     void requestsInPiecesAreUnderstood();
@@ -342,6 +343,35 @@ void tst_Session::theAnswerComesBeforeTheEvents()
     QCOMPARE(added["method"].asString(), std::string("printer_added"));
     QCOMPARE(added["params"]["state"].asInt(), int(Printer::Connecting));
     QCOMPARE(client.readLine()["params"]["state"].asInt(), int(Printer::Idle));
+}
+
+void tst_Session::aJobsAnswersComeBeforeItsEvents()
+{
+    TestLog log;
+    ServiceWorld world;
+    world.start();
+    RawClient client(world.address());
+    client.greet();
+    client.call(1, wire::method::kSubscribe);
+    QCOMPARE(client.readLine()["id"].asInt(), 1);
+    Json::Value params(Json::objectValue);
+    params["machine"] = ServiceWorld::kArchetype;
+    params["input_path"] = world.writeFile(QStringLiteral("a.stl"), "solid");
+    params["output_path"] = world.emptyFile(QStringLiteral("a.gcode"));
+    params["slicer_config"] = Json::Value(Json::objectValue);
+    params["materials"] = Json::Value(Json::arrayValue);
+    params["add_start_end"] = false;
+
+    // It fails while it starts, and has three events by then.
+    client.call(2, wire::method::kSlice, params);
+
+    const Json::Value answer = client.readLine();
+    QCOMPARE(answer["id"].asInt(), 2);
+    for (const char* const event : {"job_added", "job_changed", "job_concluded"}) {
+        const Json::Value notification = client.readLine();
+        QCOMPARE(notification["method"].asString(), std::string(event));
+        QCOMPARE(notification["params"]["id"], answer["result"]["id"]);
+    }
 }
 
 void tst_Session::aClientThatDoesNotReadIsDropped()

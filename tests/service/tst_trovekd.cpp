@@ -1,11 +1,13 @@
 #include "platform/trovek/recording_trovek.h"
 #include "service_world.h"
+#include "support/environment.h"
 #include "support/test_log.h"
 
 #include <trovek/text.h>
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -18,6 +20,8 @@ class tst_Trovekd : public QObject
 
 private slots:
     void printsItsAddressWhenItIsReady();
+    void aPlainNameLeadsItsClientsToIt_data();
+    void aPlainNameLeadsItsClientsToIt();
     void leavesNoSocketWhenItIsTerminated();
     void endsInOrderInTheMiddleOfAPrint();
     void startsAgainAfterItWasKilled();
@@ -59,16 +63,22 @@ public:
                            m_folder + QStringLiteral("/state"), QStringLiteral("--time-scale"),
                            QStringLiteral("100")} +
                more);
-        while (!m_process.canReadLine()) {
-            if (!m_process.waitForReadyRead(10000))
-                return QByteArray();
-        }
-        return m_process.readLine().trimmed();
+        return readLine();
     }
 
     void launch(const QStringList& arguments)
     {
         m_process.start(QStringLiteral(TROVEKD_PROGRAM), arguments);
+    }
+
+    /** The line that it prints; empty when it ends instead. */
+    QByteArray readLine()
+    {
+        while (!m_process.canReadLine()) {
+            if (!m_process.waitForReadyRead(10000))
+                return QByteArray();
+        }
+        return m_process.readLine().trimmed();
     }
 
     /** The exit status; -1 when it crashed or does not end. */
@@ -87,6 +97,9 @@ private:
     const QString m_folder;
     QProcess m_process;
 };
+
+constexpr QFile::Permissions kOthers = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
+                                       QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
 
 QStringList entries(const QString& folder)
 {
@@ -107,6 +120,37 @@ void tst_Trovekd::printsItsAddressWhenItIsReady()
     RecordingTrovek client;
     client.connectToDaemon(Address::fromText(line.toStdString()));
     QCOMPARE(client.ports().size(), std::size_t(2));
+}
+
+void tst_Trovekd::aPlainNameLeadsItsClientsToIt_data()
+{
+    QTest::addColumn<QByteArray>("runtimeDir");
+    QTest::addColumn<QString>("socketFolder");
+
+    QTest::newRow("with a runtime folder") << QByteArray("FOLDER/run") << QStringLiteral("run/trovek");
+    QTest::newRow("without one") << QByteArray() << QStringLiteral("data/trovek");
+    QTest::newRow("with one that is relative") << QByteArray("run") << QStringLiteral("data/trovek");
+}
+
+void tst_Trovekd::aPlainNameLeadsItsClientsToIt()
+{
+    QFETCH(QByteArray, runtimeDir);
+    QFETCH(QString, socketFolder);
+    TestLog log;
+    const QTemporaryDir folder;
+    const QByteArray path = folder.path().toUtf8();
+    const Environment data("XDG_DATA_HOME", path + "/data");
+    const Environment runtime("XDG_RUNTIME_DIR", runtimeDir.replace("FOLDER", path));
+    Daemon daemon(folder.path());
+
+    daemon.launch({QStringLiteral("--socket"), QStringLiteral("x")});
+
+    QCOMPARE(daemon.readLine(),
+             "local:" + folder.filePath(socketFolder + QStringLiteral("/x")).toUtf8());
+    QCOMPARE(QFileInfo(folder.filePath(socketFolder)).permissions() & kOthers, QFile::Permissions());
+    RecordingTrovek client;
+    client.connectToDaemon(Address::fromText("local:x"));
+    QVERIFY(client.isConnected());
 }
 
 void tst_Trovekd::leavesNoSocketWhenItIsTerminated()
