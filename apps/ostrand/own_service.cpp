@@ -49,7 +49,6 @@ trovek::Address OwnService::address()
     options.socketName = socketNameOf(options.stateDir);
     options.machinesFile = trovek::toStdString(m_settings.machinesFile);
     options.timeScale = m_settings.timeScale;
-    QDir().mkpath(trovek::toQString(options.stateDir));
     try {
         m_service = std::make_unique<trovek::service::EmbeddedService>(options);
         m_isBorrowed = false;
