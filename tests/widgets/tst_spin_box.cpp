@@ -141,14 +141,15 @@ void tst_SpinBox::enterTriggersBeforeTheValueChanges()
 {
     m_box->setKeyboardTracking(false);
     QStringList order;
-    connect(m_box.get(), &SpinBox::triggered, this, [&] { order += text("triggered"); });
+    connect(m_box.get(), &SpinBox::triggered, this,
+            [&](int value) { order += text("triggered ") + QString::number(value); });
     connect(m_box.get(), qOverload<int>(&QSpinBox::valueChanged), this,
             [&] { order += text("changed"); });
     connect(m_box.get(), &QSpinBox::editingFinished, this, [&] { order += text("finished"); });
     m_box->selectAll();
     QTest::keyClicks(m_box.get(), text("12"));
     QTest::keyClick(m_box.get(), Qt::Key_Return);
-    const QStringList expected{text("triggered"), text("changed"), text("finished")};
+    const QStringList expected{text("triggered 12"), text("changed"), text("finished")};
     QCOMPARE(order, expected);
 }
 
