@@ -12,6 +12,7 @@
 #include <QPointer>
 #include <QTimer>
 
+#include <algorithm>
 #include <optional>
 #include <stdexcept>
 
@@ -99,8 +100,10 @@ void VirtualMachine::Private::load()
     body.platform.setCelsius(numberOr(saved["platform"], HeaterDefinition::kRoomCelsius));
     const Json::Value& position = saved["position"];
     for (std::size_t i = 0; position.isArray() && i < 3; ++i) {
-        body.position[i] = numberOr(position.get(static_cast<Json::ArrayIndex>(i), Json::Value()),
-                                    body.position[i]);
+        const double coordinate = numberOr(
+            position.get(static_cast<Json::ArrayIndex>(i), Json::Value()), body.position[i]);
+        // The machines file may have made it smaller since; from far away homing would never end.
+        body.position[i] = std::clamp(coordinate, body.limits[i].min, body.limits[i].max);
     }
 }
 

@@ -40,6 +40,7 @@ private slots:
     void memorySurvivesARestart();
     void memoryRefusesWhatDoesNotFit_data();
     void memoryRefusesWhatDoesNotFit();
+    void aSavedPositionOutsideIsBroughtToTheEndStops();
     void spoiltStateIsLikeNone_data();
     void spoiltStateIsLikeNone();
     void positionSurvivesARestart();
@@ -431,6 +432,23 @@ void tst_VirtualMachine::memoryRefusesWhatDoesNotFit()
     QCOMPARE(f.machine->readMemory(0, 1 << 20).count('x'), expectedResult ? size : 0);
     QCOMPARE(f.machine->readMemory(-1, 5), QByteArray());
     QCOMPARE(f.machine->readMemory(4094, 5).size(), 2);
+}
+
+void tst_VirtualMachine::aSavedPositionOutsideIsBroughtToTheEndStops()
+{
+    Fixture f;
+    QFile file(f.file("state.json"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("{\"position\": [1e300, -1e300, 5]}");
+    file.close();
+
+    f.restart();
+
+    const std::array<double, 3> position = f.machine->status().position;
+    const MachineDefinition& machine = f.machineDefinition;
+    QCOMPARE(position[0], std::max(machine.buildVolume[0].max, machine.homePosition[0]));
+    QCOMPARE(position[1], std::min(machine.buildVolume[1].min, machine.homePosition[1]));
+    QCOMPARE(position[2], 5.0);
 }
 
 void tst_VirtualMachine::spoiltStateIsLikeNone_data()
