@@ -10,7 +10,8 @@
 
 using namespace trovek;
 
-/** Many jobs through one service: all of them conclude as they should, and nothing is left of them. */
+/** Many jobs through one service: all of them conclude as they should, and nothing is left of them.
+ */
 class tst_Soak : public QObject
 {
     Q_OBJECT
@@ -36,8 +37,9 @@ struct Resources
     static int count(const char* folder)
     {
         const QDir dir(QString::fromLatin1(folder));
-        return dir.exists() ? dir.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size()
-                            : -1;
+        return dir.exists()
+                   ? dir.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size()
+                   : -1;
     }
 
     int descriptors = count("/proc/self/fd");
@@ -102,7 +104,8 @@ private:
         const int kind = number % 10;
         // Every tenth job is a print; the machine runs one at a time.
         if (kind == 0) {
-            const int id = m_client.print(MachineName(ServiceWorld::kMachine), m_good, {}, {"pla"}, true);
+            const int id =
+                m_client.print(MachineName(ServiceWorld::kMachine), m_good, {}, {"pla"}, true);
             m_expected[id] = {JobEnded, std::string(), QByteArray()};
             settle();
             return;
@@ -129,7 +132,8 @@ private:
             const Job job = m_client.jobFromID(id);
             ++conclusions[job.conclusion()];
             if (job.conclusion() != expected.conclusion)
-                differences.append(QStringLiteral("job %1 concluded with %2").arg(id).arg(job.conclusion()));
+                differences.append(
+                    QStringLiteral("job %1 concluded with %2").arg(id).arg(job.conclusion()));
             if (expected.output.empty())
                 continue;
             if (ServiceWorld::read(expected.output) != expected.bytes)
@@ -154,7 +158,9 @@ void tst_Soak::nothingIsLeftOfManyJobs()
 {
     TestLog log;
     // What a process keeps from its first event loop and thread on is no leftover of a job.
-    { const Soak first; }
+    {
+        const Soak first;
+    }
     const Resources before;
     QElapsedTimer clock;
     clock.start();

@@ -84,8 +84,8 @@ public:
     /** The exit status; -1 when it crashed or does not end. */
     int waitForEnd()
     {
-        const bool ended
-            = m_process.state() == QProcess::NotRunning || m_process.waitForFinished(10000);
+        const bool ended =
+            m_process.state() == QProcess::NotRunning || m_process.waitForFinished(10000);
         if (!ended || m_process.exitStatus() != QProcess::NormalExit)
             return -1;
         return m_process.exitCode();
@@ -127,9 +127,11 @@ void tst_Trovekd::aPlainNameLeadsItsClientsToIt_data()
     QTest::addColumn<QByteArray>("runtimeDir");
     QTest::addColumn<QString>("socketFolder");
 
-    QTest::newRow("with a runtime folder") << QByteArray("FOLDER/run") << QStringLiteral("run/trovek");
+    QTest::newRow("with a runtime folder")
+        << QByteArray("FOLDER/run") << QStringLiteral("run/trovek");
     QTest::newRow("without one") << QByteArray() << QStringLiteral("data/trovek");
-    QTest::newRow("with one that is relative") << QByteArray("run") << QStringLiteral("data/trovek");
+    QTest::newRow("with one that is relative")
+        << QByteArray("run") << QStringLiteral("data/trovek");
 }
 
 void tst_Trovekd::aPlainNameLeadsItsClientsToIt()
@@ -147,7 +149,8 @@ void tst_Trovekd::aPlainNameLeadsItsClientsToIt()
 
     QCOMPARE(daemon.readLine(),
              "local:" + folder.filePath(socketFolder + QStringLiteral("/x")).toUtf8());
-    QCOMPARE(QFileInfo(folder.filePath(socketFolder)).permissions() & kOthers, QFile::Permissions());
+    QCOMPARE(QFileInfo(folder.filePath(socketFolder)).permissions() & kOthers,
+             QFile::Permissions());
     RecordingTrovek client;
     client.connectToDaemon(Address::fromText("local:x"));
     QVERIFY(client.isConnected());

@@ -47,20 +47,24 @@ void addEveryOperation()
     row("cancel_job", R"({"id": 7})", 10000, [](Trovek& t) { t.cancelJob(7); });
     row("print",
         R"({"machine": "left", "input_path": "/i.gcode", "materials": ["pla", "abs"],
-            "skip_start_end": true, "slicer_config": )" + settings + "}",
-        10000, [](Trovek& t) { t.print(kLeft, "/i.gcode", configuration(), {"pla", "abs"}, true); });
+            "skip_start_end": true, "slicer_config": )" +
+            settings + "}",
+        10000, [](Trovek& t) {
+            t.print(kLeft, "/i.gcode", configuration(), {"pla", "abs"}, true);
+        });
     row("print_to_file",
         R"({"machine": "left", "input_path": "/i.gcode", "output_path": "/o.x3g", "materials": [],
-            "skip_start_end": false, "format": "x3g", "slicer_config": )" + settings + "}",
+            "skip_start_end": false, "format": "x3g", "slicer_config": )" +
+            settings + "}",
         10000, [](Trovek& t) {
             t.printToFile(kLeft, "/i.gcode", "/o.x3g", configuration(), {}, false, "x3g");
         });
     row("slice",
         R"({"machine": "left", "input_path": "/i.stl", "output_path": "/o.gcode",
-            "materials": ["pla"], "add_start_end": true, "slicer_config": )" + settings + "}",
-        10000, [](Trovek& t) {
-            t.slice(kLeft, "/i.stl", "/o.gcode", configuration(), {"pla"}, true);
-        });
+            "materials": ["pla"], "add_start_end": true, "slicer_config": )" +
+            settings + "}",
+        10000,
+        [](Trovek& t) { t.slice(kLeft, "/i.stl", "/o.gcode", configuration(), {"pla"}, true); });
     row("jog", R"({"machine": "left", "axis": 4, "distance": -10, "limit_ms": 20000})", 10000,
         [](Trovek& t) { t.jog(kLeft, Printer::ZAxis, -10, 20000); });
     row("home", R"({"machine": "left"})", 60000, [](Trovek& t) { t.home(kLeft); });

@@ -25,8 +25,8 @@ Json::Value json(const QByteArray& text);
 SlicerConfiguration configuration();
 
 /**
- * Test data: a row for each operation that asks the service, with the columns "operation", "method",
- * "params" (JSON, what is sent) and "deadlineMs".
+ * Test data: a row for each operation that asks the service, with the columns "operation",
+ * "method", "params" (JSON, what is sent) and "deadlineMs".
  */
 void addEveryOperation();
 /** What the operations of addEveryOperation() need to succeed. */

@@ -95,9 +95,9 @@ void tst_TrovekFaults::givesUpAfterItsDeadline()
     client.setDeadlineScale(0.0005);
     service.hangNext(method.toStdString());
 
-    QCOMPARE(thrownText([&] { operation(client); }),
-             "No answer to \"" + method.toStdString() + "\" within "
-                 + std::to_string(deadlineMs / 2000) + " ms");
+    QCOMPARE(thrownText([&] { operation(client); }), "No answer to \"" + method.toStdString() +
+                                                         "\" within " +
+                                                         std::to_string(deadlineMs / 2000) + " ms");
     // Nobody knows what the service makes of the request, so the link is not used any more.
     QVERIFY(!client.isConnected());
     QCOMPARE(thrownText([&] { operation(client); }), std::string("Not connected to the service"));
