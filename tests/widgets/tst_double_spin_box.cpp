@@ -161,6 +161,7 @@ void tst_DoubleSpinBox::takesNoGroupSeparators_data()
     QTest::newRow("German") << text("de_DE") << text("1.000,5");
     QTest::newRow("Swiss") << text("de_CH") << text("1’000.5");
     QTest::newRow("French") << text("fr_FR") << QString(text("1") + QChar(0x202f) + text("000,5"));
+    QTest::newRow("French, by a blank") << text("fr_FR") << text("1 000,5");
     QTest::newRow("a blank") << text("C") << text("1 000");
     QTest::newRow("two groups") << text("de_DE") << text("1.000.000");
 }

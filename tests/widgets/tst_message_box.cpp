@@ -419,12 +419,15 @@ void tst_MessageBox::reportsThePressedButton()
     QSignalSpy finished(&box, &MessageBox::finished);
     QSignalSpy accepted(&box, &QDialog::accepted);
     QSignalSpy rejected(&box, &QDialog::rejected);
+    int codeDuringTheSignal = -1;
+    connect(&box, &MessageBox::finished, this, [&] { codeDuringTheSignal = box.finishCode(); });
     ModalDriver driver;
     driver.expect([&](QWidget* window) { click(window, button.toLatin1().constData()); });
 
     QCOMPARE(box.exec(), int(code == 0 ? QDialog::Rejected : QDialog::Accepted));
 
     QCOMPARE(box.finishCode(), code);
+    QCOMPARE(codeDuringTheSignal, code);
     QCOMPARE(finished.count(), 1);
     QCOMPARE(finished.at(0).at(0).toInt(), code);
     QCOMPARE(accepted.count(), code == 0 ? 0 : 1);

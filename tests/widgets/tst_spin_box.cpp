@@ -236,6 +236,7 @@ void tst_SpinBox::takesNoSeparatorsInAnyLocale_data()
     }
     QTest::newRow("de_DE, blank") << text("de_DE") << text("1 5") << text("15");
     QTest::newRow("de_CH, apostrophe") << text("de_CH") << text("1’500") << text("1500");
+    QTest::newRow("fr_FR, blank") << text("fr_FR") << text("1 500") << text("1500");
     QTest::newRow("fr_FR, narrow blank")
         << text("fr_FR") << QString(text("1") + QChar(0x202f) + text("500")) << text("1500");
 }
