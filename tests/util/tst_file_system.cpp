@@ -1,3 +1,4 @@
+#include "support/environment.h"
 #include "support/test_log.h"
 #include "support/thrown_text.h"
 
@@ -82,11 +83,6 @@ private:
 };
 #endif
 
-QStringList temporaryFolders()
-{
-    return QDir::temp().entryList({text("trovek-ui-*")}, QDir::Dirs);
-}
-
 } // namespace
 
 class tst_FileSystem : public QObject
@@ -129,6 +125,7 @@ private slots:
     void temporaryDirIsPrivate();
     void temporaryDirIsEnterableForAServiceOfAnotherAccount();
     void temporaryDirSurvivesACopyOntoItself();
+    void temporaryDirReportsThatItCannotBeMade();
     void managedDirsLiveUntilTheyAreCleaned();
     void namesAreTriedThreeTimes();
 
@@ -593,9 +590,20 @@ void tst_FileSystem::temporaryDirSurvivesACopyOntoItself()
     QVERIFY(exists(path("a.txt")));
 }
 
+void tst_FileSystem::temporaryDirReportsThatItCannotBeMade()
+{
+    write(path("file"));
+    const trovek::Environment noFolder("TMPDIR", QFile::encodeName(path("file")));
+    const std::string expected = "Failed to create temporary directory";
+    QCOMPARE(thrownText([] { TemporaryDir(); }), expected);
+    QCOMPARE(thrownText([] { TemporaryDir::managedDir(); }), expected);
+    TemporaryDir::cleanManagedDirectories();
+    QCOMPARE(tree(m_folder->path()), QStringList(text("file")));
+}
+
 void tst_FileSystem::managedDirsLiveUntilTheyAreCleaned()
 {
-    const QStringList before = temporaryFolders();
+    const trovek::Environment own("TMPDIR", QFile::encodeName(m_folder->path()));
     const QDir first = TemporaryDir::managedDir();
     const QDir second = TemporaryDir::managedDir();
     QVERIFY(first.absolutePath() != second.absolutePath());
@@ -611,7 +619,7 @@ void tst_FileSystem::managedDirsLiveUntilTheyAreCleaned()
     TemporaryDir::cleanManagedDirectories();
     QVERIFY(exists(first.absolutePath()));
     QVERIFY(QDir().rmdir(first.absolutePath()));
-    QCOMPARE(temporaryFolders(), before);
+    QVERIFY(tree(m_folder->path()).isEmpty());
 }
 
 void tst_FileSystem::namesAreTriedThreeTimes()
