@@ -154,7 +154,7 @@ int main(int argc, char** argv)
     QApplication application(argc, argv);
     World world;
     s_world = &world;
-    return runWithBaselines(argc, argv,
-                            {{"firstMakeGCodeDialog", "firstBareDialog"},
-                             {"makeGCodeDialogAgain", "bareDialogAgain"}});
+    return runWithBaselines(
+        argc, argv,
+        {{"firstMakeGCodeDialog", "firstBareDialog"}, {"makeGCodeDialogAgain", "bareDialogAgain"}});
 }

@@ -75,10 +75,9 @@ void echoLines(QLocalSocket* socket)
 void answerRequests(QLocalSocket* socket)
 {
     auto* const peer = new rpcwire::Peer(socket, rpcwire::Limits(), socket->parent());
-    QObject::connect(peer, &rpcwire::Peer::requestReceived, peer,
-                     [peer](const rpcwire::Peer::Request& request) {
-                         peer->answer(request, request.params);
-                     });
+    QObject::connect(
+        peer, &rpcwire::Peer::requestReceived, peer,
+        [peer](const rpcwire::Peer::Request& request) { peer->answer(request, request.params); });
 }
 
 /** Runs hundreds of exchanges and shows the median and the slowest but one of a hundred. */
@@ -105,7 +104,8 @@ void bareLine(benchmark::State& state)
     const Server server(echoLines);
     const std::unique_ptr<QLocalSocket> socket = server.connection();
     measure(state, [&socket] {
-        socket->write("{\"jsonrpc\":\"2.0\",\"id\":1,\"method\":\"get_job\",\"params\":{\"id\":7}}\n");
+        socket->write(
+            "{\"jsonrpc\":\"2.0\",\"id\":1,\"method\":\"get_job\",\"params\":{\"id\":7}}\n");
         while (!socket->canReadLine())
             socket->waitForReadyRead(kTimeoutMs);
         socket->readLine();

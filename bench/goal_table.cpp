@@ -14,8 +14,7 @@ class GoalTable : public benchmark::BenchmarkReporter
 public:
     explicit GoalTable(std::map<std::string, std::string> baselines)
         : m_baselines(std::move(baselines))
-    {
-    }
+    {}
 
     bool ReportContext(const Context&) override
     {
@@ -33,8 +32,8 @@ public:
 private:
     void print(const Run& run)
     {
-        const std::string name = run.run_name.function_name +
-                                 (run.run_name.args.empty() ? "" : "/" + run.run_name.args);
+        const std::string name =
+            run.run_name.function_name + (run.run_name.args.empty() ? "" : "/" + run.run_name.args);
         const double time = run.GetAdjustedRealTime();
         m_times[name] = time;
         std::printf("%-40s %9.3f %-2s %8s  %s%s\n", name.c_str(), time,

@@ -43,9 +43,10 @@ Json::Value protocolVersion()
 /** Its data also has the service's version, for clients with texts of their own. */
 JsonRpcException otherVersion(int major, int minor)
 {
-    const std::string text = "The service speaks protocol version "
-        + std::to_string(wire::kProtocolMajor) + "." + std::to_string(wire::kProtocolMinor)
-        + ", the client " + std::to_string(major) + "." + std::to_string(minor);
+    const std::string text = "The service speaks protocol version " +
+                             std::to_string(wire::kProtocolMajor) + "." +
+                             std::to_string(wire::kProtocolMinor) + ", the client " +
+                             std::to_string(major) + "." + std::to_string(minor);
     Json::Value data = wire::makeError(wire::error::kProtocolVersion, text).data();
     data["version"] = protocolVersion();
     return JsonRpcException(text, data);

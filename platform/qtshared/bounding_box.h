@@ -3,7 +3,8 @@
 namespace Orvane {
 
 /** An axis-aligned box in millimetres, in the machine's coordinates. */
-struct BoundingBox {
+struct BoundingBox
+{
     float xMin = 0;
     float yMin = 0;
     float zMin = 0;

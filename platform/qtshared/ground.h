@@ -3,7 +3,8 @@
 namespace Orvane {
 
 /** What a three-dimensional view draws under the objects. */
-struct Ground {
+struct Ground
+{
     enum PlatformShape : int {
         Rectangular = 0,
         Round = 1,

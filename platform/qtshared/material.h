@@ -20,7 +20,8 @@ enum Material : int {
 /** How many materials there are; the valid values are 0 to kMaterialCount - 1. */
 constexpr int kMaterialCount = 4;
 
-/** The name that a user reads, translated, for example "Orvane PLA"; "Unknown Material" otherwise. */
+/** The name that a user reads, translated, for example "Orvane PLA"; "Unknown Material" otherwise.
+ */
 QTSHARED_EXPORT QString materialToHumanString(Material material);
 
 /** The name that profiles and the service use, for example "pla"; "unknown" otherwise. */

@@ -24,8 +24,8 @@ bool takePrefix(std::string* text, const std::string& prefix)
 std::uint16_t portFromText(const std::string& text)
 {
     constexpr std::size_t kMaxDigits = 5;
-    if (text.empty() || text.size() > kMaxDigits
-        || text.find_first_not_of("0123456789") != std::string::npos)
+    if (text.empty() || text.size() > kMaxDigits ||
+        text.find_first_not_of("0123456789") != std::string::npos)
         return 0;
     const int port = std::stoi(text);
     return port <= 65535 ? static_cast<std::uint16_t>(port) : std::uint16_t(0);
@@ -87,8 +87,8 @@ std::string Address::toText() const
 
 bool Address::operator==(const Address& other) const
 {
-    return std::tie(m_kind, m_name, m_host, m_port, m_token)
-           == std::tie(other.m_kind, other.m_name, other.m_host, other.m_port, other.m_token);
+    return std::tie(m_kind, m_name, m_host, m_port, m_token) ==
+           std::tie(other.m_kind, other.m_name, other.m_host, other.m_port, other.m_token);
 }
 
 std::string localSocketPath(const std::string& name, const std::string& stateDir)
@@ -105,8 +105,8 @@ std::string localSocketPath(const std::string& name, const std::string& stateDir
 
 std::string defaultStateDir()
 {
-    return toStdString(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation)
-                       + QLatin1String("/trovek"));
+    return toStdString(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                       QLatin1String("/trovek"));
 }
 
 } // namespace trovek

@@ -41,8 +41,7 @@ AsynchronousMethod::AsynchronousMethod(std::string methodName)
     : d(std::make_unique<Private>())
     , m_name(std::move(methodName))
     , m_parameters(Json::objectValue)
-{
-}
+{}
 
 AsynchronousMethod::~AsynchronousMethod() = default;
 

@@ -16,8 +16,8 @@ namespace {
 
 [[noreturn]] void throwNotReached(const Address& address, const QIODevice& socket)
 {
-    throw std::runtime_error("Cannot reach the service at " + address.toText() + ": "
-                             + toStdString(socket.errorString()));
+    throw std::runtime_error("Cannot reach the service at " + address.toText() + ": " +
+                             toStdString(socket.errorString()));
 }
 
 std::unique_ptr<QIODevice> openLocal(const Address& address, const QDeadlineTimer& deadline)
@@ -52,7 +52,8 @@ int remainingMs(const QDeadlineTimer& deadline)
     return static_cast<int>(std::max<qint64>(1, deadline.remainingTime()));
 }
 
-std::unique_ptr<rpcwire::Peer> openConnection(const Address& address, const QDeadlineTimer& deadline)
+std::unique_ptr<rpcwire::Peer> openConnection(const Address& address,
+                                              const QDeadlineTimer& deadline)
 {
     std::unique_ptr<QIODevice> socket = address.kind() == Address::Local
                                             ? openLocal(address, deadline)

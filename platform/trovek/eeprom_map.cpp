@@ -146,7 +146,9 @@ void write(Json::Value& document, const std::string& path, const std::vector<T>&
 
 } // namespace
 
-EepromMap::EepromMap(Json::Value map) : m_map(std::move(map)) {}
+EepromMap::EepromMap(Json::Value map)
+    : m_map(std::move(map))
+{}
 
 EepromMap EepromMap::fromService(Json::Value map)
 {

@@ -31,15 +31,16 @@ public:
     const Json::Value& getEepromMap() const { return m_map; }
 
     /**
-     * The entry's values; null when the path is absent, holds another kind, or a value does not fit.
-     * The vector belongs to the map and is valid until the map changes or goes; vectors of other
-     * paths stay as they are.
+     * The entry's values; null when the path is absent, holds another kind, or a value does not
+     * fit. The vector belongs to the map and is valid until the map changes or goes; vectors of
+     * other paths stay as they are.
      */
     const std::vector<int>* getInt(const std::string& path) const;
     const std::vector<float>* getFloat(const std::string& path) const;
     const std::vector<std::string>* getString(const std::string& path) const;
 
-    /** Replace the values of an entry. @throws std::runtime_error "No such EEPROM entry: " + path */
+    /** Replace the values of an entry. @throws std::runtime_error "No such EEPROM entry: " + path
+     */
     void setInt(const std::string& path, const std::vector<int>& values);
     void setFloat(const std::string& path, const std::vector<float>& values);
     void setString(const std::string& path, const std::vector<std::string>& values);

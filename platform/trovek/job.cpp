@@ -6,6 +6,8 @@ namespace trovek {
 
 const Job::ID Job::kInvalidID = -1;
 
-Job::Job(Data data) : m_data(std::move(data)) {}
+Job::Job(Data data)
+    : m_data(std::move(data))
+{}
 
 } // namespace trovek

@@ -24,7 +24,8 @@ public:
     /** Marks that there is no job. */
     static const ID kInvalidID;
 
-    struct Data {
+    struct Data
+    {
         ID id = 0;
         /** What a user calls it: for a print the file's base name. */
         std::string name;

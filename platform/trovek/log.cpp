@@ -67,7 +67,8 @@ public:
 private:
     std::unique_lock<std::mutex> lockUnlessDelivering()
     {
-        return t_delivering ? std::unique_lock<std::mutex>() : std::unique_lock<std::mutex>(m_mutex);
+        return t_delivering ? std::unique_lock<std::mutex>()
+                            : std::unique_lock<std::mutex>(m_mutex);
     }
 
     void writeToAll(const LogEntry& entry)
@@ -92,12 +93,14 @@ class ThreadLog;
 class EntryBuffer : public std::streambuf
 {
 public:
-    explicit EntryBuffer(ThreadLog& thread) : m_thread(thread) {}
+    explicit EntryBuffer(ThreadLog& thread)
+        : m_thread(thread)
+    {}
 
     void begin(const Log::Metadata& metadata)
     {
-        m_entry = {metadata.severity, metadata.file, metadata.function, metadata.line,
-                   metadata.time, std::string()};
+        m_entry = {metadata.severity, metadata.file, metadata.function,
+                   metadata.line,     metadata.time, std::string()};
     }
 
     LogEntry take()
@@ -137,7 +140,9 @@ private:
 class EntryStream : public std::ostream
 {
 public:
-    explicit EntryStream(ThreadLog& thread) : std::ostream(nullptr), buffer(thread)
+    explicit EntryStream(ThreadLog& thread)
+        : std::ostream(nullptr)
+        , buffer(thread)
     {
         rdbuf(&buffer);
     }
@@ -179,8 +184,9 @@ public:
 
     void end(const EntryBuffer* buffer)
     {
-        const auto it = std::find_if(m_open.begin(), m_open.end(),
-                                     [buffer](const auto& open) { return &open->buffer == buffer; });
+        const auto it = std::find_if(m_open.begin(), m_open.end(), [buffer](const auto& open) {
+            return &open->buffer == buffer;
+        });
         if (it == m_open.end())
             return;
         // What was opened inside and not ended comes before the entry around it, as it happened.
@@ -225,7 +231,8 @@ int EntryBuffer::sync()
 thread_local ThreadLog* t_threadLog = nullptr;
 thread_local bool t_threadEnded = false;
 
-struct ThreadLogOwner {
+struct ThreadLogOwner
+{
     ThreadLog log;
     ThreadLogOwner() { t_threadLog = &log; }
     ~ThreadLogOwner()
@@ -254,8 +261,8 @@ QString escaped(const std::string& text)
 {
     QString result;
     for (const QChar c : toQString(text)) {
-        const bool separatesLines = c.category() == QChar::Separator_Line
-                                    || c.category() == QChar::Separator_Paragraph;
+        const bool separatesLines =
+            c.category() == QChar::Separator_Line || c.category() == QChar::Separator_Paragraph;
         if (c == QLatin1Char('\n'))
             result += QLatin1String("\\n");
         else if (c == QLatin1Char('\r'))
@@ -279,8 +286,7 @@ Log::Metadata::Metadata(Severity entrySeverity, std::string sourceUnit, std::str
     , function(std::move(caller))
     , line(sourceLine)
     , time(secondsSince1970)
-{
-}
+{}
 
 std::ostream& Log::appendToGlobalLog(const Metadata& metadata)
 {
@@ -309,13 +315,12 @@ void removeLogSink(const std::shared_ptr<LogSink>& sink)
 
 std::string formatLogEntry(const LogEntry& entry)
 {
-    const QString time =
-        QDateTime::fromSecsSinceEpoch(entry.time, Qt::UTC).toString(Qt::ISODate);
+    const QString time = QDateTime::fromSecsSinceEpoch(entry.time, Qt::UTC).toString(Qt::ISODate);
     const QString place =
         escaped(entry.file) + QLatin1Char(':') + QString::number(qulonglong(entry.line));
-    return toStdString(time + QLatin1Char(' ') + severityText(entry.severity) + QLatin1Char(' ')
-                       + place + QLatin1String(" [") + escaped(entry.function)
-                       + QLatin1String("] ") + escaped(entry.message));
+    return toStdString(time + QLatin1Char(' ') + severityText(entry.severity) + QLatin1Char(' ') +
+                       place + QLatin1String(" [") + escaped(entry.function) + QLatin1String("] ") +
+                       escaped(entry.message));
 }
 
 void CapturingLogSink::write(const LogEntry& entry)

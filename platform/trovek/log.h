@@ -29,7 +29,8 @@ public:
         Detail = 2,
     };
 
-    struct TROVEK_EXPORT Metadata {
+    struct TROVEK_EXPORT Metadata
+    {
         /**
          * @param file     the source unit, for example "src\core\job_watch"
          * @param function the calling function's full signature
@@ -50,7 +51,8 @@ public:
 };
 
 /** A finished entry as a sink receives it. */
-struct LogEntry {
+struct LogEntry
+{
     int severity = 0;
     std::string file;
     std::string function;
@@ -68,7 +70,8 @@ public:
     virtual void write(const LogEntry& entry) = 0;
 };
 
-/** Sinks receive entries from addLogSink() until removeLogSink(); the log shares their ownership. */
+/** Sinks receive entries from addLogSink() until removeLogSink(); the log shares their ownership.
+ */
 TROVEK_EXPORT void addLogSink(std::shared_ptr<LogSink> sink);
 TROVEK_EXPORT void removeLogSink(const std::shared_ptr<LogSink>& sink);
 

@@ -24,7 +24,8 @@ class ForwardingSink : public LogSink
 {
 public:
     ForwardingSink(std::unique_ptr<spdlog::sinks::sink> target, int maxSeverity)
-        : m_target(std::move(target)), m_maxSeverity(maxSeverity)
+        : m_target(std::move(target))
+        , m_maxSeverity(maxSeverity)
     {
         m_target->set_pattern("%v");
     }
@@ -33,7 +34,7 @@ public:
     {
         if (entry.severity > m_maxSeverity)
             return;
-        const auto level = entry.severity <= Log::Error ? spdlog::level::err
+        const auto level = entry.severity <= Log::Error  ? spdlog::level::err
                            : entry.severity == Log::Info ? spdlog::level::info
                                                          : spdlog::level::debug;
         const std::string line = formatLogEntry(entry);
@@ -64,8 +65,8 @@ std::shared_ptr<LogSink> makeRotatingFileLogSink(const std::string& path, std::s
     if (!QFileInfo(toQString(path)).absoluteDir().exists())
         throw std::runtime_error("No folder for the log file: " + path);
     try {
-        auto target = std::make_unique<spdlog::sinks::rotating_file_sink_st>(
-            nativePath(path), bytesPerFile, files);
+        auto target = std::make_unique<spdlog::sinks::rotating_file_sink_st>(nativePath(path),
+                                                                             bytesPerFile, files);
         return std::make_shared<ForwardingSink>(std::move(target), std::numeric_limits<int>::max());
     } catch (const spdlog::spdlog_ex& e) {
         throw std::runtime_error(e.what());

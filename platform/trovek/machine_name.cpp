@@ -4,6 +4,8 @@
 
 namespace trovek {
 
-MachineName::MachineName(std::string name) : m_name(std::move(name)) {}
+MachineName::MachineName(std::string name)
+    : m_name(std::move(name))
+{}
 
 } // namespace trovek

@@ -32,7 +32,9 @@ using Vector = std::array<double, 3>;
 #define TROVEK_REQUEST(name)                                                                       \
 public:                                                                                            \
     static constexpr char kName[] = #name;                                                         \
-    name() : AsynchronousMethod(kName) {}                                                          \
+    name()                                                                                         \
+        : AsynchronousMethod(kName)                                                                \
+    {}                                                                                             \
                                                                                                    \
 protected:                                                                                         \
     ~name() override = default;                                                                    \

@@ -14,8 +14,8 @@ bool peerIsSameUser(qintptr socketDescriptor)
 #ifdef SO_PEERCRED
     ucred credentials = {};
     socklen_t size = sizeof(credentials);
-    return ::getsockopt(descriptor, SOL_SOCKET, SO_PEERCRED, &credentials, &size) == 0
-           && credentials.uid == ::geteuid();
+    return ::getsockopt(descriptor, SOL_SOCKET, SO_PEERCRED, &credentials, &size) == 0 &&
+           credentials.uid == ::geteuid();
 #else
     uid_t user = 0;
     gid_t group = 0;

@@ -9,7 +9,8 @@ namespace trovek {
 
 namespace {
 
-struct HandleCloser {
+struct HandleCloser
+{
     void operator()(HANDLE handle) const { ::CloseHandle(handle); }
 };
 using Handle = std::unique_ptr<void, HandleCloser>;

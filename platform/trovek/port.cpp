@@ -5,7 +5,9 @@
 
 namespace trovek {
 
-Port::Port(Data data) : m_data(std::move(data)) {}
+Port::Port(Data data)
+    : m_data(std::move(data))
+{}
 
 const std::string& Port::displayName() const
 {
@@ -14,7 +16,8 @@ const std::string& Port::displayName() const
 
 bool Port::operator<(const Port& other) const
 {
-    return std::tie(m_data.name, m_data.identity) < std::tie(other.m_data.name, other.m_data.identity);
+    return std::tie(m_data.name, m_data.identity) <
+           std::tie(other.m_data.name, other.m_data.identity);
 }
 
 bool Port::operator==(const Port& other) const
@@ -29,8 +32,8 @@ bool portInConnectionWhitelist(const Port& port)
 
 std::string to_string(const Port& port)
 {
-    std::string text = "Port " + port.name() + ": " + port.displayName() + ", identity "
-                       + port.identity();
+    std::string text =
+        "Port " + port.name() + ": " + port.displayName() + ", identity " + port.identity();
     text += port.machineName().empty() ? ", closed" : ", machine " + port.machineName();
     if (port.inConnectionWhitelist())
         text += ", opened by itself";

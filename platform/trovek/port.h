@@ -6,17 +6,20 @@
 
 namespace trovek {
 
-/** A place where a machine can be attached, as the service sees it. Ordered by name, then identity. */
+/** A place where a machine can be attached, as the service sees it. Ordered by name, then identity.
+ */
 class TROVEK_EXPORT Port
 {
 public:
     /**
      * What the service says of the device on the port.
      *
-     * The identity tells one device from another and stays the same when it is plugged in again: USB
-     * vendor, product and serial number where there are any ("23c1:d314:0042"), else what else stays.
+     * The identity tells one device from another and stays the same when it is plugged in again:
+     * USB vendor, product and serial number where there are any ("23c1:d314:0042"), else what else
+     * stays.
      */
-    struct Data {
+    struct Data
+    {
         std::string name;
         std::string identity;
         /** What a user reads, for example "Virtual Fabrino 2 on port 1"; the name when empty. */

@@ -4,6 +4,8 @@
 
 namespace trovek {
 
-Printer::Printer(Data data) : m_data(std::move(data)) {}
+Printer::Printer(Data data)
+    : m_data(std::move(data))
+{}
 
 } // namespace trovek

@@ -16,7 +16,8 @@ namespace trovek {
  * One machine, or an archetype: a machine type that can be exported for but not printed on.
  *
  * Owned by Trovek and alive as long as it; the same object stands for the same key for ever. When
- * the machine goes away isConnected() and canPrint() turn false and everything else keeps its last value.
+ * the machine goes away isConnected() and canPrint() turn false and everything else keeps its last
+ * value.
  */
 class TROVEK_EXPORT Printer
 {
@@ -55,7 +56,8 @@ public:
     };
 
     /** Everything that the service says of a machine. */
-    struct Data {
+    struct Data
+    {
         MachineName key;
         std::string displayName;
         std::string portName;

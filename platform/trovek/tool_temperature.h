@@ -7,7 +7,8 @@
 namespace trovek {
 
 /** Current temperatures of a machine in whole degrees Celsius. */
-struct TROVEK_EXPORT ToolTemperature {
+struct TROVEK_EXPORT ToolTemperature
+{
     /** One a toolhead, in the order of Printer::Toolhead: 0 right or only, 1 left. */
     std::vector<int> toolheads;
     /** 0 when there is no heated platform. */

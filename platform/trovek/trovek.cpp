@@ -55,7 +55,9 @@ const MachineName& nameOf(const Printer* printer)
 
 } // namespace
 
-Trovek::Trovek() : d(std::make_unique<Private>(*this)) {}
+Trovek::Trovek()
+    : d(std::make_unique<Private>(*this))
+{}
 
 Trovek::~Trovek() = default;
 
@@ -219,11 +221,11 @@ void Trovek::home(const MachineName& machine)
 void Trovek::setToolheadTemperature(const MachineName& machine, Printer::Toolhead toolhead,
                                     int targetCelsius)
 {
-    d->call(wire::method::kSetToolheadTemperature,
-            object({{"machine", machine.name()},
-                    {"toolhead", int(toolhead)},
-                    {"target", targetCelsius}}),
-            kTimeoutMs);
+    d->call(
+        wire::method::kSetToolheadTemperature,
+        object(
+            {{"machine", machine.name()}, {"toolhead", int(toolhead)}, {"target", targetCelsius}}),
+        kTimeoutMs);
 }
 
 void Trovek::cboCalibration(const MachineName& machine)
@@ -282,10 +284,10 @@ std::set<FirmwareVersion> Trovek::getMachineVersions(const std::string& machine,
 std::string Trovek::downloadFirmware(const std::string& machine, int printerType,
                                      const FirmwareVersion& version)
 {
-    const Json::Value answer = d->call(
-        wire::method::kDownloadFirmware,
-        object({{"machine", machine}, {"type", printerType}, {"version", version.str()}}),
-        kLongTimeoutMs);
+    const Json::Value answer =
+        d->call(wire::method::kDownloadFirmware,
+                object({{"machine", machine}, {"type", printerType}, {"version", version.str()}}),
+                kLongTimeoutMs);
     if (!answer.isString())
         throw std::runtime_error("Odd answer to downloadfirmware: not a path");
     return answer.asString();

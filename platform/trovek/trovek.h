@@ -28,8 +28,8 @@ namespace trovek {
  *
  * Everything happens on the thread that made the client, which needs an event loop. The
  * operations send one request and wait for its answer without running the event loop; they throw
- * JsonRpcException for an error that the service answers, and another std::exception for a link that
- * is not there, is lost meanwhile, or lets the deadline pass (then the link is closed).
+ * JsonRpcException for an error that the service answers, and another std::exception for a link
+ * that is not there, is lost meanwhile, or lets the deadline pass (then the link is closed).
  *
  * The hooks are called from the event loop only, never inside an operation, in the order in which
  * the service reported the events. After connectToDaemon() every port, then every printer that is

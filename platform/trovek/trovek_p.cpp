@@ -38,9 +38,9 @@ bool readVersion(const Json::Value& object, int* major, int* minor)
 
 [[noreturn]] void throwVersionRefused(int major, int minor)
 {
-    throw std::runtime_error(
-        "The service speaks protocol version " + versionText(major, minor) + ", this program "
-        + versionText(wire::kProtocolMajor, wire::kProtocolMinor));
+    throw std::runtime_error("The service speaks protocol version " + versionText(major, minor) +
+                             ", this program " +
+                             versionText(wire::kProtocolMajor, wire::kProtocolMinor));
 }
 
 const Json::Value& listMember(const Json::Value& object, const char* name)
@@ -52,7 +52,9 @@ const Json::Value& listMember(const Json::Value& object, const char* name)
 
 } // namespace
 
-Trovek::Private::Private(Trovek& trovek) : m_trovek(trovek) {}
+Trovek::Private::Private(Trovek& trovek)
+    : m_trovek(trovek)
+{}
 
 // Peer and context go with it, and with them every request, event and hook that was to come.
 Trovek::Private::~Private() = default;
@@ -64,9 +66,8 @@ void Trovek::Private::connectTo(const Address& address)
     endLink();
     const QDeadlineTimer deadline(scaled(kConnectTimeoutMs));
     std::unique_ptr<rpcwire::Peer> peer = openConnection(address, deadline);
-    peer->setLogFunction([](int severity, const std::string& text) {
-        TROVEK_LOG(severity) << text << std::endl;
-    });
+    peer->setLogFunction(
+        [](int severity, const std::string& text) { TROVEK_LOG(severity) << text << std::endl; });
     greet(*peer, address, deadline);
     ++m_callCount;
     adoptSnapshot(peer->call(wire::method::kSubscribe, Json::Value(Json::objectValue),
@@ -162,7 +163,9 @@ void Trovek::Private::endLink()
 
     retirePeer();
 
-    const auto fromThisLink = [this](const Event& event) { return event.link == m_link; };
+    const auto fromThisLink = [this](const Event& event) {
+        return event.link == m_link;
+    };
     m_events.erase(std::remove_if(m_events.begin(), m_events.end(), fromThisLink), m_events.end());
     const PresentPrinters announced = std::exchange(m_announcedPrinters, {});
     for (Printer* const printer : announced.list()) {
@@ -246,7 +249,8 @@ void Trovek::Private::enqueue(int link, std::function<void()> action)
 
 void Trovek::Private::workOffLater()
 {
-    QMetaObject::invokeMethod(&m_context, [this] { workOff(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        &m_context, [this] { workOff(); }, Qt::QueuedConnection);
 }
 
 void Trovek::Private::workOff()

@@ -49,7 +49,8 @@ public:
     void setDeadlineScale(double scale) { m_deadlineScale = scale; }
 
 private:
-    struct Event {
+    struct Event
+    {
         /** The link that it came from; 0 for a loss, which outlives its link. */
         int link;
         std::function<void()> action;

@@ -21,7 +21,8 @@ constexpr int kProtocolMajor = 1;
 constexpr int kProtocolMinor = 0;
 
 namespace method {
-/** {version: {major, minor}, client, token?} -> {version: {major, minor}, service}; must be first. */
+/** {version: {major, minor}, client, token?} -> {version: {major, minor}, service}; must be first.
+ */
 constexpr char kHello[] = "hello";
 /** {} -> {ports: [port], printers: [printer]}; from then on notifications are sent. */
 constexpr char kSubscribe[] = "subscribe";
@@ -91,7 +92,8 @@ constexpr char kJobConcluded[] = "job_concluded";
 /** port */
 constexpr char kPortAttached[] = "port_attached";
 /**
- * port; its machine was opened or closed. Sent before the machine is added, and after it is removed.
+ * port; its machine was opened or closed. Sent before the machine is added, and after it is
+ * removed.
  */
 constexpr char kPortChanged[] = "port_changed";
 /** {name, identity} */
@@ -126,8 +128,8 @@ constexpr char kFirmwareUnavailable[] = "FirmwareUnavailableError";
 TROVEK_EXPORT JsonRpcException makeError(const std::string& name, const std::string& message);
 
 /**
- * Conversions. The reading ones check every member's type: a missing optional member takes its default,
- * a member of a wrong kind or a missing identity throws std::runtime_error naming it.
+ * Conversions. The reading ones check every member's type: a missing optional member takes its
+ * default, a member of a wrong kind or a missing identity throws std::runtime_error naming it.
  */
 TROVEK_EXPORT Json::Value toJson(const Printer::Data& printer);
 TROVEK_EXPORT Printer::Data printerFromJson(const Json::Value& value);

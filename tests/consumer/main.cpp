@@ -7,7 +7,8 @@
 #include <QSettings>
 #include <QTemporaryDir>
 
-// Constructs what a host constructs first, and checks that pictures and tables came with the library.
+// Constructs what a host constructs first, and checks that pictures and tables came with the
+// library.
 int main(int argc, char** argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -16,7 +17,9 @@ int main(int argc, char** argv)
     QSettings settings(folder.filePath(QStringLiteral("host.ini")), QSettings::IniFormat);
     trovek::ui::TrovekHandle handle(&settings);
 
-    const bool ok = !handle->isConnected() && !trovek::printerTypeToPixmap(trovek::Printer::Fabrino2).isNull() &&
-                    trovek::printerTypeToIdentifier(trovek::Printer::Fabrino2) == QStringLiteral("fabrino_2");
+    const bool ok =
+        !handle->isConnected() &&
+        !trovek::printerTypeToPixmap(trovek::Printer::Fabrino2).isNull() &&
+        trovek::printerTypeToIdentifier(trovek::Printer::Fabrino2) == QStringLiteral("fabrino_2");
     return ok ? 0 : 1;
 }

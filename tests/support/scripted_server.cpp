@@ -77,9 +77,8 @@ ScriptedServer::~ScriptedServer()
 
 void ScriptedServer::listen()
 {
-    const bool listens = m_socketPath.empty()
-                             ? m_tcpServer.listen(QHostAddress::LocalHost, tcpPort)
-                             : m_localServer.listen(toQString(m_socketPath));
+    const bool listens = m_socketPath.empty() ? m_tcpServer.listen(QHostAddress::LocalHost, tcpPort)
+                                              : m_localServer.listen(toQString(m_socketPath));
     if (!listens)
         qFatal("The scripted service cannot listen");
     tcpPort = m_tcpServer.serverPort();
@@ -202,8 +201,8 @@ void ScriptedServer::answerByDefault(rpcwire::Peer* peer, const rpcwire::Peer::R
     } catch (const JsonRpcException& e) {
         peer->answerError(request, e);
     } catch (const std::exception& e) {
-        peer->answerError(request, JsonRpcException(e.what(), Json::Value(),
-                                                    rpcwire::InvalidParams));
+        peer->answerError(request,
+                          JsonRpcException(e.what(), Json::Value(), rpcwire::InvalidParams));
     }
     for (const auto& action : std::exchange(m_afterAnswer, {}))
         action();
@@ -215,7 +214,7 @@ Json::Value ScriptedServer::result(rpcwire::Peer* peer, const std::string& name,
     static const std::set<std::string> makesJob = {method::kPrint, method::kPrintToFile,
                                                    method::kSlice, method::kJog};
     static const std::set<std::string> doesNothing = {
-        method::kDisconnectFromPort, method::kHome,          method::kSetToolheadTemperature,
+        method::kDisconnectFromPort, method::kHome,           method::kSetToolheadTemperature,
         method::kCboCalibration,     method::kUploadFirmware, method::kSimulatePlugIn,
         method::kSimulateUnplug};
 

@@ -40,7 +40,8 @@ class ScriptedServer : public QObject
 
 public:
     /** What becomes of one request. */
-    struct Script {
+    struct Script
+    {
         enum Kind { Answer, Fail, Hang, DropInstead, DropAfter };
         Kind kind;
         Json::Value result;
@@ -73,7 +74,8 @@ public:
     std::map<std::string, Handler> handlers;
 
 private:
-    struct Client {
+    struct Client
+    {
         rpcwire::Peer* peer;
         QIODevice* socket;
         bool greeted = false;

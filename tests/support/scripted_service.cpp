@@ -35,7 +35,8 @@ Json::Value portParams(const Port::Data& port)
     return params;
 }
 
-struct TypeInfo {
+struct TypeInfo
+{
     const char* name;
     int extruders;
     bool heatedPlatform;
@@ -81,7 +82,8 @@ Printer::Data plainData(const std::string& key, Printer::Type type)
 class ScriptedService::Private
 {
 public:
-    explicit Private(Transport transport) : m_transport(transport)
+    explicit Private(Transport transport)
+        : m_transport(transport)
     {
         m_thread.setObjectName(QStringLiteral("scripted service"));
         m_thread.start();
@@ -163,7 +165,9 @@ private:
     std::unique_ptr<ScriptedServer> m_server;
 };
 
-ScriptedService::ScriptedService(Transport transport) : d(std::make_unique<Private>(transport)) {}
+ScriptedService::ScriptedService(Transport transport)
+    : d(std::make_unique<Private>(transport))
+{}
 
 ScriptedService::~ScriptedService() = default;
 

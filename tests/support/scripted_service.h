@@ -19,7 +19,8 @@
 namespace trovek {
 
 /**
- * The service's side of the wire for tests: real sockets, frames and notifications, scripted answers.
+ * The service's side of the wire for tests: real sockets, frames and notifications, scripted
+ * answers.
  *
  * It runs in a thread of its own and listens when the constructor returns, so that a test's
  * thread may call the client's operations, which wait. Every function may be called from the
@@ -34,7 +35,8 @@ class ScriptedService
 public:
     enum Transport { Local, Tcp };
 
-    struct Request {
+    struct Request
+    {
         std::string method;
         Json::Value params;
     };

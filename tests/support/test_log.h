@@ -60,7 +60,9 @@ public:
     void verify()
     {
         for (const std::string& line : m_sink->messages(Log::Error)) {
-            const auto matches = [&line](const std::string& part) { return has(line, part); };
+            const auto matches = [&line](const std::string& part) {
+                return has(line, part);
+            };
             const auto expected = std::find_if(m_expected.begin(), m_expected.end(), matches);
             if (expected != m_expected.end())
                 m_expected.erase(expected);

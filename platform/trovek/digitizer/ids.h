@@ -11,7 +11,9 @@ class MeshID
 {
 public:
     MeshID() = default;
-    explicit MeshID(std::int32_t value) : m_value(value) {}
+    explicit MeshID(std::int32_t value)
+        : m_value(value)
+    {}
     std::int32_t value() const { return m_value; }
     bool operator==(const MeshID& other) const { return m_value == other.m_value; }
     bool operator!=(const MeshID& other) const { return m_value != other.m_value; }
@@ -25,7 +27,9 @@ class PointCloudID
 {
 public:
     PointCloudID() = default;
-    explicit PointCloudID(std::int32_t value) : m_value(value) {}
+    explicit PointCloudID(std::int32_t value)
+        : m_value(value)
+    {}
     std::int32_t value() const { return m_value; }
     bool operator==(const PointCloudID& other) const { return m_value == other.m_value; }
     bool operator!=(const PointCloudID& other) const { return m_value != other.m_value; }

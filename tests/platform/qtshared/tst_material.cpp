@@ -32,8 +32,8 @@ void tst_Material::everyMaterialHasItsNumberAndTexts_data()
                               << QStringLiteral("flexible");
     QTest::newRow("unknown") << 4 << QStringLiteral("Unknown Material")
                              << QStringLiteral("unknown");
-    QTest::newRow("past the last") << 5 << QStringLiteral("Unknown Material")
-                                   << QStringLiteral("unknown");
+    QTest::newRow("past the last")
+        << 5 << QStringLiteral("Unknown Material") << QStringLiteral("unknown");
     QTest::newRow("negative") << -1 << QStringLiteral("Unknown Material")
                               << QStringLiteral("unknown");
 }

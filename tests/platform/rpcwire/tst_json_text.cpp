@@ -171,8 +171,7 @@ void tst_JsonText::refusesWhatIsNoJson_data()
     row("open string", "\"abc", "syntax error");
     row("string that ends in a backslash", "\"a\\", "syntax error");
     row("line break in a string", "\"a\nb\"", "syntax error");
-    row("zero byte in a string", QByteArray("\"a\0b\"", 5),
-        "zero byte or byte order mark");
+    row("zero byte in a string", QByteArray("\"a\0b\"", 5), "zero byte or byte order mark");
     row("unknown escape", "\"\\q\"", "syntax error");
     row("short code point", "\"\\u12\"", "syntax error");
     row("signed code point", "\"\\u-123\"", "syntax error");

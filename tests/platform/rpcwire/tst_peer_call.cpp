@@ -422,8 +422,8 @@ void tst_PeerCall::returnsAnAnswerThatStandsBeforeTheEnd()
     Peer peer(far.takeNear());
     Events events(peer);
     QCOMPARE(outcomeOf(peer, "m"), QStringLiteral("true"));
-    QTRY_COMPARE(events.list, QStringList(QStringLiteral(
-                                  "closed A frame is not JSON: syntax error at byte 1")));
+    QTRY_COMPARE(events.list,
+                 QStringList(QStringLiteral("closed A frame is not JSON: syntax error at byte 1")));
 }
 
 void tst_PeerCall::throwsAtOnceWhenClosed()

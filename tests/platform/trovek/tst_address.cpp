@@ -35,8 +35,8 @@ void tst_Address::textsComeBackAsTheyWere_data()
                                 << QByteArray("daemon") << 0;
     QTest::newRow("local path with colons")
         << QByteArray("local:/a/b:c") << int(Address::Local) << QByteArray("/a/b:c") << 0;
-    QTest::newRow("host and port") << QByteArray("tcp:localhost:4711") << int(Address::Tcp)
-                                   << QByteArray("localhost") << 4711;
+    QTest::newRow("host and port")
+        << QByteArray("tcp:localhost:4711") << int(Address::Tcp) << QByteArray("localhost") << 4711;
     QTest::newRow("IPv6 host") << QByteArray("tcp:[::1]:1") << int(Address::Tcp)
                                << QByteArray("::1") << 1;
     QTest::newRow("highest port") << QByteArray("tcp:h:65535") << int(Address::Tcp)
@@ -59,11 +59,26 @@ void tst_Address::textsComeBackAsTheyWere()
 void tst_Address::oddTextsAreRefused_data()
 {
     QTest::addColumn<QByteArray>("text");
-    for (const char* const text :
-         {"", "daemon", "local:", "local", "LOCAL:a", "tcp:", "tcp:host", "tcp:host:", "tcp::80",
-          "tcp:host:0", "tcp:host:65536", "tcp:host:-1", "tcp:host:+1", "tcp:host:8x",
-          "tcp:host: 8", "tcp:host:99999999999", "tcp:::1:80", "tcp:[]:80", "tcp:[::1:80",
-          "udp:host:80"})
+    for (const char* const text : {"",
+                                   "daemon",
+                                   "local:",
+                                   "local",
+                                   "LOCAL:a",
+                                   "tcp:",
+                                   "tcp:host",
+                                   "tcp:host:",
+                                   "tcp::80",
+                                   "tcp:host:0",
+                                   "tcp:host:65536",
+                                   "tcp:host:-1",
+                                   "tcp:host:+1",
+                                   "tcp:host:8x",
+                                   "tcp:host: 8",
+                                   "tcp:host:99999999999",
+                                   "tcp:::1:80",
+                                   "tcp:[]:80",
+                                   "tcp:[::1:80",
+                                   "udp:host:80"})
         QTest::newRow(*text ? text : "empty") << QByteArray(text);
 }
 

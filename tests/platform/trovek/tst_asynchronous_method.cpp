@@ -21,7 +21,9 @@ template <typename Base>
 class Recording : public Base
 {
 public:
-    explicit Recording(std::vector<std::string>* answers = nullptr) : m_answers(answers) {}
+    explicit Recording(std::vector<std::string>* answers = nullptr)
+        : m_answers(answers)
+    {}
     ~Recording() override = default;
 
     std::function<void()> onAnswer;
@@ -161,7 +163,8 @@ void tst_AsynchronousMethod::answersMayComeInAnyOrder()
     fast.issue(client);
     QTRY_COMPARE(answers, Texts{"answer null"});
     // Greeting and subscription were numbers 1 and 2.
-    service.sendRaw(R"({"jsonrpc": "2.0", "id": 3, "result": "late"})" "\n");
+    service.sendRaw(R"({"jsonrpc": "2.0", "id": 3, "result": "late"})"
+                    "\n");
     QTRY_COMPARE(answers, (Texts{"answer null", R"(answer "late")"}));
 }
 
@@ -240,7 +243,9 @@ void tst_AsynchronousMethod::aRequestMayBeDestroyedByItsAnswer()
     client.connectToDaemon(service.address());
     Texts answers;
     auto* const request = new Upload(&answers);
-    request->onAnswer = [request] { delete request; };
+    request->onAnswer = [request] {
+        delete request;
+    };
     request->issue(client);
     QTRY_COMPARE(answers, Texts{"answer null"});
 }
@@ -276,9 +281,13 @@ void tst_AsynchronousMethod::aHandlerThatThrowsHurtsNobody()
     client.connectToDaemon(service.address());
     Texts answers;
     Upload first(&answers);
-    first.onAnswer = [] { throw std::runtime_error("broken"); };
+    first.onAnswer = [] {
+        throw std::runtime_error("broken");
+    };
     Upload second(&answers);
-    second.onAnswer = [] { throw 5; };
+    second.onAnswer = [] {
+        throw 5;
+    };
     first.issue(client);
     second.issue(client);
     QTRY_COMPARE(answers, (Texts{"answer null", "answer null"}));
@@ -305,19 +314,48 @@ void tst_AsynchronousMethod::aHandlerMayCallTheClient()
 void tst_AsynchronousMethod::everyRequestIsNamedAsItsClass()
 {
     using namespace methods;
-    const Texts expected = {
-        "connect_to_port", "print", "print_to_file", "slice", "getuploadablemachines",
-        "getmachineversions", "downloadfirmware", "uploadfirmware", "create_calibrate_camera_job",
-        "create_calibrate_turntable_job", "calibratecamera", "calibratelaser", "calibrateturntable",
-        "loadcalibration", "savecalibration", "read_user_calibration_from_eeprom",
-        "write_user_calibration_to_eeprom", "digitizer_invalidate_user_calibration",
-        "get_digitizer_version", "digitizer_load_name", "digitizer_save_name",
-        "digitizer_camera_device_path", "digitizer_set_enabled_lasers", "captureimage",
-        "capture_image_auto_exposure", "scan", "point_cloud_create", "point_cloud_destroy",
-        "point_cloud_load_from_id", "point_cloud_save", "point_cloud_crop", "point_cloud_process",
-        "point_cloud_coarse_alignment", "point_cloud_fine_alignment", "mesh_create", "mesh_copy",
-        "mesh_destroy", "mesh_load", "mesh_save", "mesh_cut_plane", "mesh_place_on_platform",
-        "mesh_reconstruct_point_cloud"};
+    const Texts expected = {"connect_to_port",
+                            "print",
+                            "print_to_file",
+                            "slice",
+                            "getuploadablemachines",
+                            "getmachineversions",
+                            "downloadfirmware",
+                            "uploadfirmware",
+                            "create_calibrate_camera_job",
+                            "create_calibrate_turntable_job",
+                            "calibratecamera",
+                            "calibratelaser",
+                            "calibrateturntable",
+                            "loadcalibration",
+                            "savecalibration",
+                            "read_user_calibration_from_eeprom",
+                            "write_user_calibration_to_eeprom",
+                            "digitizer_invalidate_user_calibration",
+                            "get_digitizer_version",
+                            "digitizer_load_name",
+                            "digitizer_save_name",
+                            "digitizer_camera_device_path",
+                            "digitizer_set_enabled_lasers",
+                            "captureimage",
+                            "capture_image_auto_exposure",
+                            "scan",
+                            "point_cloud_create",
+                            "point_cloud_destroy",
+                            "point_cloud_load_from_id",
+                            "point_cloud_save",
+                            "point_cloud_crop",
+                            "point_cloud_process",
+                            "point_cloud_coarse_alignment",
+                            "point_cloud_fine_alignment",
+                            "mesh_create",
+                            "mesh_copy",
+                            "mesh_destroy",
+                            "mesh_load",
+                            "mesh_save",
+                            "mesh_cut_plane",
+                            "mesh_place_on_platform",
+                            "mesh_reconstruct_point_cloud"};
     const Texts names =
         namesOf<connect_to_port, print, print_to_file, slice, getuploadablemachines,
                 getmachineversions, downloadfirmware, uploadfirmware, create_calibrate_camera_job,
@@ -334,9 +372,8 @@ void tst_AsynchronousMethod::everyRequestIsNamedAsItsClass()
     QCOMPARE(names, expected);
     QCOMPARE(std::set<std::string>(names.begin(), names.end()).size(), std::size_t(42));
     // Those that the synchronous operations share are the same methods.
-    QCOMPARE((namesByConstant<connect_to_port, print, print_to_file, slice,
-                              getuploadablemachines, getmachineversions, downloadfirmware,
-                              uploadfirmware>()),
+    QCOMPARE((namesByConstant<connect_to_port, print, print_to_file, slice, getuploadablemachines,
+                              getmachineversions, downloadfirmware, uploadfirmware>()),
              (Texts{wire::method::kConnectToPort, wire::method::kPrint, wire::method::kPrintToFile,
                     wire::method::kSlice, wire::method::kGetUploadableMachines,
                     wire::method::kGetMachineVersions, wire::method::kDownloadFirmware,
@@ -364,7 +401,8 @@ void tst_AsynchronousMethod::parametersStandUnderTheirNames()
     print.setMaterials({"pla"});
     print.setSkipStartEnd(true);
     QCOMPARE(paramsOf(print), R"({"input_path":"/i","machine":"left","materials":["pla"],)"
-                              R"("skip_start_end":true,"slicer_config":)" + config + '}');
+                              R"("skip_start_end":true,"slicer_config":)" +
+                                  config + '}');
 
     Recording<methods::print_to_file> printToFile;
     printToFile.setMachine(MachineName("left"));
@@ -376,7 +414,8 @@ void tst_AsynchronousMethod::parametersStandUnderTheirNames()
     printToFile.setSkipStartEnd(false);
     QCOMPARE(paramsOf(printToFile),
              R"({"format":"s3g","input_path":"/i","machine":"left","materials":[],)"
-             R"("output_path":"/o","skip_start_end":false,"slicer_config":)" + config + '}');
+             R"("output_path":"/o","skip_start_end":false,"slicer_config":)" +
+                 config + '}');
 
     Recording<methods::slice> slice;
     slice.setMachine(MachineName("left"));
@@ -385,9 +424,9 @@ void tst_AsynchronousMethod::parametersStandUnderTheirNames()
     slice.setSlicerConfig(settings);
     slice.setMaterials({"pla", "abs"});
     slice.setAddStartEnd(true);
-    QCOMPARE(paramsOf(slice),
-             R"({"add_start_end":true,"input_path":"/i","machine":"left",)"
-             R"("materials":["pla","abs"],"output_path":"/o","slicer_config":)" + config + '}');
+    QCOMPARE(paramsOf(slice), R"({"add_start_end":true,"input_path":"/i","machine":"left",)"
+                              R"("materials":["pla","abs"],"output_path":"/o","slicer_config":)" +
+                                  config + '}');
 
     Recording<methods::downloadfirmware> download;
     download.setMachine("Fabrino");
@@ -418,7 +457,8 @@ void tst_AsynchronousMethod::parametersStandUnderTheirNames()
     cut.setId(MeshID(6));
     cut.setPoint({0, 0, 10});
     cut.setNormal({0, 0, -1});
-    QCOMPARE(paramsOf(cut), std::string(R"({"id":6,"normal":[0.0,0.0,-1.0],"point":[0.0,0.0,10.0]})"));
+    QCOMPARE(paramsOf(cut),
+             std::string(R"({"id":6,"normal":[0.0,0.0,-1.0],"point":[0.0,0.0,10.0]})"));
 
     Recording<methods::mesh_reconstruct_point_cloud> reconstruct;
     reconstruct.setId(MeshID(6));

@@ -205,8 +205,8 @@ void tst_EepromMap::theServicesValuesGetTheirKind()
     QFETCH(QByteArray, entry);
     QFETCH(QByteArray, element);
     QFETCH(int, kind);
-    const Json::Value given = json(R"({"eeprom_map": {"a": {"offset": "0", )" + entry
-                                   + R"(, "value": [)" + element + "]}}}");
+    const Json::Value given = json(R"({"eeprom_map": {"a": {"offset": "0", )" + entry +
+                                   R"(, "value": [)" + element + "]}}}");
     const Json::Value taken = EepromMap::fromService(given).getEepromMap();
     const Json::Value& value = taken["eeprom_map"]["a"]["value"][0];
     QCOMPARE(int(value.type()), kind);

@@ -28,7 +28,8 @@ constexpr char kLogUnit[] = "tests\\tst_log";
 class SinkScope
 {
 public:
-    explicit SinkScope(std::shared_ptr<LogSink> sink) : m_sink(std::move(sink))
+    explicit SinkScope(std::shared_ptr<LogSink> sink)
+        : m_sink(std::move(sink))
     {
         addLogSink(m_sink);
     }
@@ -38,7 +39,8 @@ private:
     const std::shared_ptr<LogSink> m_sink;
 };
 
-struct Capture {
+struct Capture
+{
     const std::shared_ptr<CapturingLogSink> sink = std::make_shared<CapturingLogSink>();
     const SinkScope scope{sink};
 
@@ -50,8 +52,7 @@ class FunctionSink : public LogSink
 public:
     explicit FunctionSink(std::function<void(const LogEntry&)> function)
         : m_function(std::move(function))
-    {
-    }
+    {}
     void write(const LogEntry& entry) override { m_function(entry); }
 
 private:
@@ -128,7 +129,8 @@ void tst_Log::anEntryKnowsWhereAndWhenItWasMade()
 void tst_Log::aLineBreakInsideDoesNotEndTheEntry()
 {
     const Capture capture;
-    TROVEK_LOG(0) << "first\nsecond\n" << "third" << std::endl;
+    TROVEK_LOG(0) << "first\nsecond\n"
+                  << "third" << std::endl;
     QCOMPARE(capture.messages(), Texts{"first\nsecond\nthird"});
 }
 
@@ -257,9 +259,8 @@ void tst_Log::aSinkThatThrowsKeepsNothingFromTheOthers()
 void tst_Log::aSinkMayLog()
 {
     const Capture capture;
-    const SinkScope talker(std::make_shared<FunctionSink>([](const LogEntry& entry) {
-        TROVEK_LOG(1) << "saw " << entry.message << std::endl;
-    }));
+    const SinkScope talker(std::make_shared<FunctionSink>(
+        [](const LogEntry& entry) { TROVEK_LOG(1) << "saw " << entry.message << std::endl; }));
     TROVEK_LOG(0) << "one" << std::endl;
     // What the sink says of its own line is dropped, or this would never return.
     QCOMPARE(capture.messages(), (Texts{"one", "saw one"}));
@@ -301,7 +302,8 @@ void tst_Log::aFormattedEntryIsOneLine_data()
 
     QTest::newRow("plain") << QByteArray("hello") << QByteArray("hello");
     QTest::newRow("line feed") << QByteArray("a\nb\n") << QByteArray("a\\nb\\n");
-    QTest::newRow("carriage return and line feed") << QByteArray("a\r\nb") << QByteArray("a\\r\\nb");
+    QTest::newRow("carriage return and line feed")
+        << QByteArray("a\r\nb") << QByteArray("a\\r\\nb");
     QTest::newRow("tabulator") << QByteArray("a\tb") << QByteArray("a\\tb");
     QTest::newRow("escape of a terminal") << QByteArray("\x1b[31m") << QByteArray("\\u001b[31m");
     QTest::newRow("null byte") << QByteArray("a\0b", 3) << QByteArray("a\\u0000b");
@@ -324,7 +326,8 @@ void tst_Log::aFormattedEntryIsOneLine()
     entry.time = 1700000000;
     entry.message = message.toStdString();
     QCOMPARE(formatLogEntry(entry),
-             "2023-11-14T22:13:20Z error src\\core\\job_watch:42 [void f()] " + shown.toStdString());
+             "2023-11-14T22:13:20Z error src\\core\\job_watch:42 [void f()] " +
+                 shown.toStdString());
 }
 
 void tst_Log::theFileRotates()
@@ -349,8 +352,8 @@ void tst_Log::aFileWithoutFolderIsRefused()
     const std::string missing = toStdString(folder.filePath(QStringLiteral("missing/x.log")));
     QCOMPARE(thrownText([&] { makeRotatingFileLogSink(missing); }),
              "No folder for the log file: " + missing);
-    QVERIFY(thrownText([&] { makeRotatingFileLogSink(toStdString(folder.path())); })
-            != "nothing thrown");
+    QVERIFY(thrownText([&] { makeRotatingFileLogSink(toStdString(folder.path())); }) !=
+            "nothing thrown");
 }
 
 void tst_Log::standardErrorTakesWhatIsImportantEnough()

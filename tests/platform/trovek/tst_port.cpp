@@ -63,9 +63,9 @@ void tst_Port::theLogTextTellsEverything_data()
                             << QByteArray("Port a: Fine port, identity 1, closed");
     QTest::newRow("open") << QByteArray("left") << false
                           << QByteArray("Port a: Fine port, identity 1, machine left");
-    QTest::newRow("whitelisted")
-        << QByteArray() << true
-        << QByteArray("Port a: Fine port, identity 1, closed, opened by itself");
+    QTest::newRow("whitelisted") << QByteArray() << true
+                                 << QByteArray(
+                                        "Port a: Fine port, identity 1, closed, opened by itself");
 }
 
 void tst_Port::theLogTextTellsEverything()

@@ -34,7 +34,8 @@ void tst_SlicerConfiguration::presetsDiffer()
 {
     QFETCH(int, preset);
     const std::unique_ptr<SlicerConfiguration> configuration(
-        SlicerConfiguration::defaultConfiguration(static_cast<SlicerConfiguration::Preset>(preset)));
+        SlicerConfiguration::defaultConfiguration(
+            static_cast<SlicerConfiguration::Preset>(preset)));
     QTEST(configuration->layerHeight(), "layerHeight");
     QTEST(configuration->infill(), "infill");
     QTEST(uint(configuration->shells()), "shells");

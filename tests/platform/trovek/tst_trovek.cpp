@@ -65,14 +65,15 @@ void tst_Trovek::oddAnswersAreRefused_data()
             << operation << QByteArray(method) << QByteArray(answer)
             << "Odd answer to " + QByteArray(method) + ": " + reason;
     };
-    const Operation print = [](Trovek& t) { t.print(kLeft, "", SlicerConfiguration(), {}, false); };
+    const Operation print = [](Trovek& t) {
+        t.print(kLeft, "", SlicerConfiguration(), {}, false);
+    };
     row("print", "5", "No JSON object around member \"id\"", print);
     row("print", "null", "No JSON object around member \"id\"", print);
     row("print", "{}", "Missing member \"id\"", print);
     row("print", R"({"id": "12"})", "Member \"id\" is not an integer of 32 bits", print);
-    row("print_to_file", "[]", "No JSON object around member \"id\"", [](Trovek& t) {
-        t.printToFile(kLeft, "", "", SlicerConfiguration(), {}, false, "x3g");
-    });
+    row("print_to_file", "[]", "No JSON object around member \"id\"",
+        [](Trovek& t) { t.printToFile(kLeft, "", "", SlicerConfiguration(), {}, false, "x3g"); });
     row("slice", "{}", "Missing member \"id\"",
         [](Trovek& t) { t.slice(kLeft, "", "", SlicerConfiguration(), {}, false); });
     row("jog", R"({"id": 1.5})", "Member \"id\" is not an integer of 32 bits",

@@ -109,9 +109,8 @@ void tst_TrovekConnect::tcpNeedsTheToken()
     addOneMachine(service);
     RecordingTrovek client;
     const Address good = service.address();
-    QCOMPARE(thrownText([&] {
-                 client.connectToDaemon(Address::tcp(good.host(), good.port(), "guess"));
-             }),
+    QCOMPARE(thrownText(
+                 [&] { client.connectToDaemon(Address::tcp(good.host(), good.port(), "guess")); }),
              std::string("Wrong token"));
     QVERIFY(!client.isConnected());
 
@@ -126,8 +125,7 @@ void tst_TrovekConnect::aServiceThatIsNotThereIsAnError()
     const QTemporaryDir folder;
     const std::string path = toStdString(folder.filePath(QStringLiteral("s")));
     RecordingTrovek client;
-    const std::string text =
-        thrownText([&] { client.connectToDaemon(Address::local(path)); });
+    const std::string text = thrownText([&] { client.connectToDaemon(Address::local(path)); });
     QVERIFY2(text.rfind("Cannot reach the service at local:" + path + ": ", 0) == 0, text.c_str());
     QVERIFY(!client.isConnected());
     // Nothing was ever connected, so nothing is lost.
@@ -242,8 +240,9 @@ void tst_TrovekConnect::oddAnswersToTheGreetingAreRefused()
     service.answerNext(method.toStdString(), Json::Value("text"));
     RecordingTrovek client;
     QCOMPARE(thrownText([&] { client.connectToDaemon(service.address()); }), refusal.toStdString());
-    QVERIFY(thrownText([&] { client.connectToDaemon(service.address()); })
-                .rfind("Odd answer to " + method.toStdString(), 0) == 0);
+    QVERIFY(thrownText([&] {
+                client.connectToDaemon(service.address());
+            }).rfind("Odd answer to " + method.toStdString(), 0) == 0);
     QVERIFY(!client.isConnected());
     QCoreApplication::processEvents();
     QCOMPARE(client.story(), std::string());

@@ -72,9 +72,8 @@ void tst_TrovekEvents::eventsKeepTheirOrder()
     service.removePrinter("left");
     service.removePort("one");
     QTRY_COMPARE(client.story(),
-                 kArrival
-                     + ", printerChanged left, jobAdded 1, jobChanged 1, jobConcluded 1, "
-                       "cameraClosed /dev/video7, printerRemoved left, portDetached one");
+                 kArrival + ", printerChanged left, jobAdded 1, jobChanged 1, jobConcluded 1, "
+                            "cameraClosed /dev/video7, printerRemoved left, portDetached one");
 }
 
 void tst_TrovekEvents::stateChangesJustBeforeTheHook()
@@ -85,8 +84,8 @@ void tst_TrovekEvents::stateChangesJustBeforeTheHook()
     client.connectToDaemon(service.address());
     std::string seen;
     client.onEvent = [&](const std::string&) {
-        seen += std::to_string(client.ports().size()) + '/'
-                + std::to_string(client.printers().size()) + ' ';
+        seen += std::to_string(client.ports().size()) + '/' +
+                std::to_string(client.printers().size()) + ' ';
     };
     addOneMachine(service);
     service.removePrinter("left");
@@ -133,8 +132,8 @@ void tst_TrovekEvents::aPrinterKeepsItsLastPortName()
     std::string seen;
     client.onEvent = [&](const std::string& event) {
         if (event == "printerRemoved left")
-            seen = printer->portName() + (printer->isConnected() ? " connected" : " gone")
-                   + (printer->canPrint() ? " prints" : "");
+            seen = printer->portName() + (printer->isConnected() ? " connected" : " gone") +
+                   (printer->canPrint() ? " prints" : "");
     };
     service.removePrinter("left");
     QTRY_COMPARE(seen, std::string("one gone"));
@@ -207,8 +206,8 @@ void tst_TrovekEvents::oddNotificationsAreDropped_data()
 
     const auto row = [](const char* method, const char* params, const char* reason) {
         QTest::addRow("%s %s", method, params)
-            << QByteArray(R"({"jsonrpc": "2.0", "method": ")") + method + R"(", "params": )" + params
-                   + "}\n"
+            << QByteArray(R"({"jsonrpc": "2.0", "method": ")") + method + R"(", "params": )" +
+                   params + "}\n"
             << "Notification " + QByteArray(method) + " dropped: " + reason;
     };
     row("unheard_of", "{}", "unknown name");
@@ -300,7 +299,9 @@ void tst_TrovekEvents::noHookIsCalledAfterTheClient()
     std::vector<std::string> events;
     {
         RecordingTrovek client;
-        client.onEvent = [&](const std::string& event) { events.push_back(event); };
+        client.onEvent = [&](const std::string& event) {
+            events.push_back(event);
+        };
         client.connectToDaemon(service.address());
     }
     QTRY_COMPARE(service.clientCount(), 0);

@@ -200,8 +200,7 @@ void tst_TrovekLoss::connectingAnewWorks()
         QTRY_COMPARE(client.story(), kArrival);
         service.stop();
         QTRY_COMPARE(client.story(), kArrival + ", " + kDeparture);
-        QVERIFY(thrownText([&] { client.connectToDaemon(service.address()); })
-                != "nothing thrown");
+        QVERIFY(thrownText([&] { client.connectToDaemon(service.address()); }) != "nothing thrown");
         service.start();
         client.events.clear();
         client.connectToDaemon(service.address());
@@ -261,8 +260,8 @@ void tst_TrovekLoss::connectingAnewFromAnyHookWorks()
             client.connectToDaemon(service.address());
     };
     client.connectToDaemon(service.address());
-    QTRY_COMPARE(client.story(), kDeparture + ", portAttached one, portDetached one, disconnected, "
-                                     + kArrival);
+    QTRY_COMPARE(client.story(),
+                 kDeparture + ", portAttached one, portDetached one, disconnected, " + kArrival);
 }
 
 void tst_TrovekLoss::aFailedConnectAfterALinkAnnouncesTheLoss()

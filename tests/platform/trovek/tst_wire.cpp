@@ -226,13 +226,13 @@ void tst_Wire::oddShapesAreRefused_data()
     QTest::addColumn<QByteArray>("refusal");
 
     const auto row = [](const char* what, const char* text, const char* refusal) {
-        QTest::addRow("%s %s", what, text) << QByteArray(what) << QByteArray(text)
-                                           << QByteArray(refusal);
+        QTest::addRow("%s %s", what, text)
+            << QByteArray(what) << QByteArray(text) << QByteArray(refusal);
     };
     for (const char* const what : {"printer", "port", "job", "slicer_config"}) {
         for (const char* const text : {"null", "[]", "5", "\"text\"", "true"}) {
-            QTest::addRow("%s %s", what, text) << QByteArray(what) << QByteArray(text)
-                                               << "Not a JSON object: " + QByteArray(what);
+            QTest::addRow("%s %s", what, text)
+                << QByteArray(what) << QByteArray(text) << "Not a JSON object: " + QByteArray(what);
         }
     }
     row("printer", "{}", "Missing member \"name\"");
@@ -246,7 +246,8 @@ void tst_Wire::oddShapesAreRefused_data()
         "Member \"type\" is not an integer of 32 bits");
     row("printer", R"({"name": "a", "state": true})",
         "Member \"state\" is not an integer of 32 bits");
-    row("printer", R"({"name": "a", "machine_names": "b"})", "Member \"machine_names\" is not a list");
+    row("printer", R"({"name": "a", "machine_names": "b"})",
+        "Member \"machine_names\" is not a list");
     row("printer", R"({"name": "a", "machine_names": ["b", 5]})",
         "Member \"machine_names\" is not a string");
     row("printer", R"({"name": "a", "extruders": 0})",
@@ -258,7 +259,8 @@ void tst_Wire::oddShapesAreRefused_data()
     row("printer", R"({"name": "a", "can_print": 1})", "Member \"can_print\" is not a truth value");
     row("printer", R"({"name": "a", "can_print_to_file": "True"})",
         "Member \"can_print_to_file\" is not a truth value");
-    row("printer", R"({"name": "a", "connected": null})", "Member \"connected\" is not a truth value");
+    row("printer", R"({"name": "a", "connected": null})",
+        "Member \"connected\" is not a truth value");
     row("printer", R"({"name": "a", "heated_platform": []})",
         "Member \"heated_platform\" is not a truth value");
     row("printer", R"({"name": "a", "firmware_version": 7.2})",
@@ -327,12 +329,14 @@ void tst_Wire::singleMembersAreChecked_data()
 {
     QTest::addColumn<QByteArray>("object");
     QTest::addColumn<QByteArray>("refusal");
-    QTest::newRow("not an object") << QByteArray("[1]")
-                                   << QByteArray("No JSON object around member \"m\"");
+    QTest::newRow("not an object")
+        << QByteArray("[1]") << QByteArray("No JSON object around member \"m\"");
     QTest::newRow("null") << QByteArray("null") << QByteArray("No JSON object around member \"m\"");
     QTest::newRow("missing") << QByteArray("{}") << QByteArray("Missing member \"m\"");
-    QTest::newRow("null member") << QByteArray(R"({"m": null})") << QByteArray("Member \"m\" is not ");
-    QTest::newRow("object member") << QByteArray(R"({"m": {}})") << QByteArray("Member \"m\" is not ");
+    QTest::newRow("null member") << QByteArray(R"({"m": null})")
+                                 << QByteArray("Member \"m\" is not ");
+    QTest::newRow("object member")
+        << QByteArray(R"({"m": {}})") << QByteArray("Member \"m\" is not ");
 }
 
 void tst_Wire::singleMembersAreChecked()
@@ -341,7 +345,9 @@ void tst_Wire::singleMembersAreChecked()
     QFETCH(QByteArray, refusal);
     const Json::Value value = json(object);
     const std::string start = refusal.toStdString();
-    const auto refused = [&](const std::string& text) { return text.rfind(start, 0) == 0; };
+    const auto refused = [&](const std::string& text) {
+        return text.rfind(start, 0) == 0;
+    };
     QVERIFY(refused(thrownText([&] { wire::stringMember(value, "m"); })));
     QVERIFY(refused(thrownText([&] { wire::intMember(value, "m"); })));
     QVERIFY(refused(thrownText([&] { wire::boolMember(value, "m"); })));
@@ -359,13 +365,14 @@ void tst_Wire::errorsCarryNameAndMessage()
     const JsonRpcException error = wire::makeError(wire::error::kPrintQueued, "Already printing");
     QCOMPARE(error.message(), std::string("Already printing"));
     QCOMPARE(error.code(), int(rpcwire::ServiceError));
-    QVERIFY(error.data() == json(R"({"name": "PrintQueuedException", "message": "Already printing"})"));
+    QVERIFY(error.data() ==
+            json(R"({"name": "PrintQueuedException", "message": "Already printing"})"));
 }
 
 void tst_Wire::membersHaveTheNamesOfTheProtocol()
 {
-    QVERIFY(wire::toJson(Port::Data{"p", "i", "d", "m", true})
-            == json(R"({"name": "p", "identity": "i", "display_name": "d", "machine": "m",
+    QVERIFY(wire::toJson(Port::Data{"p", "i", "d", "m", true}) ==
+            json(R"({"name": "p", "identity": "i", "display_name": "d", "machine": "m",
                         "whitelisted": true})"));
     std::string names;
     for (const std::string& name : wire::toJson(fullPrinter()).getMemberNames())
