@@ -97,7 +97,9 @@ public:
             throw wire::makeError(wire::error::kPrintQueued,
                                   "The machine is busy: " + machine.job()->data().name);
         }
-        idleMachine(m_machines, params);
+        // One that still connects prints as soon as it answers.
+        if (machine.driver().status().state != Printer::Connecting)
+            idleMachine(m_machines, params);
         request.input = openFile(openInput, request.inputPath);
         return idOf(m_jobs.add(std::make_unique<PrintJob>(machine, std::move(request), m_pool)));
     }

@@ -50,11 +50,11 @@ void PrintJob::start()
         const MachineDefinition& definition = m_machine.definition();
         m_result = planPrint(definition, sectionsOf(definition, m_request), goOn);
     });
-    connect(m_planning.get(), &BackgroundTask::ended, this, &PrintJob::print);
+    connect(m_planning.get(), &BackgroundTask::ended, this, &PrintJob::takePlan);
     m_planning->start();
 }
 
-void PrintJob::print(const QString& planningError)
+void PrintJob::takePlan(const QString& planningError)
 {
     if (isConcluded())
         return;
@@ -67,7 +67,18 @@ void PrintJob::print(const QString& planningError)
         TROVEK_LOG(1) << "Job " << data().id << ": " << remarks << std::endl;
     m_plan = std::make_shared<const MotionPlan>(std::move(m_result.motion));
 
+    if (m_machine.driver().status().state == Printer::Connecting) {
+        setStage(QStringLiteral("Connecting"));
+        connect(&m_machine.driver(), &MachineDriver::opened, this, &PrintJob::print);
+        return;
+    }
+    print();
+}
+
+void PrintJob::print()
+{
     MachineDriver& driver = m_machine.driver();
+    disconnect(&driver, nullptr, this, nullptr);
     connect(&driver, &MachineDriver::changed, this, &PrintJob::update);
     connect(&driver, &MachineDriver::finished, this, [this] { end(JobEnded); });
     connect(&driver, &MachineDriver::failed, this,

@@ -28,7 +28,8 @@ public:
     void abort(const QString& reason) override;
 
 private:
-    void print(const QString& planningError);
+    void takePlan(const QString& planningError);
+    void print();
     void update();
     void end(JobConclusion conclusion, const QString& failure = QString());
 

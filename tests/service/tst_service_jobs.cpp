@@ -25,7 +25,9 @@ private slots:
     void startCodeHeatsAndEndCodeCools();
     void refusesASecondPrint();
     void refusesAPrintOnAMachineThatJogs();
-    void refusesAPrintOnAMachineThatConnects();
+    void printsOnAMachineThatConnectsWhenItAnswers();
+    void aPrintWaitsForAMachineThatConnects();
+    void refusesToMoveAndToHeatAMachineThatConnects();
     void cancelingAPrintFreesTheMachine();
     void cancelingAConcludedJobIsNoError();
     void unknownJobsAreAnError();
@@ -194,7 +196,23 @@ void tst_ServiceJobs::refusesAPrintOnAMachineThatJogs()
     QCOMPARE(errorOf([&] { f.print(f.file()); }), std::string("PrintQueuedException"));
 }
 
-void tst_ServiceJobs::refusesAPrintOnAMachineThatConnects()
+void tst_ServiceJobs::printsOnAMachineThatConnectsWhenItAnswers()
+{
+    TestLog log;
+    ServiceWorld world;
+    world.start();
+    RecordingTrovek client;
+    client.connectToDaemon(world.address());
+    client.connectToPort(client.portFromName(ServiceWorld::kPort));
+    const std::string file = world.writeFile(QStringLiteral("a.gcode"), squareGCode());
+
+    const int job = client.print(kMachine, file, {}, {"pla"}, true);
+
+    QVERIFY(waitForConclusion(client, job));
+    QCOMPARE(client.jobFromID(job).conclusion(), JobEnded);
+}
+
+void tst_ServiceJobs::aPrintWaitsForAMachineThatConnects()
 {
     TestLog log;
     ServiceWorld world(0.01);
@@ -204,8 +222,24 @@ void tst_ServiceJobs::refusesAPrintOnAMachineThatConnects()
     client.connectToPort(client.portFromName(ServiceWorld::kPort));
     const std::string file = world.writeFile(QStringLiteral("a.gcode"), squareGCode());
 
+    const int job = client.print(kMachine, file, {}, {"pla"}, true);
+
+    QTRY_COMPARE(client.jobFromID(job).stage(), std::string("Connecting"));
     QCOMPARE(errorOf([&] { client.print(kMachine, file, {}, {"pla"}, true); }),
-             std::string("MachineStateException"));
+             std::string("PrintQueuedException"));
+    client.cancelJob(job);
+    QCOMPARE(client.jobFromID(job).conclusion(), JobCanceled);
+}
+
+void tst_ServiceJobs::refusesToMoveAndToHeatAMachineThatConnects()
+{
+    TestLog log;
+    ServiceWorld world(0.01);
+    world.start();
+    RecordingTrovek client;
+    client.connectToDaemon(world.address());
+    client.connectToPort(client.portFromName(ServiceWorld::kPort));
+
     QCOMPARE(errorOf([&] { client.home(kMachine); }), std::string("MachineStateException"));
     QCOMPARE(errorOf([&] { client.setToolheadTemperature(kMachine, Printer::RightToolhead, 100); }),
              std::string("MachineStateException"));
