@@ -174,9 +174,9 @@ void tst_Soak::nothingIsLeftOfManyJobs()
         QCOMPARE(soak.conclusions[JobCanceled], kJobs / 10);
     }
 
-    const Resources after;
-    QCOMPARE(after.descriptors, before.descriptors);
-    QCOMPARE(after.threads, before.threads);
+    // The system may show a thread for a moment after it was joined.
+    QTRY_COMPARE(Resources().threads, before.threads);
+    QCOMPARE(Resources().descriptors, before.descriptors);
     qInfo("%d jobs in %lld ms", kJobs, clock.elapsed());
 }
 

@@ -142,12 +142,15 @@ private:
                 rejectAndFail(window, QStringLiteral("A window stays open: "));
             return;
         }
+        // A user acts on a window that has the focus, which it gets a moment after it is shown.
+        if (!window->isActiveWindow() && ++m_looks < kPatience)
+            return;
+        m_looks = 0;
         if (isDone()) {
             rejectAndFail(window, QStringLiteral("Unexpected window: "));
             return;
         }
         m_handled = window;
-        m_looks = 0;
         const Step step = std::move(m_steps.front());
         m_steps.pop_front();
         const QPointer<QDialog> guard(window);
