@@ -46,6 +46,13 @@ int readID(const char* method, const Json::Value& answer)
                       [](const Json::Value& value) { return wire::intMember(value, "id"); });
 }
 
+EepromMap readMap(const char* method, const Json::Value& answer)
+{
+    if (!answer.isObject())
+        throw std::runtime_error(std::string("Odd answer to ") + method + ": not a JSON object");
+    return EepromMap::fromService(answer);
+}
+
 const MachineName& nameOf(const Printer* printer)
 {
     if (!printer)
@@ -237,11 +244,9 @@ void Trovek::cboCalibration(const MachineName& machine)
 
 EepromMap Trovek::readEeprom(Printer* const printer)
 {
-    Json::Value map = d->call(wire::method::kReadEeprom,
-                              object({{"machine", nameOf(printer).name()}}), kEepromTimeoutMs);
-    if (!map.isObject())
-        throw std::runtime_error("Odd answer to read_eeprom: not a JSON object");
-    return EepromMap::fromService(std::move(map));
+    const char* const method = wire::method::kReadEeprom;
+    return readMap(
+        method, d->call(method, object({{"machine", nameOf(printer).name()}}), kEepromTimeoutMs));
 }
 
 void Trovek::writeEeprom(Printer* const printer, EepromMap map)
@@ -255,6 +260,29 @@ void Trovek::resetEepromCompletely(const MachineName& machine)
 {
     d->call(wire::method::kResetEepromCompletely, object({{"machine", machine.name()}}),
             kEepromTimeoutMs);
+}
+
+std::vector<EepromBackup> Trovek::eepromBackups(Printer* const printer)
+{
+    const char* const method = wire::method::kListEepromBackups;
+    const Json::Value answer =
+        d->call(method, object({{"machine", nameOf(printer).name()}}), kTimeoutMs);
+    return readAnswer(method, answer, [](const Json::Value& list) {
+        if (!list.isArray())
+            throw std::runtime_error("not a list");
+        std::vector<EepromBackup> backups;
+        for (const Json::Value& backup : list)
+            backups.push_back(wire::eepromBackupFromJson(backup));
+        return backups;
+    });
+}
+
+EepromMap Trovek::readEepromBackup(Printer* const printer, const std::string& name)
+{
+    const char* const method = wire::method::kReadEepromBackup;
+    return readMap(method,
+                   d->call(method, object({{"machine", nameOf(printer).name()}, {"backup", name}}),
+                           kTimeoutMs));
 }
 
 // ---- Firmware
@@ -330,6 +358,12 @@ void Trovek::simulatePlugIn(const std::string& machine)
 void Trovek::simulateUnplug(const std::string& machine)
 {
     d->call(wire::method::kSimulateUnplug, object({{"name", machine}}), kTimeoutMs);
+}
+
+void Trovek::simulateFirmware(const std::string& machine, const std::string& version)
+{
+    d->call(wire::method::kSimulateFirmware, object({{"name", machine}, {"version", version}}),
+            kTimeoutMs);
 }
 
 // ---- Hooks: what does not care for an event leaves its hook empty

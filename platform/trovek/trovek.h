@@ -1,6 +1,7 @@
 #pragma once
 
 #include "trovek/address.h"
+#include "trovek/eeprom_backup.h"
 #include "trovek/eeprom_map.h"
 #include "trovek/export.h"
 #include "trovek/firmware_version.h"
@@ -121,8 +122,14 @@ public:
     void cboCalibration(const MachineName& machine);
 
     EepromMap readEeprom(Printer* const printer);
+    /** All of it or nothing: one value that the machine does not take, and nothing is written. */
     void writeEeprom(Printer* const printer, EepromMap map);
+    /** Returns when it is done, which may take a minute. */
     void resetEepromCompletely(const MachineName& machine);
+    /** Of the memory as this firmware has it, made before each write and reset; newest first. */
+    std::vector<EepromBackup> eepromBackups(Printer* const printer);
+    /** What a backup holds. The machine stays as it is. */
+    EepromMap readEepromBackup(Printer* const printer, const std::string& name);
 
     /** An array of machine names, as the service gave it: its shape is not checked. */
     Json::Value getUploadableMachines();
@@ -140,6 +147,9 @@ public:
     Json::Value simulatedMachines();
     void simulatePlugIn(const std::string& machine);
     void simulateUnplug(const std::string& machine);
+    /** As if it had been given that firmware elsewhere; a machine that is plugged in is unplugged
+     * for it and plugged in again. */
+    void simulateFirmware(const std::string& machine, const std::string& version);
 
     /** Calls that waited for an answer since construction; dialogs are measured by it. */
     quint64 callCount() const;

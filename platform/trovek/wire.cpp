@@ -61,6 +61,13 @@ void readInto(const Json::Value& member, const char* name, int* target)
     *target = member.asInt();
 }
 
+void readInto(const Json::Value& member, const char* name, std::int64_t* target)
+{
+    if (!member.isInt64())
+        throwWrongKind(name, "an integer of 64 bits");
+    *target = member.asInt64();
+}
+
 void readInto(const Json::Value& member, const char* name, std::uint32_t* target)
 {
     if (!member.isUInt())
@@ -278,6 +285,23 @@ Job::Data jobFromJson(const Json::Value& value)
     readOptional(value, "failure", &job.failure);
     readOptional(value, "seconds_left", &job.secondsLeft);
     return job;
+}
+
+Json::Value toJson(const EepromBackup& backup)
+{
+    Json::Value value(Json::objectValue);
+    value["name"] = backup.name;
+    value["time"] = Json::Int64(backup.time);
+    return value;
+}
+
+EepromBackup eepromBackupFromJson(const Json::Value& value)
+{
+    checkObject(value, "backup");
+    EepromBackup backup;
+    backup.name = readIdentity(value, "name");
+    backup.time = readRequired<std::int64_t>(value, "time");
+    return backup;
 }
 
 Json::Value toJson(const SlicerConfiguration& configuration)

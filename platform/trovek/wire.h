@@ -1,5 +1,6 @@
 #pragma once
 
+#include "trovek/eeprom_backup.h"
 #include "trovek/export.h"
 #include "trovek/job.h"
 #include "trovek/port.h"
@@ -54,8 +55,12 @@ constexpr char kCboCalibration[] = "cbo_calibration";
 constexpr char kReadEeprom[] = "read_eeprom";
 /** {machine, map} */
 constexpr char kWriteEeprom[] = "write_eeprom";
-/** {machine} */
+/** {machine}; answered when it is done. */
 constexpr char kResetEepromCompletely[] = "reset_eeprom_completely";
+/** {machine} -> [{name, time}], newest first */
+constexpr char kListEepromBackups[] = "list_eeprom_backups";
+/** {machine, backup} -> map document */
+constexpr char kReadEepromBackup[] = "read_eeprom_backup";
 /** {} -> [name] */
 constexpr char kGetUploadableMachines[] = "getuploadablemachines";
 /** {machine, type} -> [[version, description]] */
@@ -74,6 +79,8 @@ constexpr char kSimulatedMachines[] = "simulated_machines";
 constexpr char kSimulatePlugIn[] = "simulate_plug_in";
 /** {name} */
 constexpr char kSimulateUnplug[] = "simulate_unplug";
+/** {name, version} */
+constexpr char kSimulateFirmware[] = "simulate_firmware";
 } // namespace method
 
 namespace notification {
@@ -107,6 +114,9 @@ namespace error {
 constexpr char kPrintQueued[] = "PrintQueuedException";
 constexpr char kMachineState[] = "MachineStateException";
 constexpr char kMissingEepromMap[] = "MissingEepromMapError";
+constexpr char kEepromValue[] = "EepromValueError";
+constexpr char kEepromWrite[] = "EepromWriteError";
+constexpr char kUnknownEepromBackup[] = "UnknownEepromBackupError";
 constexpr char kPrinterThreadNotIdle[] = "PrinterThreadNotIdleError";
 constexpr char kUnknownMachine[] = "UnknownMachineError";
 constexpr char kUnknownPort[] = "UnknownPortError";
@@ -137,6 +147,8 @@ TROVEK_EXPORT Json::Value toJson(const Port::Data& port);
 TROVEK_EXPORT Port::Data portFromJson(const Json::Value& value);
 TROVEK_EXPORT Json::Value toJson(const Job::Data& job);
 TROVEK_EXPORT Job::Data jobFromJson(const Json::Value& value);
+TROVEK_EXPORT Json::Value toJson(const EepromBackup& backup);
+TROVEK_EXPORT EepromBackup eepromBackupFromJson(const Json::Value& value);
 TROVEK_EXPORT Json::Value toJson(const SlicerConfiguration& configuration);
 TROVEK_EXPORT SlicerConfiguration slicerConfigurationFromJson(const Json::Value& value);
 TROVEK_EXPORT Json::Value toJson(const std::vector<std::string>& texts);

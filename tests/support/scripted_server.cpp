@@ -271,6 +271,20 @@ Json::Value ScriptedServer::result(rpcwire::Peer* peer, const std::string& name,
         eeproms.erase(wire::stringMember(params, "machine"));
         return Json::Value();
     }
+    if (name == method::kListEepromBackups) {
+        Json::Value list(Json::arrayValue);
+        for (const auto& [backup, map] : eepromBackups[wire::stringMember(params, "machine")])
+            list.append(wire::toJson(backup));
+        return list;
+    }
+    if (name == method::kReadEepromBackup) {
+        const std::string wanted = wire::stringMember(params, "backup");
+        for (const auto& [backup, map] : eepromBackups[wire::stringMember(params, "machine")]) {
+            if (backup.name == wanted)
+                return map;
+        }
+        throw wire::makeError(wire::error::kUnknownEepromBackup, "No such backup: " + wanted);
+    }
     if (name == method::kGetUploadableMachines) {
         std::set<std::string> names;
         for (const Printer::Data& printer : printers)

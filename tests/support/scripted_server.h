@@ -70,6 +70,7 @@ public:
     std::map<int, Job::Data> jobs;
     int lastJobID = Job::kInvalidID;
     std::map<std::string, Json::Value> eeproms;
+    std::map<std::string, std::vector<std::pair<EepromBackup, Json::Value>>> eepromBackups;
     std::map<std::string, std::deque<Script>> scripts;
     std::map<std::string, Handler> handlers;
 

@@ -331,6 +331,12 @@ void ScriptedService::setEeprom(const std::string& machine, const Json::Value& m
     d->run([&] { d->server().eeproms[machine] = map; });
 }
 
+void ScriptedService::addEepromBackup(const std::string& machine, const EepromBackup& backup,
+                                      const Json::Value& map)
+{
+    d->run([&] { d->server().eepromBackups[machine].emplace_back(backup, map); });
+}
+
 void ScriptedService::failNext(const std::string& method, const JsonRpcException& error)
 {
     d->script(method, {Script::Fail, Json::Value(), error});

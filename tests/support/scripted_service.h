@@ -93,6 +93,9 @@ public:
 
     /** What read_eeprom answers for that machine until it is written or reset. */
     void setEeprom(const std::string& machine, const Json::Value& map);
+    /** One more for that machine to offer; add the newest first. */
+    void addEepromBackup(const std::string& machine, const EepromBackup& backup,
+                         const Json::Value& map);
 
     // ---- Scripts: the "next" ones are used up one for each request of the method, in order
 

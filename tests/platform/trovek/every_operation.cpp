@@ -83,6 +83,14 @@ void addEveryOperation()
         });
     row("reset_eeprom_completely", R"({"machine": "left"})", 180000,
         [](Trovek& t) { t.resetEepromCompletely(kLeft); });
+    row("list_eeprom_backups", R"({"machine": "left"})", 10000, [](Trovek& t) {
+        Printer printer(ScriptedService::machine("left", Printer::Fabrino2));
+        t.eepromBackups(&printer);
+    });
+    row("read_eeprom_backup", R"({"machine": "left", "backup": "7"})", 10000, [](Trovek& t) {
+        Printer printer(ScriptedService::machine("left", Printer::Fabrino2));
+        t.readEepromBackup(&printer, "7");
+    });
     row("getuploadablemachines", "{}", 60000, [](Trovek& t) { t.getUploadableMachines(); });
     row("getmachineversions", R"({"machine": "Fabrino", "type": 3})", 60000,
         [](Trovek& t) { t.getMachineVersions("Fabrino", 3); });
@@ -99,6 +107,8 @@ void addEveryOperation()
         [](Trovek& t) { t.simulatePlugIn("left"); });
     row("simulate_unplug", R"({"name": "left"})", 10000,
         [](Trovek& t) { t.simulateUnplug("left"); });
+    row("simulate_firmware", R"({"name": "left", "version": "7.6"})", 10000,
+        [](Trovek& t) { t.simulateFirmware("left", "7.6"); });
 }
 
 void addWhatEveryOperationNeeds(ScriptedService& service)
@@ -107,6 +117,7 @@ void addWhatEveryOperationNeeds(ScriptedService& service)
     Job::Data job;
     job.id = 7;
     service.setJob(job);
+    service.addEepromBackup("left", {"7", 0}, json(R"({"eeprom_map": {}})"));
 }
 
 } // namespace trovek
