@@ -108,6 +108,9 @@ signals:
     void updated();
 
 private:
+    void showNumber(double value);
+    void storeInteger(double value);
+
     Json::Value* const m_value;
     bool m_showing = false;
 };
