@@ -214,9 +214,10 @@ Json::Value ScriptedServer::result(rpcwire::Peer* peer, const std::string& name,
     static const std::set<std::string> makesJob = {method::kPrint, method::kPrintToFile,
                                                    method::kSlice, method::kJog};
     static const std::set<std::string> doesNothing = {
-        method::kDisconnectFromPort, method::kHome,           method::kSetToolheadTemperature,
-        method::kCboCalibration,     method::kUploadFirmware, method::kSimulatePlugIn,
-        method::kSimulateUnplug};
+        method::kDisconnectFromPort,     method::kHome,
+        method::kSetToolheadTemperature, method::kCboCalibration,
+        method::kUploadFirmware,         method::kSimulatePlugIn,
+        method::kSimulateUnplug,         method::kSimulateFirmware};
 
     if (name == method::kHello)
         return greet(peer, params);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <trovek/address.h>
+#include <trovek/eeprom_backup.h>
 #include <trovek/job.h>
 #include <trovek/port.h>
 #include <trovek/printer.h>

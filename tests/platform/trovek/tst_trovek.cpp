@@ -25,6 +25,7 @@ private slots:
     void aJobTellsWhatTheServiceSays();
     void cancelingAConcludedJobIsNoError();
     void onboardMemoryGoesThereAndBack();
+    void backupsAreListedAndRead();
     void onboardMemoryNeedsAPrinter();
     void firmwareVersionsAreSorted();
     void configurationChecksAreTheServices();
@@ -84,6 +85,21 @@ void tst_Trovek::oddAnswersAreRefused_data()
         Printer printer(ScriptedService::machine("left", Printer::Fabrino2));
         t.readEeprom(&printer);
     });
+    row("read_eeprom_backup", "5", "not a JSON object", [](Trovek& t) {
+        Printer printer(ScriptedService::machine("left", Printer::Fabrino2));
+        t.readEepromBackup(&printer, "7");
+    });
+    const Operation backups = [](Trovek& t) {
+        Printer printer(ScriptedService::machine("left", Printer::Fabrino2));
+        t.eepromBackups(&printer);
+    };
+    row("list_eeprom_backups", "{}", "not a list", backups);
+    row("list_eeprom_backups", "[5]", "Not a JSON object: backup", backups);
+    row("list_eeprom_backups", R"([{"time": 5}])", "Missing member \"name\"", backups);
+    row("list_eeprom_backups", R"([{"name": "7"}])", "Missing member \"time\"", backups);
+    row("list_eeprom_backups", R"([{"name": "7", "time": "now"}])",
+        "Member \"time\" is not an integer of 64 bits", backups);
+    row("list_eeprom_backups", R"([{"name": "", "time": 5}])", "Member \"name\" is empty", backups);
     row("getmachineversions", "{}", "not a list", [](Trovek& t) { t.getMachineVersions("a", 1); });
     row("downloadfirmware", "{}", "not a path",
         [](Trovek& t) { t.downloadFirmware("a", 1, FirmwareVersion("7.2")); });
@@ -184,6 +200,31 @@ void tst_Trovek::onboardMemoryGoesThereAndBack()
     QVERIFY(!client.readEeprom(printer).getFloat("steps"));
 }
 
+void tst_Trovek::backupsAreListedAndRead()
+{
+    TestLog log;
+    ScriptedService service;
+    service.addPrinter(ScriptedService::machine("left", Printer::Fabrino2));
+    const char* const text =
+        R"({"eeprom_map": {"steps": {"offset": "0", "type": "f", "value": [2]}}})";
+    service.addEepromBackup("left", {"12", 4102444800123}, json(text));
+    service.addEepromBackup("left", {"11", 0}, json("{}"));
+    RecordingTrovek client;
+    client.connectToDaemon(service.address());
+    Printer* const printer = client.printerFromKey(kLeft);
+
+    const std::vector<EepromBackup> backups = client.eepromBackups(printer);
+
+    QCOMPARE(backups.size(), std::size_t(2));
+    QCOMPARE(backups[0].name, std::string("12"));
+    QCOMPARE(backups[0].time, std::int64_t(4102444800123));
+    QCOMPARE(backups[1].name, std::string("11"));
+    QCOMPARE(backups[1].time, std::int64_t(0));
+    const EepromMap map = client.readEepromBackup(printer, "12");
+    QVERIFY(map.getEepromMap()["eeprom_map"]["steps"]["value"][0].type() == Json::realValue);
+    QVERIFY_EXCEPTION_THROWN(client.readEepromBackup(printer, "13"), JsonRpcException);
+}
+
 void tst_Trovek::onboardMemoryNeedsAPrinter()
 {
     TestLog log;
@@ -193,6 +234,9 @@ void tst_Trovek::onboardMemoryNeedsAPrinter()
     service.clearRequests();
     QCOMPARE(thrownText([&] { client.readEeprom(nullptr); }), std::string("No printer given"));
     QCOMPARE(thrownText([&] { client.writeEeprom(nullptr, EepromMap(Json::Value())); }),
+             std::string("No printer given"));
+    QCOMPARE(thrownText([&] { client.eepromBackups(nullptr); }), std::string("No printer given"));
+    QCOMPARE(thrownText([&] { client.readEepromBackup(nullptr, "7"); }),
              std::string("No printer given"));
     QVERIFY(service.requests().empty());
 }
