@@ -3,7 +3,7 @@
 
 include(CMakePackageConfigHelpers)
 
-set(libraries rpcwire qtshared trovek trovek-ui)
+set(libraries rpcwire qtshared trovek pathscope trovek-ui)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/trovek-ui)
 
 install(TARGETS ${libraries} EXPORT trovek-ui-targets
@@ -19,7 +19,7 @@ set_target_properties(${libraries} PROPERTIES INSTALL_RPATH "$ORIGIN")
 
 install(DIRECTORY include/trovek-ui DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
         FILES_MATCHING PATTERN "*.h")
-foreach(folder rpcwire qtshared trovek)
+foreach(folder rpcwire qtshared trovek pathscope)
   install(DIRECTORY platform/${folder} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
           FILES_MATCHING PATTERN "*.h")
 endforeach()

@@ -1,0 +1,1 @@
+#include "pathscope/camera.h"

@@ -1,0 +1,1 @@
+#include "pathscope/toolpath_loader.h"

@@ -1,0 +1,1 @@
+#include "pathscope/toolpath_view_model.h"
