@@ -100,7 +100,8 @@ public slots:
     /**
      * Writes the number into a real, and without its fraction into an integer: a signed one holds
      * 32 bits, an unsigned one 64. What does not fit is stored as the nearest number that does,
-     * which the box then shows; what is not a number changes no integer.
+     * which the box then shows; what is not a number changes no integer. The number as which the
+     * value shows already is no edit and leaves it all its digits.
      */
     void slotValueChanged(double value);
 
@@ -108,11 +109,11 @@ signals:
     void updated();
 
 private:
-    void showNumber(double value);
+    bool showsAs(double number) const;
+    void showValue();
     void storeInteger(double value);
 
     Json::Value* const m_value;
-    bool m_showing = false;
 };
 
 } // namespace trovek

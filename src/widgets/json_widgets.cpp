@@ -141,36 +141,42 @@ void JsonSpinBox::reset()
         TROVEK_LOG(0) << kSpinBoxRequires << std::endl;
         return;
     }
-    showNumber(m_value->asDouble());
+    showValue();
     emit updated();
 }
 
 void JsonSpinBox::slotValueChanged(double value)
 {
-    // What is shown may be rounded; the value keeps its digits until someone edits it. That ends
-    // with the first call, as whoever edits during updated() does mean it.
-    if (std::exchange(m_showing, false)) {
-        emit updated();
-        return;
-    }
     if (!isNumber(*m_value)) {
         TROVEK_LOG(0) << kSpinBoxRequires << std::endl;
         return;
     }
-    if (m_value->type() == Json::realValue)
-        *m_value = value;
-    else
-        storeInteger(value);
+    // A reset and the Return key tell of numbers that nobody edited. What the box shows of the
+    // value may be rounded, and the value is not.
+    if (!showsAs(value)) {
+        if (m_value->type() == Json::realValue)
+            *m_value = value;
+        else
+            storeInteger(value);
+    }
     emit updated();
 }
 
-void JsonSpinBox::showNumber(double value)
+bool JsonSpinBox::showsAs(double number) const
 {
+    const double value = m_value->asDouble();
+    // The box's own rounding, which it does not offer.
+    return !std::isnan(value) &&
+           QString::number(qBound(minimum(), value, maximum()), 'f', decimals()).toDouble() ==
+               number;
+}
+
+void JsonSpinBox::showValue()
+{
+    const double value = m_value->asDouble();
     // A box would take it for its maximum.
-    if (std::isnan(value))
-        return;
-    const QScopedValueRollback<bool> showing(m_showing, true);
-    setValue(value);
+    if (!std::isnan(value))
+        setValue(value);
 }
 
 void JsonSpinBox::storeInteger(double value)
@@ -183,7 +189,7 @@ void JsonSpinBox::storeInteger(double value)
     }
     // Only then: a fraction that is being typed must not go under the user's fingers.
     if (m_value->asDouble() != std::trunc(value))
-        showNumber(m_value->asDouble());
+        showValue();
 }
 
 } // namespace trovek
