@@ -109,7 +109,7 @@ signals:
 private:
     friend class Grama;
     class TROVEK_UI_NO_EXPORT Private;
-    explicit GramaItem(std::unique_ptr<Private> d);
+    GramaItem();
 
     const std::unique_ptr<Private> d;
 };

@@ -13,6 +13,12 @@ int minimumWidthOf(const QWidget* widget)
                                       : qMax(0, widget->minimumSizeHint().width());
 }
 
+/** A bar that was never shown has the width that every widget starts with. */
+int widthOf(const QScrollBar* bar)
+{
+    return bar->isVisible() ? bar->width() : bar->sizeHint().width();
+}
+
 } // namespace
 
 VerticalScrollArea::VerticalScrollArea(QWidget* parent)
@@ -26,7 +32,7 @@ void VerticalScrollArea::resizeEvent(QResizeEvent* event)
 {
     QScrollArea::resizeEvent(event);
     if (widget() && verticalScrollBar())
-        setMinimumWidth(minimumWidthOf(widget()) + verticalScrollBar()->width());
+        setMinimumWidth(minimumWidthOf(widget()) + widthOf(verticalScrollBar()));
 }
 
 } // namespace trovek
