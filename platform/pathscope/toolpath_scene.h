@@ -30,12 +30,43 @@ struct LegendEntry
     double share = 0;
 };
 
+/** What one tool puts into a print. */
+struct ToolTotal
+{
+    /** As in the legend: "Extruder 1: Orvane PLA". */
+    QString name;
+    QColor colour;
+    /** Of filament. */
+    double millimetres = 0;
+    /** By the material's usual density, for filament of 1.75 mm; negative when it is not known. */
+    double grams = -1;
+};
+
+/** A print in a few numbers. */
+struct Totals
+{
+    int layers = 0;
+    /**
+     * Millimetres from edge to edge of what is printed, without skirts, brims, supports and prime
+     * towers; while the file is still read, of all that stands so far, by the middle of the lines.
+     */
+    double width = 0;
+    double depth = 0;
+    double height = 0;
+    double seconds = 0;
+    /** False where the time comes from feed rates alone, which leave acceleration out. */
+    bool secondsFromSlicer = false;
+    /** Those that extrude anything, by number. */
+    std::vector<ToolTotal> tools;
+};
+
 /** The printer's side of the scene. */
 struct SceneSetting
 {
     bool dualExtrusion = false;
     /** One an extruder; may be shorter than the file's tools. */
     std::vector<Orvane::Material> materials;
+    /** The same; what is missing, not valid or transparent gets a colour of the scene's own. */
     std::vector<QColor> colours;
     /** Empty when no machine is known: the ground is then laid under the paths. */
     Orvane::BoundingBox buildVolume;
@@ -62,6 +93,11 @@ public:
 
     /** Never null; without segments before a file was read. */
     std::shared_ptr<const Toolpaths> toolpaths() const;
+    /**
+     * The next piece of the same file, or another file's paths: those after null (which shows
+     * nothing) and after complete ones. Another file is shown from its first layer to its last; the
+     * colour mode and the switches stay.
+     */
     void setToolpaths(std::shared_ptr<const Toolpaths> toolpaths);
 
     /** The segments that the layer range and the move slider leave; found in constant time. */
@@ -70,6 +106,8 @@ public:
     SegmentRange topLayerSegments() const;
     bool isShown(MoveKind kind) const;
 
+    /** Of moves that do not extrude, the same in every colour mode; as 0xAABBGGRR. */
+    static std::uint32_t kindColour(MoveKind kind);
     /** One colour a style of the toolpaths, as 0xAABBGGRR (bytes r, g, b, a); ByLayerTime has none:
      * see layerColours(). */
     const std::vector<std::uint32_t>& styleColours() const;
@@ -78,7 +116,13 @@ public:
     /** Changes whenever the colours do. */
     int colourRevision() const;
 
+    /**
+     * What the colours mean, always in the same order. Where the slicer wrote how long the print
+     * takes, times are scaled to it, for feed rates alone promise too little; so the entries add up
+     * to what the slicer tells.
+     */
     std::vector<LegendEntry> legend() const;
+    Totals totals() const;
 
     const Camera& camera() const;
     void setCamera(const Camera& camera);
@@ -96,7 +140,7 @@ signals:
     void changed();
 
 private:
-    class Private;
+    class PATHSCOPE_NO_EXPORT Private;
     const std::unique_ptr<Private> d;
 };
 

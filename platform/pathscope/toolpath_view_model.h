@@ -48,17 +48,25 @@ public:
      * a range that a user chose is kept as far as it fits.
      */
     void setLayerCount(int count);
+    /** Called by the scene for another file: all of its layers are shown. Switches stay. */
+    void startOver(int layerCount);
     /** Called by the scene when the top layer changes; shows all of its moves. */
     void setMoveCount(int count);
+    /** Called by the scene when more of the top layer comes in; a user's choice is kept. */
+    void extendMoveCount(int count);
 
 public slots:
+    /** Numbers outside of the file are taken for its ends; a range turned round is turned back. */
     void setLayerRange(int first, int last);
+    /** The first layer moves along where it would be above. */
     void setLastLayer(int layer);
+    /** The last layer moves along where it would be below. */
     void setFirstLayer(int layer);
     /** One layer up; at the top nothing happens. The first layer stays. */
     void layerUp();
     /** One layer down; below the first layer of the range the range moves along. */
     void layerDown();
+    /** Only the top layer is shown; the range's beginning is kept for afterwards. */
     void setSingleLayer(bool single);
     void singleLayerToggled();
     void setShownMoves(int moves);
@@ -76,8 +84,17 @@ signals:
     void coloursChanged();
     void visibilityChanged();
     void projectionChanged();
+    /** Once for each change, after all of the others that it brings about. */
+    void changed();
 
 private:
+    using Signal = void (ToolpathViewModel::*)();
+
+    void takeLayers(int count, int first, int last, bool single);
+    void takeMoves(int count, int shown);
+    void takeSwitch(bool& present, bool wanted, Signal signal);
+    void announce(Signal signal);
+
     int m_layerCount = 0;
     int m_firstLayer = 0;
     int m_lastLayer = 0;
@@ -88,6 +105,7 @@ private:
     bool m_travels = false;
     bool m_retractions = false;
     bool m_orthographic = false;
+    int m_announcements = 0;
 };
 
 } // namespace pathscope
