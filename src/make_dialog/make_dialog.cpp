@@ -35,9 +35,9 @@ namespace trovek {
 
 namespace {
 
-constexpr QLatin1String kExportFilterKey("make_dialog/exportFilterString");
-constexpr QLatin1String kLastExportDirKey("make_dialog/lastExportDir");
-constexpr QLatin1String kPrinterKey("make_dialog/printer");
+const QLatin1String kExportFilterKey("make_dialog/exportFilterString");
+const QLatin1String kLastExportDirKey("make_dialog/lastExportDir");
+const QLatin1String kPrinterKey("make_dialog/printer");
 
 constexpr char kNoMode[] = "Dialog must be in either make or export mode";
 
