@@ -100,6 +100,7 @@ private slots:
     void spinBoxKeepsAnIntegerThatIsNotANumber_data();
     void spinBoxKeepsAnIntegerThatIsNotANumber();
     void spinBoxResetTellsTwiceOfAChangeAndElseOnce();
+    void anyEditReplacesWhatIsNotANumber();
     void spinBoxResetKeepsTheValue_data();
     void spinBoxResetKeepsTheValue();
     void spinBoxKeepsItsDigitsWhileTheUserOnlyLooks();
@@ -596,6 +597,19 @@ void tst_JsonWidgets::spinBoxResetTellsTwiceOfAChangeAndElseOnce()
     box.reset();
     QCOMPARE(updated.count(), 5);
     QCOMPARE(box.value(), 8.0);
+}
+
+void tst_JsonWidgets::anyEditReplacesWhatIsNotANumber()
+{
+    Json::Value value(kNan);
+    JsonSpinBox box(&value, {-5, 5}, 1, 0, QString());
+    QCOMPARE(box.value(), 0.0);
+    box.setValue(-5);
+    QVERIFY(value == Json::Value(-5.0));
+
+    value = kNan;
+    box.setValue(5);
+    QVERIFY(value == Json::Value(5.0));
 }
 
 void tst_JsonWidgets::spinBoxResetKeepsTheValue_data()
