@@ -24,9 +24,14 @@ public:
     explicit ToolpathOverlay(ToolpathScene* scene, QWidget* parent = nullptr);
     ~ToolpathOverlay() override;
 
+    /** Wide enough for its texts; as high as the view, since it scrolls. */
+    QSize sizeHint() const override;
+
 public slots:
     void layerUp();
     void layerDown();
+    /** As the button "Fit" does. */
+    void fit();
     /** While a file is read; 1 hides the bar. */
     void setProgress(double fraction);
     /** In place of totals; an empty text takes it away. */
@@ -36,6 +41,9 @@ signals:
     /** Of the buttons "Top", "Front", "Side", "Isometric" and "Fit"; a Camera::Preset, or -1 to
      * fit. */
     void cameraRequested(int preset);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     class Private;

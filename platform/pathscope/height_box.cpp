@@ -1,0 +1,23 @@
+#include "pathscope/height_box.h"
+
+namespace pathscope {
+
+HeightBox::HeightBox(QWidget* parent)
+    : QDoubleSpinBox(parent)
+{
+    setDecimals(2);
+    setSuffix(tr(" mm"));
+}
+
+void HeightBox::stepBy(int steps)
+{
+    emit stepped(steps);
+    selectAll();
+}
+
+QAbstractSpinBox::StepEnabled HeightBox::stepEnabled() const
+{
+    return StepUpEnabled | StepDownEnabled;
+}
+
+} // namespace pathscope

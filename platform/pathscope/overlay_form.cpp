@@ -1,0 +1,265 @@
+#include "pathscope/overlay_form.h"
+
+#include "pathscope/camera.h"
+#include "pathscope/height_box.h"
+#include "pathscope/layer_slider.h"
+#include "pathscope/legend_list.h"
+#include "pathscope/toolpath_overlay.h"
+#include "pathscope/toolpath_view_model.h"
+#include "pathscope/view_button.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFrame>
+#include <QGridLayout>
+#include <QLabel>
+#include <QProgressBar>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QSlider>
+#include <QSpinBox>
+
+namespace pathscope {
+namespace {
+
+constexpr int kProgressSteps = 1000;
+
+QString tr(const char* text)
+{
+    return ToolpathOverlay::tr(text);
+}
+
+template <typename Widget>
+Widget* named(Widget* widget, const char* name, const QString& toolTip, const QString& accessible)
+{
+    widget->setObjectName(QLatin1String(name));
+    widget->setToolTip(toolTip);
+    widget->setAccessibleName(accessible);
+    return widget;
+}
+
+/** A box whose number counts once it is finished: half of a typed number is another layer. */
+template <typename Box>
+Box* numberBox(QWidget* parent, const char* name, const QString& toolTip, const QString& accessible)
+{
+    auto* box = named(new Box(parent), name, toolTip, accessible);
+    box->setKeyboardTracking(false);
+    box->setAlignment(Qt::AlignRight);
+    box->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    box->setMinimumWidth(box->fontMetrics().horizontalAdvance(QStringLiteral("0000000")) + 34);
+    return box;
+}
+
+QCheckBox* checkBox(QWidget* parent, const char* name, const QString& text, const QString& toolTip)
+{
+    auto* box = new QCheckBox(text, parent);
+    box->setObjectName(QLatin1String(name));
+    box->setToolTip(toolTip);
+    return box;
+}
+
+QLabel* buddyLabel(const QString& text, QWidget* buddy)
+{
+    auto* label = new QLabel(text, buddy->parentWidget());
+    label->setBuddy(buddy);
+    return label;
+}
+
+QLabel* textLabel(QWidget* parent, const char* name)
+{
+    auto* label = new QLabel(parent);
+    label->setObjectName(QLatin1String(name));
+    // Materials and lines of the file must not turn into mark-up.
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    return label;
+}
+
+QFrame* separator(QWidget* parent)
+{
+    auto* line = new QFrame(parent);
+    line->setFrameShape(QFrame::HLine);
+    line->setFrameShadow(QFrame::Sunken);
+    return line;
+}
+
+} // namespace
+
+OverlayForm::OverlayForm(QWidget& panel)
+    : slider(named(new LayerSlider(&panel), "layerSlider",
+                   tr("Drag the handles to choose the layers that are shown"), tr("Layers")))
+{
+    auto* area = new QScrollArea(&panel);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area->setFocusPolicy(Qt::NoFocus);
+    m_column = new QWidget(area);
+    auto* column = new QVBoxLayout(m_column);
+    column->setContentsMargins(2, 0, 2, 0);
+    column->setSpacing(6);
+    makeNavigation(*column);
+    column->addWidget(separator(m_column));
+    makeColours(*column);
+    makeTotals(*column);
+    column->addWidget(separator(m_column));
+    makeSwitches(*column);
+    makeViews(*column);
+    column->addStretch(1);
+    makeProgress(*column);
+    area->setWidget(m_column);
+    area->setMinimumWidth(column->minimumSize().width() +
+                          area->verticalScrollBar()->sizeHint().width());
+
+    auto* row = new QHBoxLayout(&panel);
+    row->setContentsMargins(6, 8, 6, 8);
+    row->setSpacing(6);
+    row->addWidget(slider);
+    row->addWidget(area, 1);
+}
+
+void OverlayForm::makeNavigation(QBoxLayout& column)
+{
+    layer = numberBox<QSpinBox>(
+        m_column, "layerBox", tr("The topmost layer that is shown (Up and Down)"), tr("Top layer"));
+    layerCount = textLabel(m_column, "layerCount");
+    layerCount->setWordWrap(false);
+    height = numberBox<HeightBox>(m_column, "heightBox",
+                                  tr("The height of the topmost layer: type one to go there"),
+                                  tr("Height of the top layer"));
+    layerInfo = textLabel(m_column, "layerInfo");
+    from = numberBox<QSpinBox>(m_column, "fromBox", tr("The lowest layer that is shown"),
+                               tr("Lowest layer"));
+    single =
+        checkBox(m_column, "singleLayer", tr("One la&yer"), tr("Show the top layer alone (X)"));
+    moves = named(new QSlider(Qt::Horizontal, m_column), "moveSlider",
+                  tr("How far the topmost layer is printed"), tr("Moves"));
+    move = numberBox<QSpinBox>(m_column, "moveBox",
+                               tr("How many moves of the topmost layer are shown"),
+                               tr("Number of moves"));
+    moveCount = textLabel(m_column, "moveCount");
+    moveCount->setWordWrap(false);
+
+    auto* grid = new QGridLayout;
+    grid->setHorizontalSpacing(6);
+    grid->setVerticalSpacing(4);
+    grid->addWidget(buddyLabel(tr("&Layer:"), layer), 0, 0);
+    grid->addWidget(layer, 0, 1);
+    grid->addWidget(layerCount, 0, 2);
+    grid->addWidget(buddyLabel(tr("Hei&ght:"), height), 1, 0);
+    grid->addWidget(height, 1, 1);
+    grid->addWidget(layerInfo, 2, 1, 1, 2);
+    grid->addWidget(buddyLabel(tr("Fr&om:"), from), 3, 0);
+    grid->addWidget(from, 3, 1);
+    grid->addWidget(single, 3, 2);
+    grid->addWidget(buddyLabel(tr("Mov&es:"), move), 4, 0);
+    grid->addWidget(move, 4, 1);
+    grid->addWidget(moveCount, 4, 2);
+    grid->addWidget(moves, 5, 0, 1, 3);
+    grid->setColumnStretch(1, 1);
+    column.addLayout(grid);
+}
+
+void OverlayForm::makeColours(QBoxLayout& column)
+{
+    colour = named(new QComboBox(m_column), "colorMode", tr("What the colors mean"), tr("Color"));
+    const struct
+    {
+        ToolpathViewModel::ColourMode mode;
+        QString text;
+    } modes[] = {
+        {ToolpathViewModel::ByFeature, tr("Feature")},
+        {ToolpathViewModel::ByExtruder, tr("Extruder")},
+        {ToolpathViewModel::ByHeight, tr("Layer height")},
+        {ToolpathViewModel::ByWidth, tr("Width")},
+        {ToolpathViewModel::BySpeed, tr("Speed")},
+        {ToolpathViewModel::ByTemperature, tr("Temperature")},
+        {ToolpathViewModel::ByLayerTime, tr("Layer time")},
+    };
+    for (const auto& [mode, text] : modes)
+        colour->addItem(text, int(mode));
+    legend = named(new LegendList(m_column), "legend", QString(), tr("Legend"));
+
+    auto* row = new QHBoxLayout;
+    row->addWidget(buddyLabel(tr("&Color:"), colour));
+    row->addWidget(colour, 1);
+    column.addLayout(row);
+    column.addWidget(legend);
+}
+
+void OverlayForm::makeTotals(QBoxLayout& column)
+{
+    totals = textLabel(m_column, "totals");
+    skipped = textLabel(m_column, "skipped");
+    column.addWidget(totals);
+    column.addWidget(skipped);
+}
+
+void OverlayForm::makeSwitches(QBoxLayout& column)
+{
+    travels = checkBox(m_column, "travels", tr("&Travels"),
+                       tr("Show where the head moves without printing"));
+    retractions = checkBox(m_column, "retractions", tr("Retractio&ns"),
+                           tr("Show where filament is pulled back and pushed forth again"));
+    orthographic =
+        checkBox(m_column, "orthographic", tr("Orthogra&phic"), tr("Draw without perspective (O)"));
+    auto* grid = new QGridLayout;
+    grid->setVerticalSpacing(2);
+    grid->addWidget(travels, 0, 0);
+    grid->addWidget(retractions, 0, 1);
+    grid->addWidget(orthographic, 1, 0, 1, 2);
+    column.addLayout(grid);
+}
+
+void OverlayForm::makeViews(QBoxLayout& column)
+{
+    const struct
+    {
+        int preset;
+        const char* name;
+        QString text;
+        QString toolTip;
+    } kinds[] = {
+        {Camera::Top, "viewTop", tr("Top"), tr("Look from above")},
+        {Camera::Front, "viewFront", tr("Front"), tr("Look from the front")},
+        {Camera::Side, "viewSide", tr("Side"), tr("Look from the right")},
+        {Camera::Isometric, "viewIsometric", tr("Isometric"),
+         tr("Look from the front, the side and above")},
+        {-1, "viewFit", tr("Fit"), tr("Show everything that is printed (F)")},
+    };
+    auto* row = new QHBoxLayout;
+    row->setSpacing(2);
+    for (std::size_t i = 0; i < views.size(); ++i) {
+        auto* button = named(new ViewButton(kinds[i].preset, m_column), kinds[i].name,
+                             kinds[i].toolTip, kinds[i].text);
+        button->setText(kinds[i].text);
+        views[i] = {kinds[i].preset, button};
+        row->addWidget(button);
+    }
+    row->addStretch(1);
+    column.addLayout(row);
+}
+
+void OverlayForm::makeProgress(QBoxLayout& column)
+{
+    progress = named(new QProgressBar(m_column), "progress", QString(), tr("Reading the file"));
+    progress->setRange(0, kProgressSteps);
+    progress->setFormat(tr("Reading: %p %"));
+    // Nothing jumps when it comes and goes.
+    QSizePolicy policy = progress->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    progress->setSizePolicy(policy);
+    progress->hide();
+    column.addWidget(progress);
+}
+
+void OverlayForm::setNavigable(bool navigable, bool singleLayer)
+{
+    for (QWidget* widget : {static_cast<QWidget*>(slider), static_cast<QWidget*>(layer),
+                            static_cast<QWidget*>(height), static_cast<QWidget*>(single),
+                            static_cast<QWidget*>(moves), static_cast<QWidget*>(move)})
+        widget->setEnabled(navigable);
+    from->setEnabled(navigable && !singleLayer);
+}
+
+} // namespace pathscope
