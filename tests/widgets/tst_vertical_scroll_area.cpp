@@ -15,6 +15,7 @@ private slots:
     void scrollsOnlyUpAndDown();
     void isAsWideAsItsContentAndTheScrollBar();
     void followsTheLayoutOfItsContent();
+    void takesTheSizeHintOfABarThatWasNeverShown();
 };
 
 void tst_VerticalScrollArea::scrollsOnlyUpAndDown()
@@ -55,8 +56,28 @@ void tst_VerticalScrollArea::followsTheLayoutOfItsContent()
     area.resize(100, 100);
     area.show();
     QCOMPARE(area.minimumWidth(),
-             content->minimumSizeHint().width() + area.verticalScrollBar()->width());
+             content->minimumSizeHint().width() + area.verticalScrollBar()->sizeHint().width());
     QVERIFY(area.minimumWidth() > 400);
+}
+
+void tst_VerticalScrollArea::takesTheSizeHintOfABarThatWasNeverShown()
+{
+    VerticalScrollArea area;
+    auto* content = new QWidget;
+    content->setMinimumSize(250, 10);
+    area.setWidget(content);
+    area.resize(400, 100);
+    area.show();
+
+    QVERIFY(!area.verticalScrollBar()->isVisible());
+    QCOMPARE(area.minimumWidth(), 250 + area.verticalScrollBar()->sizeHint().width());
+
+    // Shown, it takes the same place.
+    content->setMinimumHeight(1000);
+    QTRY_VERIFY(area.verticalScrollBar()->isVisible());
+    area.resize(410, 100);
+    QCOMPARE(area.minimumWidth(), 250 + area.verticalScrollBar()->width());
+    QCOMPARE(area.verticalScrollBar()->width(), area.verticalScrollBar()->sizeHint().width());
 }
 
 QTEST_MAIN(tst_VerticalScrollArea)
