@@ -63,16 +63,34 @@ public:
     virtual void setToolTarget(int tool, int celsius) = 0;
     virtual void setPlatformTarget(int celsius) = 0;
 
+    /** "MAJOR.MINOR" of the firmware that runs in the machine. */
+    virtual std::string firmwareVersion() const = 0;
+    /**
+     * As if a closed machine had been given that firmware elsewhere.
+     * @return false for a machine that is not virtual
+     */
+    virtual bool simulateFirmware(const std::string& version) = 0;
+
     /** Bytes of the onboard memory; fewer at its end. */
     virtual QByteArray readMemory(int offset, int size) const = 0;
-    /** @return false when they do not fit or cannot be kept */
+    /**
+     * All of them or, also when the power fails, none.
+     * @return false when they do not fit or cannot be kept
+     */
     virtual bool writeMemory(int offset, const QByteArray& bytes) = 0;
+    /**
+     * Lets the machine erase its memory and begin with this image, for which it may need a minute.
+     * memoryReset() ends it, unless the machine is closed before: then its memory is as it was.
+     */
+    virtual void resetMemory(const QByteArray& image) = 0;
 
 signals:
     void opened();
     /** Something of status() may be different. */
     void changed();
     void finished();
+    /** @param kept false when the memory is as it was */
+    void memoryReset(bool kept);
     /** @param reason for a user */
     void failed(const QString& reason);
 };

@@ -44,10 +44,11 @@ Machine::Lease::~Lease()
     m_machine.update();
 }
 
-Machine::Machine(const MachineDefinition& definition, std::unique_ptr<MachineDriver> driver,
-                 QObject* parent)
+Machine::Machine(const MachineDefinition& definition, const QString& folder,
+                 std::unique_ptr<MachineDriver> driver, QObject* parent)
     : QObject(parent)
     , m_definition(definition)
+    , m_folder(folder)
     , m_driver(std::move(driver))
     , m_throttle(new Throttle(kChangeIntervalMs))
 {
@@ -62,7 +63,7 @@ Printer::Data Machine::printer() const
 {
     const MachineDriver::Status status = m_driver->status();
     Printer::Data data = describe(m_definition);
-    data.firmwareVersion = FirmwareVersion(m_definition.firmwareVersion);
+    data.firmwareVersion = FirmwareVersion(m_driver->firmwareVersion());
     data.state = status.state;
     // A plan may end and the next begin within one job.
     if (status.state == Printer::Idle && m_job != nullptr)

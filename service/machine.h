@@ -48,11 +48,13 @@ public:
         Machine& m_machine;
     };
 
-    Machine(const MachineDefinition& definition, std::unique_ptr<MachineDriver> driver,
-            QObject* parent = nullptr);
+    /** @param folder where the service keeps what belongs to it; must exist */
+    Machine(const MachineDefinition& definition, const QString& folder,
+            std::unique_ptr<MachineDriver> driver, QObject* parent = nullptr);
     ~Machine() override;
 
     const MachineDefinition& definition() const { return m_definition; }
+    const QString& folder() const { return m_folder; }
     MachineDriver& driver() { return *m_driver; }
 
     bool isPluggedIn() const { return m_pluggedIn; }
@@ -89,6 +91,7 @@ private:
     void tell();
 
     const MachineDefinition& m_definition;
+    const QString m_folder;
     const std::unique_ptr<MachineDriver> m_driver;
     const std::unique_ptr<Throttle> m_throttle;
     RunningJob* m_job = nullptr;

@@ -34,7 +34,7 @@ MachineList::MachineList(MachineDefinitions definitions, const QString& stateFol
             stateFolder + QStringLiteral("/machines/") + folderName(definition.key);
         makePrivateFolder(folder);
         m_machines.push_back(std::make_unique<Machine>(
-            definition, std::make_unique<VirtualMachine>(definition, folder, timeScale)));
+            definition, folder, std::make_unique<VirtualMachine>(definition, folder, timeScale)));
         Machine* machine = m_machines.back().get();
         connect(machine, &Machine::attached, this, [this, machine] { emit attached(*machine); });
         connect(machine, &Machine::detached, this, [this, machine] { emit detached(*machine); });

@@ -49,27 +49,27 @@ Json::Value simulatedMachines(const MachineList& machines)
     return list;
 }
 
-/** A client tells these errors apart by the name in "exception". */
-JsonRpcException eepromError(const char* name, const std::string& text)
+/** Whoever exchanges a machine's firmware holds its cable in the other hand. */
+Json::Value simulateFirmware(const MachineList& machines, const Call& call)
 {
-    JsonRpcException error = wire::makeError(name, text);
-    Json::Value data = error.data();
-    data["exception"]["name"] = name;
-    data["exception"]["message"] = text;
-    return JsonRpcException(error.message(), data);
-}
-
-/** No firmware has a map of its memory yet, without which its bytes say nothing. */
-Json::Value refuseEeprom(const MachineList& machines, const Call& call)
-{
-    const Machine& machine = machines.openMachine(call.params.string("machine"));
-    if (machine.job() != nullptr) {
-        throw eepromError(wire::error::kMachineState,
-                          "The machine is busy: " + machine.job()->data().name);
+    Machine& machine = machines.machine(call.params.string("name"));
+    const std::string version = call.params.string("version");
+    if (!FirmwareVersion(version).valid()) {
+        throw wire::makeError(wire::error::kInvalidArgument,
+                              "Member \"version\" must be \"MAJOR.MINOR\"");
     }
-    throw eepromError(wire::error::kMissingEepromMap,
-                      "There is no map of the onboard memory for firmware " +
-                          machine.definition().firmwareVersion);
+    if (machine.job() != nullptr) {
+        throw wire::makeError(wire::error::kMachineState,
+                              "The machine is busy: " + machine.job()->data().name);
+    }
+    const bool wasPluggedIn = machine.isPluggedIn();
+    machine.unplug();
+    const bool done = machine.driver().simulateFirmware(version);
+    if (wasPluggedIn)
+        machine.plugIn();
+    if (!done)
+        throw wire::makeError(wire::error::kNotOffered, "The machine is not virtual");
+    return Json::Value();
 }
 
 Json::Value refuseDownload(const Call& call)
@@ -115,14 +115,8 @@ void addMachineMethods(MethodTable& table, MachineList& machines)
         list->machine(call.params.string("name")).unplug();
         return Json::Value();
     });
-
-    table.add(kReadEeprom, [list](const Call& call) { return refuseEeprom(*list, call); });
-    table.add(kWriteEeprom, [list](const Call& call) {
-        call.params.object("map");
-        return refuseEeprom(*list, call);
-    });
-    table.add(kResetEepromCompletely,
-              [list](const Call& call) { return refuseEeprom(*list, call); });
+    table.add(kSimulateFirmware,
+              [list](const Call& call) { return simulateFirmware(*list, call); });
 
     table.add(kGetUploadableMachines,
               [list](const Call&) { return wire::toJson(list->machineNames()); });

@@ -5,6 +5,7 @@
 #include "machine.h"
 #include "machine_list.h"
 #include "machine_methods.h"
+#include "onboard/onboard_methods.h"
 #include "system.h"
 
 #include <trovek/log.h>
@@ -132,6 +133,8 @@ public:
     JobList jobs;
     MethodTable table;
     std::vector<std::pair<const char*, Json::Value>> outbox;
+    // Goes first: a reset that is given up lets go of its machine, which is posted.
+    OnboardMethods onboard;
 };
 
 Service::Private::Private(Service& owner, const ServiceOptions& options)
@@ -139,6 +142,7 @@ Service::Private::Private(Service& owner, const ServiceOptions& options)
     , lock(lockStateDir(options.stateDir))
     , machines(readDefinitions(options.machinesFile), options.stateDir, options.timeScale)
     , jobs(QDir(options.stateDir).filePath(QStringLiteral("jobs.json")))
+    , onboard(machines)
 {
     pool.setMaxThreadCount(std::max(2, QThread::idealThreadCount()));
 }
@@ -182,6 +186,7 @@ void Service::Private::addMethods()
               [this](const Call& call) { return subscribe(call.client); });
     addMachineMethods(table, machines);
     addJobMethods(table, machines, jobs, pool);
+    onboard.addTo(table);
     for (const char* name : kMissingMethods)
         table.addMissing(name);
 }

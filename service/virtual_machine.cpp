@@ -46,6 +46,7 @@ public:
     void save();
     void tick();
     void letTimePass(double seconds);
+    void letResetPass(double seconds);
     void wake();
     void fall(const QString& reason);
 
@@ -55,7 +56,11 @@ public:
     const QString memoryFile;
     const double timeScale;
     MachineBody body;
+    std::string firmwareVersion;
     QByteArray memory;
+    /** What the memory will hold, while it is reset. */
+    std::optional<QByteArray> resetImage;
+    double resetSeconds = 0;
     Printer::State state = Printer::UnknownState;
     double greetingSeconds = 0;
     std::optional<PlanRunner> runner;
@@ -73,6 +78,7 @@ VirtualMachine::Private::Private(VirtualMachine& owner, const MachineDefinition&
     , memoryFile(QDir(folder).filePath(QStringLiteral("memory.bin")))
     , timeScale(scale)
     , body(definition)
+    , firmwareVersion(definition.firmwareVersion)
 {
     load();
     QFile file(memoryFile);
@@ -92,6 +98,8 @@ void VirtualMachine::Private::load()
     const Json::Value saved = readStateFile(stateFile);
     if (!saved.isObject())
         return;
+    if (saved["firmware_version"].isString())
+        firmwareVersion = saved["firmware_version"].asString();
     const Json::Value& tools = saved["tools"];
     for (std::size_t i = 0; tools.isArray() && i < body.tools.size(); ++i) {
         const Json::Value tool = tools.get(static_cast<Json::ArrayIndex>(i), Json::Value());
@@ -127,12 +135,16 @@ void VirtualMachine::Private::save()
     saved["position"] = Json::Value(Json::arrayValue);
     for (const double coordinate : body.position)
         saved["position"].append(coordinate);
+    // What the definition says may change with it.
+    if (firmwareVersion != definition.firmwareVersion)
+        saved["firmware_version"] = firmwareVersion;
     writeStateFile(stateFile, saved);
 }
 
 void VirtualMachine::Private::wake()
 {
-    const bool needed = runner.has_value() || state == Printer::Connecting || !body.isAtRest();
+    const bool needed = runner.has_value() || resetImage.has_value() ||
+                        state == Printer::Connecting || !body.isAtRest();
     if (needed == timer.isActive())
         return;
     if (needed) {
@@ -157,6 +169,16 @@ void VirtualMachine::Private::tick()
     emit q.changed();
 }
 
+void VirtualMachine::Private::letResetPass(double seconds)
+{
+    resetSeconds -= seconds;
+    if (resetSeconds > 0)
+        return;
+    const QByteArray image = *resetImage;
+    resetImage.reset();
+    emit q.memoryReset(q.writeMemory(0, image));
+}
+
 void VirtualMachine::Private::letTimePass(double seconds)
 {
     if (state == Printer::Connecting) {
@@ -170,6 +192,8 @@ void VirtualMachine::Private::letTimePass(double seconds)
     }
     if (!runner) {
         body.heat(seconds);
+        if (resetImage)
+            letResetPass(seconds);
         return;
     }
     try {
@@ -236,6 +260,7 @@ void VirtualMachine::open()
 void VirtualMachine::close()
 {
     d->runner.reset();
+    d->resetImage.reset();
     d->state = Printer::UnknownState;
     for (Heater& tool : d->body.tools)
         tool.setTarget(0);
@@ -246,7 +271,7 @@ void VirtualMachine::close()
 
 void VirtualMachine::run(std::shared_ptr<const MotionPlan> plan)
 {
-    if (d->state != Printer::Idle)
+    if (d->state != Printer::Idle || d->resetImage)
         throw std::logic_error("The machine is not idle");
     d->runner.emplace(std::move(plan));
     d->state = Printer::Running;
@@ -274,6 +299,19 @@ void VirtualMachine::setPlatformTarget(int celsius)
     d->wake();
 }
 
+std::string VirtualMachine::firmwareVersion() const
+{
+    return d->firmwareVersion;
+}
+
+bool VirtualMachine::simulateFirmware(const std::string& version)
+{
+    d->firmwareVersion = version;
+    d->touch();
+    d->save();
+    return true;
+}
+
 QByteArray VirtualMachine::readMemory(int offset, int size) const
 {
     return offset < 0 || size < 0 ? QByteArray() : d->memory.mid(offset, size);
@@ -289,6 +327,15 @@ bool VirtualMachine::writeMemory(int offset, const QByteArray& bytes)
         return false;
     d->memory = changed;
     return true;
+}
+
+void VirtualMachine::resetMemory(const QByteArray& image)
+{
+    if (d->state != Printer::Idle || d->resetImage)
+        throw std::logic_error("The machine is not idle");
+    d->resetImage = image;
+    d->resetSeconds = kResetSeconds;
+    d->wake();
 }
 
 } // namespace trovek::service

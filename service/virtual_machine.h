@@ -10,9 +10,9 @@ namespace trovek::service {
 /**
  * A machine that exists in this process only: its heaters follow a curve, its motion takes time.
  *
- * Temperatures, position and onboard memory are kept in a folder and survive a restart of the
- * service, also one without warning (then as they were a few seconds before). Targets do not: a
- * machine never starts hot.
+ * Temperatures, position, firmware version and onboard memory are kept in a folder and survive a
+ * restart of the service, also one without warning (then as they were a few seconds before).
+ * Targets do not: a machine never starts hot.
  */
 class VirtualMachine : public MachineDriver
 {
@@ -20,6 +20,8 @@ class VirtualMachine : public MachineDriver
 
 public:
     static constexpr int kMemoryBytes = 4096;
+    /** Seconds of the machine. */
+    static constexpr double kResetSeconds = 8;
 
     /**
      * @param definition  not owned; must outlive the machine
@@ -37,8 +39,11 @@ public:
     void stop() override;
     void setToolTarget(int tool, int celsius) override;
     void setPlatformTarget(int celsius) override;
+    std::string firmwareVersion() const override;
+    bool simulateFirmware(const std::string& version) override;
     QByteArray readMemory(int offset, int size) const override;
     bool writeMemory(int offset, const QByteArray& bytes) override;
+    void resetMemory(const QByteArray& image) override;
 
 private:
     class Private;

@@ -32,7 +32,8 @@ private slots:
     void refusesTemperatures_data();
     void refusesTemperatures();
     void temperaturesAndJobNumbersSurviveARestart();
-    void onboardMemoryHasNoMapYet();
+    void anotherFirmwareComesWithAnotherPlugging();
+    void firmwareCannotBeExchangedWhileItRuns();
     void firmwareIsNotAvailableYet();
     void twoClientsSeeTheSame();
 };
@@ -376,7 +377,7 @@ void tst_ServiceMachines::temperaturesAndJobNumbersSurviveARestart()
     QCOMPARE(errorOf([&] { client.jobFromID(before); }), std::string("UnknownJobError"));
 }
 
-void tst_ServiceMachines::onboardMemoryHasNoMapYet()
+void tst_ServiceMachines::anotherFirmwareComesWithAnotherPlugging()
 {
     TestLog log;
     ServiceWorld world;
@@ -384,24 +385,47 @@ void tst_ServiceMachines::onboardMemoryHasNoMapYet()
     RecordingTrovek client;
     client.connectToDaemon(world.address());
     ServiceWorld::openMachine(client);
-    Printer* machine = printer(client, ServiceWorld::kMachine);
-    const auto exceptionOf = [&]() -> std::string {
-        try {
-            client.readEeprom(machine);
-        } catch (const JsonRpcException& error) {
-            return error.data()["exception"]["name"].asString() + " " + errorName(error);
-        }
-        return std::string();
+    QCOMPARE(printer(client, ServiceWorld::kMachine)->firmwareVersion().str(), std::string("7.5"));
+    client.events.clear();
+
+    client.simulateFirmware(ServiceWorld::kMachine, "7.6");
+
+    QTRY_COMPARE(eventsOf(client, "portAttached").size(), std::size_t(1));
+    QCOMPARE(eventsOf(client, "printerRemoved virtual_fabrino_2").size(), std::size_t(1));
+    QCOMPARE(eventsOf(client, "portDetached").size(), std::size_t(1));
+    ServiceWorld::openMachine(client);
+    QCOMPARE(printer(client, ServiceWorld::kMachine)->firmwareVersion().str(), std::string("7.6"));
+
+    world.stop();
+    world.start();
+    RecordingTrovek later;
+    later.connectToDaemon(world.address());
+    ServiceWorld::openMachine(later);
+    QCOMPARE(printer(later, ServiceWorld::kMachine)->firmwareVersion().str(), std::string("7.6"));
+    // One that is not plugged in stays so.
+    later.simulateFirmware("virtual_cubio_dual", "4.2");
+    QCOMPARE(later.ports().size(), std::size_t(2));
+}
+
+void tst_ServiceMachines::firmwareCannotBeExchangedWhileItRuns()
+{
+    TestLog log;
+    ServiceWorld world;
+    world.start();
+    RecordingTrovek client;
+    client.connectToDaemon(world.address());
+    ServiceWorld::openMachine(client);
+    const auto exchange = [&](const char* machine, const char* version) {
+        return errorOf([&] { client.simulateFirmware(machine, version); });
     };
 
-    QCOMPARE(exceptionOf(), std::string("MissingEepromMapError MissingEepromMapError"));
-    client.jog(machine->key(), Printer::ZAxis, 1, 100000);
-    QCOMPARE(exceptionOf(), std::string("MachineStateException MachineStateException"));
-    QCOMPARE(errorOf([&] { client.resetEepromCompletely(machine->key()); }),
-             std::string("MachineStateException"));
-    QCOMPARE(
-        errorOf([&] { client.writeEeprom(machine, EepromMap(Json::Value(Json::objectValue))); }),
-        std::string("MachineStateException"));
+    for (const char* const version : {"", "7", "new", "7.6.1"})
+        QCOMPARE(exchange(ServiceWorld::kMachine, version), std::string("InvalidArgumentError"));
+    QCOMPARE(exchange("nobody", "7.6"), std::string("UnknownMachineError"));
+    QCOMPARE(exchange(ServiceWorld::kArchetype, "7.6"), std::string("UnknownMachineError"));
+    client.jog(MachineName(ServiceWorld::kMachine), Printer::ZAxis, 1, 100000);
+    QCOMPARE(exchange(ServiceWorld::kMachine, "7.6"), std::string("MachineStateException"));
+    QCOMPARE(printer(client, ServiceWorld::kMachine)->firmwareVersion().str(), std::string("7.5"));
 }
 
 void tst_ServiceMachines::firmwareIsNotAvailableYet()
