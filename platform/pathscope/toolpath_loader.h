@@ -6,25 +6,38 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
 #include <memory>
+#include <string>
 
 namespace pathscope {
+
+struct ParseOptions;
 
 /**
  * Reads a sliced file in a thread of its own and hands out its toolpaths in pieces.
  *
- * All signals come from the event loop of the loader's thread. Destroying the loader or starting
- * the next file cancels; nothing of a canceled file is delivered any more.
+ * All signals come from the event loop of the loader's thread, never from within load(). Destroying
+ * the loader or starting the next file cancels; nothing of a canceled file is delivered any more.
+ * An event loop that is slower than the reading gets only the latest progress and piece.
  */
 class PATHSCOPE_EXPORT ToolpathLoader : public QObject
 {
     Q_OBJECT
 
 public:
+    /** As parseGCodeFile(); called in the loader's thread. */
+    using Parse = std::function<std::shared_ptr<const Toolpaths>(const std::string& path,
+                                                                 const ParseOptions& options)>;
+
     explicit ToolpathLoader(QObject* parent = nullptr);
+    /** With another reader than the one for G-code. */
+    explicit ToolpathLoader(Parse parse, QObject* parent = nullptr);
     ~ToolpathLoader() override;
 
+    /** From load() until just before finished() or failed(). */
     bool isLoading() const;
+    /** The last one that was asked for. */
     QString file() const;
 
 public slots:
@@ -33,6 +46,7 @@ public slots:
     void cancel();
 
 signals:
+    /** 0 to 1, rising; 1 comes just before finished(). */
     void progressChanged(double fraction);
     /** The file's beginning; for a small file none comes before finished(). */
     void pieceReady(std::shared_ptr<const pathscope::Toolpaths> toolpaths);
@@ -41,7 +55,7 @@ signals:
     void failed(const QString& reason);
 
 private:
-    class Private;
+    class PATHSCOPE_NO_EXPORT Private;
     const std::unique_ptr<Private> d;
 };
 
