@@ -14,6 +14,8 @@ struct ParseOptions
 {
     /** Of filament; turns millimetres of filament into a width where the file tells none. */
     double filamentDiameter = 1.75;
+    /** How much is read at a time; decides about memory, not about the result. */
+    std::size_t blockBytes = 256 * 1024;
     /** Set from any thread to stop early; the result then is not complete. May be null. */
     const std::atomic<bool>* canceled = nullptr;
     /** Called from the parsing thread with 0 to 1, rising, at most some hundred times. */
