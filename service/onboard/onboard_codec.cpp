@@ -15,9 +15,14 @@ namespace {
 
 constexpr double kFixedPointParts = 256.0;
 
-std::string numberText(double number)
+/** One end of the range, as a user would write it. */
+std::string endText(double end, const OnboardEntry& entry)
 {
-    return QString::number(number, 'g', QLocale::FloatingPointShortest).toStdString();
+    if (entry.isReal())
+        return QString::number(end, 'g', QLocale::FloatingPointShortest).toStdString();
+    // The end of the widest type is the only one that a double cannot hold.
+    constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
+    return std::to_string(end < static_cast<double>(most) ? static_cast<std::int64_t>(end) : most);
 }
 
 bool isPrintable(char character)
@@ -110,7 +115,7 @@ std::string whatIsWrongWith(const Json::Value& value, const OnboardEntry& entry)
     // As a double 2 to the power 63 is no larger than the largest 64-bit number.
     const bool isTooWide = !entry.isReal() && !value.isInt64();
     if (isTooWide || !(number >= entry.least) || !(number <= entry.most)) {
-        return "must be from " + numberText(entry.least) + " to " + numberText(entry.most);
+        return "must be from " + endText(entry.least, entry) + " to " + endText(entry.most, entry);
     }
     return entry.isReal() ? std::string() : whatIsWrongWithList(value.asInt64(), entry);
 }
