@@ -11,18 +11,27 @@ namespace {
 
 constexpr float kNothing = -std::numeric_limits<float>::infinity();
 
-/** Towards the lamp: the top is lit best, then the front, then the right side. */
-const QVector3D kLamp = QVector3D(0.12F, -0.5F, 0.86F).normalized();
-constexpr float kAmbient = 0.42F;
+/** The top is lit best, then the front, then the right side. */
+constexpr float kLampX = 0.12F;
+constexpr float kLampY = -0.5F;
+constexpr float kLampZ = 0.86F;
+constexpr float kAmbient = 0.38F;
+constexpr float kLamp = 0.72F;
 
-/** Beads overlap by a little, or rounding would leave pinholes between them. */
-constexpr float kOverlap = 1.06F;
+/** Beads overlap by a little, or rounding and the slicer's own leave pinholes between them. */
+constexpr float kOverlap = 1.15F;
+
+/** Inline, unlike Qt's: a picture takes millions of them. */
+float product(const QVector3D& a, const QVector3D& b)
+{
+    return a.x() * b.x() + a.y() * b.y() + a.z() * b.z();
+}
 
 float lightOn(const QVector3D& normal)
 {
     // Light that wraps around keeps faces turned away from the lamp from all being the same.
-    const float facing = 0.5F + 0.5F * QVector3D::dotProduct(normal, kLamp);
-    return kAmbient + (1 - kAmbient) * std::pow(facing, 1.6F);
+    const float facing = 0.5F + 0.5F * product(normal, QVector3D(kLampX, kLampY, kLampZ));
+    return kAmbient + kLamp * facing * std::sqrt(std::max(facing, 0.0F));
 }
 
 QRgb lit(const QColor& colour, float light)
@@ -36,29 +45,36 @@ QRgb lit(const QColor& colour, float light)
 /** A number that grows by as much with every pixel of a row and with every row. */
 struct Plane
 {
+    Plane(float origin, float x, float y)
+        : atOrigin(origin)
+        , perX(x)
+        , perY(y)
+        , span(std::abs(x) < 1e-6F ? 0 : 1 / x)
+    {}
+
+    float at(float x, float y) const { return atOrigin + perX * x + perY * y; }
+
+    /** Narrows a row's pixels to those whose number lies in [0, 1). */
+    void narrow(float y, float& from, float& to) const
+    {
+        const float start = at(0, y);
+        if (span == 0) {
+            if (start < 0 || start >= 1)
+                to = from - 1;
+            return;
+        }
+        const float zero = -start * span;
+        const float one = zero + span;
+        from = std::max(from, std::min(zero, one));
+        to = std::min(to, std::max(zero, one));
+    }
+
     float atOrigin;
     float perX;
     float perY;
-
-    float at(float x, float y) const { return atOrigin + perX * x + perY * y; }
+    /** Pixels from 0 to 1; 0 for a number that is the same in all of a row. */
+    float span;
 };
-
-/** Narrows a row's pixels to those whose number lies in [0, 1). */
-void narrow(const Plane& plane, float y, float& from, float& to)
-{
-    const float start = plane.at(0, y);
-    if (std::abs(plane.perX) < 1e-6F) {
-        if (start < 0 || start >= 1)
-            to = from - 1;
-        return;
-    }
-    float zero = -start / plane.perX;
-    float one = (1 - start) / plane.perX;
-    if (zero > one)
-        std::swap(zero, one);
-    from = std::max(from, zero);
-    to = std::min(to, one);
-}
 
 } // namespace
 
@@ -75,7 +91,7 @@ void LinePainter::drawBead(QVector3D from, QVector3D to, float width, float heig
                            const QColor& colour)
 {
     QVector3D along = to - from;
-    const float length = std::hypot(along.x(), along.y());
+    const float length = std::sqrt(along.x() * along.x() + along.y() * along.y());
     if (!(length > 1e-5F))
         return;
     // By half a width at both ends, so that the outer side of a corner is closed.
@@ -84,8 +100,8 @@ void LinePainter::drawBead(QVector3D from, QVector3D to, float width, float heig
     along += ends * 2;
 
     QVector3D sideways(along.y(), -along.x(), 0);
-    sideways.normalize();
-    if (QVector3D::dotProduct(sideways, m_view.back) < 0)
+    sideways /= length + width;
+    if (product(sideways, m_view.back) < 0)
         sideways = -sideways;
     const QVector3D down(0, 0, -height * kOverlap);
     const QVector3D edge = from + sideways * (width / 2);
@@ -107,9 +123,9 @@ QVector3D LinePainter::projected(QVector3D point) const
 
 QVector3D LinePainter::projectedDirection(QVector3D direction) const
 {
-    return {QVector3D::dotProduct(direction, m_view.right) * m_view.scale,
-            -QVector3D::dotProduct(direction, m_view.up) * m_view.scale,
-            QVector3D::dotProduct(direction, m_view.back) * m_view.scale};
+    return {product(direction, m_view.right) * m_view.scale,
+            -product(direction, m_view.up) * m_view.scale,
+            product(direction, m_view.back) * m_view.scale};
 }
 
 void LinePainter::fill(const Face& face, const QColor& colour, float light, float roundness)
@@ -130,16 +146,16 @@ void LinePainter::fill(const Face& face, const QColor& colour, float light, floa
     // How far along and across the face a pixel's middle lies, 0 to 1.
     const float x0 = 0.5F - face.corner.x();
     const float y0 = 0.5F - face.corner.y();
-    const Plane alongPlane = {(x0 * b.y() - y0 * b.x()) / area, b.y() / area, -b.x() / area};
-    const Plane acrossPlane = {(y0 * a.x() - x0 * a.y()) / area, -a.y() / area, a.x() / area};
+    const Plane alongPlane((x0 * b.y() - y0 * b.x()) / area, b.y() / area, -b.x() / area);
+    const Plane acrossPlane((y0 * a.x() - x0 * a.y()) / area, -a.y() / area, a.x() / area);
 
     const QRgb flat = lit(colour, light);
     for (int y = top; y < bottom; ++y) {
         const auto row = static_cast<float>(y);
         float from = 0;
         auto to = static_cast<float>(m_width);
-        narrow(alongPlane, row, from, to);
-        narrow(acrossPlane, row, from, to);
+        alongPlane.narrow(row, from, to);
+        acrossPlane.narrow(row, from, to);
         if (from >= to)
             continue;
         const int first = static_cast<int>(std::ceil(from));

@@ -52,18 +52,19 @@ QVector3D placeOf(const PathPoint& point)
     return {point.x, point.y, point.z};
 }
 
-/** Calls with both ends and the brush of every segment that is shown. */
+/**
+ * Calls with both ends and the brush of every segment that is shown, the last one first: what is
+ * on top comes early, and hides the rest before that is coloured.
+ */
 template <typename Use>
 void forEachShown(const Toolpaths& toolpaths, const std::vector<Brush>& brushes, Use use)
 {
-    std::uint64_t segment = 0;
-    for (const auto& chunk : toolpaths.chunks) {
-        const std::vector<PathPoint>& points = chunk->points;
-        for (std::size_t i = 1; i < points.size() && segment < toolpaths.segmentCount;
-             ++i, ++segment) {
+    for (auto chunk = toolpaths.chunks.rbegin(); chunk != toolpaths.chunks.rend(); ++chunk) {
+        const std::vector<PathPoint>& points = (*chunk)->points;
+        for (std::size_t i = points.size(); i-- > 1;) {
             const PathPoint& end = points[i];
             if (end.kind() == MoveKind::Extrude && brushes[end.style()].isShown)
-                use(placeOf(points[i - 1]), placeOf(end), brushes[end.style()]);
+                use(placeOf(end), placeOf(points[i - 1]), brushes[end.style()]);
         }
     }
 }
