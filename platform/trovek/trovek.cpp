@@ -46,11 +46,11 @@ int readID(const char* method, const Json::Value& answer)
                       [](const Json::Value& value) { return wire::intMember(value, "id"); });
 }
 
-EepromMap readMap(const char* method, const Json::Value& answer)
+EepromMap readMap(const char* method, Json::Value answer)
 {
     if (!answer.isObject())
         throw std::runtime_error(std::string("Odd answer to ") + method + ": not a JSON object");
-    return EepromMap::fromService(answer);
+    return EepromMap::fromService(std::move(answer));
 }
 
 const MachineName& nameOf(const Printer* printer)

@@ -40,6 +40,10 @@ private slots:
     void memorySurvivesARestart();
     void memoryRefusesWhatDoesNotFit_data();
     void memoryRefusesWhatDoesNotFit();
+    void aResetOfTheMemoryTakesTime();
+    void aResetEndsWithTheMachine();
+    void aResetNeedsAnIdleMachine();
+    void firmwareSurvivesARestart();
     void aSavedPositionOutsideIsBroughtToTheEndStops();
     void spoiltStateIsLikeNone_data();
     void spoiltStateIsLikeNone();
@@ -432,6 +436,68 @@ void tst_VirtualMachine::memoryRefusesWhatDoesNotFit()
     QCOMPARE(f.machine->readMemory(0, 1 << 20).count('x'), expectedResult ? size : 0);
     QCOMPARE(f.machine->readMemory(-1, 5), QByteArray());
     QCOMPARE(f.machine->readMemory(4094, 5).size(), 2);
+}
+
+void tst_VirtualMachine::aResetOfTheMemoryTakesTime()
+{
+    Fixture f(20);
+    f.open();
+    f.machine->writeMemory(0, QByteArray(VirtualMachine::kMemoryBytes, 'o'));
+    const QByteArray image(VirtualMachine::kMemoryBytes, 'n');
+    QSignalSpy done(f.machine.get(), &MachineDriver::memoryReset);
+
+    f.machine->resetMemory(image);
+
+    QCOMPARE(done.count(), 0);
+    QCOMPARE(f.machine->readMemory(0, 1), QByteArray("o"));
+    QVERIFY(done.wait(30000));
+    QCOMPARE(done.at(0).at(0).toBool(), true);
+    QCOMPARE(f.machine->readMemory(0, 1 << 20), image);
+    f.restart();
+    QCOMPARE(f.machine->readMemory(0, 1 << 20), image);
+}
+
+void tst_VirtualMachine::aResetEndsWithTheMachine()
+{
+    Fixture f(20);
+    f.open();
+    QSignalSpy done(f.machine.get(), &MachineDriver::memoryReset);
+    f.machine->resetMemory(QByteArray(VirtualMachine::kMemoryBytes, 'n'));
+    f.machine->close();
+    f.open();
+
+    // A second one is the only one that ends.
+    f.machine->resetMemory(QByteArray(VirtualMachine::kMemoryBytes, 'm'));
+    QVERIFY(done.wait(30000));
+    QCOMPARE(f.machine->readMemory(0, 1), QByteArray("m"));
+    QCOMPARE(done.count(), 1);
+}
+
+void tst_VirtualMachine::aResetNeedsAnIdleMachine()
+{
+    Fixture f;
+    const QByteArray image(VirtualMachine::kMemoryBytes, 'n');
+    QVERIFY_EXCEPTION_THROWN(f.machine->resetMemory(image), std::logic_error);
+    f.open();
+    f.machine->resetMemory(image);
+    QVERIFY_EXCEPTION_THROWN(f.machine->resetMemory(image), std::logic_error);
+    QVERIFY_EXCEPTION_THROWN(f.machine->run(planOf({moveTo(1, 1, 1, 1)})), std::logic_error);
+    QTRY_COMPARE(f.machine->readMemory(0, 1), QByteArray("n"));
+    f.machine->run(planOf({moveTo(1, 1, 1, 1)}));
+    QVERIFY_EXCEPTION_THROWN(f.machine->resetMemory(image), std::logic_error);
+}
+
+void tst_VirtualMachine::firmwareSurvivesARestart()
+{
+    Fixture f;
+    QCOMPARE(f.machine->firmwareVersion(), definition().firmwareVersion);
+    QVERIFY(f.machine->simulateFirmware("9.10"));
+    QCOMPARE(f.machine->firmwareVersion(), std::string("9.10"));
+    f.restart();
+    QCOMPARE(f.machine->firmwareVersion(), std::string("9.10"));
+    QVERIFY(f.machine->simulateFirmware(definition().firmwareVersion));
+    f.restart();
+    QCOMPARE(f.machine->firmwareVersion(), definition().firmwareVersion);
 }
 
 void tst_VirtualMachine::aSavedPositionOutsideIsBroughtToTheEndStops()

@@ -5,6 +5,9 @@
 
 #include <QTest>
 
+#include <cmath>
+#include <limits>
+
 using trovek::EepromMap;
 
 namespace {
@@ -59,6 +62,12 @@ private slots:
     void theServicesValuesGetTheirKind_data();
     void theServicesValuesGetTheirKind();
     void nestedValuesGetTheirKind();
+    void everyElementGetsItsKind();
+    void aSubMapThatIsNoObjectIsLeftAlone();
+    void realsKeepTheirPointAndTheirDigits_data();
+    void realsKeepTheirPointAndTheirDigits();
+    void hugeAndOddNumbersAreLeftAlone();
+    void aDeepDocumentIsHarmless();
 };
 
 void tst_EepromMap::theDocumentIsKept()
@@ -109,7 +118,12 @@ void tst_EepromMap::documentsOfAnyShapeAreHarmless_data()
           R"({"eeprom_map": {"a": null}})", R"({"eeprom_map": {"a": {"type": 5, "value": [1]}}})",
           R"({"eeprom_map": {"a": {"type": "", "value": []}}})",
           R"({"eeprom_map": {"a": {"type": "x", "value": [1]}}})",
-          R"({"eeprom_map": {"a": {"sub_map": []}}})"})
+          R"({"eeprom_map": {"a": {"sub_map": []}}})", R"({"eeprom_map": {"a": [[]]}})",
+          R"({"eeprom_map": {"a": {"sub_map": 5, "type": "B", "value": {}}}})",
+          R"({"eeprom_map": {"a": {"sub_map": {"b": 5, "c": [], "d": null}}}})",
+          R"({"eeprom_map": {"a": {"type": [], "value": [[[]], {}, null, true]}}})",
+          R"({"eeprom_map": {"a": {"type": "H", "floating_point": {}, "value": "True"}}})",
+          R"({"eeprom_map": {"a": {"type": "I", "constraints": [], "value": null}}})"})
         QTest::newRow(text) << QByteArray(text);
 }
 
@@ -224,6 +238,126 @@ void tst_EepromMap::nestedValuesGetTheirKind()
         map.getEepromMap()["eeprom_map"]["a"]["sub_map"]["b"]["sub_map"]["c"]["value"];
     QCOMPARE(int(values[0].type()), int(Json::realValue));
     QCOMPARE(int(values[1].type()), int(Json::realValue));
+}
+
+void tst_EepromMap::everyElementGetsItsKind()
+{
+    const EepromMap map = EepromMap::fromService(json(R"({"eeprom_map": {
+        "a": {"offset": "0", "type": "ddd", "value": [1, 2.5, "x", 3]},
+        "b": {"offset": "0", "type": "II", "value": [1.0, 2]}}})"));
+    const Json::Value& entries = map.getEepromMap()["eeprom_map"];
+    QCOMPARE(int(entries["a"]["value"][0].type()), int(Json::realValue));
+    QCOMPARE(int(entries["a"]["value"][2].type()), int(Json::stringValue));
+    // One more than the type tells: the entry's kind all the same.
+    QCOMPARE(int(entries["a"]["value"][3].type()), int(Json::realValue));
+    QCOMPARE(int(entries["b"]["value"][0].type()), int(Json::uintValue));
+    QCOMPARE(int(entries["b"]["value"][1].type()), int(Json::uintValue));
+}
+
+void tst_EepromMap::aSubMapThatIsNoObjectIsLeftAlone()
+{
+    // An entry with values and a group of its own is both.
+    const EepromMap map = EepromMap::fromService(json(R"({"eeprom_map": {
+        "a": {"sub_map": [{"offset": "0", "type": "f", "value": [1]}]},
+        "b": {"offset": "0", "type": "f", "value": [1],
+              "sub_map": {"c": {"offset": "0", "type": "f", "value": [1]}}}}})"));
+    const Json::Value& entries = map.getEepromMap()["eeprom_map"];
+    QCOMPARE(int(entries["a"]["sub_map"][0]["value"][0].type()), int(Json::intValue));
+    QCOMPARE(int(entries["b"]["value"][0].type()), int(Json::realValue));
+    QCOMPARE(int(entries["b"]["sub_map"]["c"]["value"][0].type()), int(Json::realValue));
+}
+
+void tst_EepromMap::realsKeepTheirPointAndTheirDigits_data()
+{
+    QTest::addColumn<QByteArray>("type");
+    QTest::addColumn<QByteArray>("given");
+    QTest::addColumn<QByteArray>("written");
+
+    const auto row = [](const char* type, const char* given, const char* written) {
+        QTest::addRow("%s %s", type, given)
+            << QByteArray(type) << QByteArray(given) << QByteArray(written);
+    };
+    for (const char* const type : {R"("f")", R"("d")", R"("H", "floating_point": "True")"}) {
+        row(type, "5", "5.0");
+        row(type, "5.0", "5.0");
+        row(type, "-0.0", "-0.0");
+        row(type, "0", "0.0");
+        row(type, "0.1", "0.10000000000000001");
+        row(type, "1e2", "100.0");
+        row(type, "3.141592653589793", "3.1415926535897931");
+        row(type, "9007199254740993", "9007199254740992.0");
+    }
+    row(R"("d")", "1e300", "1.0000000000000001e+300");
+    row(R"("d")", "5e-324", "4.9406564584124654e-324");
+    row(R"("I")", "5.0", "5");
+    row(R"("B")", "5.0", "5");
+}
+
+void tst_EepromMap::realsKeepTheirPointAndTheirDigits()
+{
+    QFETCH(QByteArray, type);
+    QFETCH(QByteArray, given);
+    QFETCH(QByteArray, written);
+    const auto line = [](const EepromMap& map) {
+        return rpcwire::toJsonLine(map.getEepromMap()["eeprom_map"]["a"]["value"]);
+    };
+    const EepromMap map =
+        EepromMap::fromService(json(R"({"eeprom_map": {"a": {"offset": "0", "type": )" + type +
+                                    R"(, "value": [)" + given + "]}}}"));
+
+    QCOMPARE(QByteArray::fromStdString(line(map)), "[" + written + "]");
+
+    // To the service and back: the same document, kinds and all.
+    const Json::Value back =
+        json(QByteArray::fromStdString(rpcwire::toJsonLine(map.getEepromMap())));
+    const EepromMap again = EepromMap::fromService(back);
+    QVERIFY(again.getEepromMap() == map.getEepromMap());
+    QCOMPARE(line(again), line(map));
+}
+
+void tst_EepromMap::hugeAndOddNumbersAreLeftAlone()
+{
+    const double infinite = std::numeric_limits<double>::infinity();
+    for (const double number :
+         {1e300, -1e300, 1e20, infinite, -infinite, std::numeric_limits<double>::quiet_NaN()}) {
+        for (const char* const type : {"B", "I", "q", "f", "d"}) {
+            Json::Value document = json(R"({"eeprom_map": {"a": {"offset": "0"}}})");
+            Json::Value& entry = document["eeprom_map"]["a"];
+            entry["type"] = type;
+            entry["value"][0] = number;
+
+            const EepromMap map = EepromMap::fromService(document);
+
+            const Json::Value& value = map.getEepromMap()["eeprom_map"]["a"]["value"][0];
+            QCOMPARE(int(value.type()), int(Json::realValue));
+            QVERIFY(value.asDouble() == number || std::isnan(number));
+            QVERIFY(!map.getInt("a"));
+            const std::vector<float>* const floats = map.getFloat("a");
+            QVERIFY(!floats || std::isnan(floats->at(0)));
+        }
+    }
+}
+
+void tst_EepromMap::aDeepDocumentIsHarmless()
+{
+    Json::Value deep = json(R"({"offset": "0", "type": "f", "value": [1]})");
+    std::string path = "a";
+    for (int i = 0; i < 450; ++i) {
+        Json::Value group(Json::objectValue);
+        group["sub_map"]["a"] = deep;
+        deep = group;
+        path += ".a";
+    }
+    Json::Value document(Json::objectValue);
+    document["eeprom_map"]["a"] = deep;
+
+    EepromMap map = EepromMap::fromService(document);
+
+    const std::vector<float>* const values = map.getFloat(path);
+    QVERIFY(values && *values == std::vector<float>{1.0F});
+    map.setFloat(path, {2.0F});
+    QCOMPARE(*map.getFloat(path), std::vector<float>{2.0F});
+    QVERIFY(!map.getFloat(path + ".a"));
 }
 
 QTEST_GUILESS_MAIN(tst_EepromMap)
