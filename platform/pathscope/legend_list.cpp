@@ -124,7 +124,7 @@ void LegendList::setEntries(const std::vector<LegendEntry>& entries)
         QStringList words{entry.name, time, filament, tr("%1 of the time").arg(share)};
         words.removeAll(QString());
         const QString sentence = words.join(QStringLiteral(", "));
-        item->setToolTip(Qt::convertFromPlainText(sentence));
+        item->setToolTip(Qt::convertFromPlainText(sentence, Qt::WhiteSpaceNormal));
         item->setData(Qt::AccessibleTextRole, sentence);
     }
     if (isOtherHeight)

@@ -46,7 +46,7 @@ Box* numberBox(QWidget* parent, const char* name, const QString& toolTip, const 
     box->setKeyboardTracking(false);
     box->setAlignment(Qt::AlignRight);
     box->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    box->setMinimumWidth(box->fontMetrics().horizontalAdvance(QStringLiteral("0000000")) + 34);
+    box->setMinimumWidth(box->fontMetrics().horizontalAdvance(QStringLiteral("000000")) + 34);
     return box;
 }
 
@@ -130,13 +130,11 @@ void OverlayForm::makeNavigation(QBoxLayout& column)
     layerInfo = textLabel(m_column, "layerInfo");
     from = numberBox<QSpinBox>(m_column, "fromBox", tr("The lowest layer that is shown"),
                                tr("Lowest layer"));
-    single =
-        checkBox(m_column, "singleLayer", tr("One la&yer"), tr("Show the top layer alone (X)"));
-    moves = named(new QSlider(Qt::Horizontal, m_column), "moveSlider",
-                  tr("How far the topmost layer is printed"), tr("Moves"));
     move = numberBox<QSpinBox>(m_column, "moveBox",
                                tr("How many moves of the topmost layer are shown"),
                                tr("Number of moves"));
+    moves = named(new QSlider(Qt::Horizontal, m_column), "moveSlider",
+                  tr("How far the topmost layer is printed"), tr("Moves"));
     moveCount = textLabel(m_column, "moveCount");
     moveCount->setWordWrap(false);
 
@@ -151,7 +149,6 @@ void OverlayForm::makeNavigation(QBoxLayout& column)
     grid->addWidget(layerInfo, 2, 1, 1, 2);
     grid->addWidget(buddyLabel(tr("Fr&om:"), from), 3, 0);
     grid->addWidget(from, 3, 1);
-    grid->addWidget(single, 3, 2);
     grid->addWidget(buddyLabel(tr("Mov&es:"), move), 4, 0);
     grid->addWidget(move, 4, 1);
     grid->addWidget(moveCount, 4, 2);
@@ -199,6 +196,8 @@ void OverlayForm::makeSwitches(QBoxLayout& column)
 {
     travels = checkBox(m_column, "travels", tr("&Travels"),
                        tr("Show where the head moves without printing"));
+    single =
+        checkBox(m_column, "singleLayer", tr("One la&yer"), tr("Show the top layer alone (X)"));
     retractions = checkBox(m_column, "retractions", tr("Retractio&ns"),
                            tr("Show where filament is pulled back and pushed forth again"));
     orthographic =
@@ -206,8 +205,9 @@ void OverlayForm::makeSwitches(QBoxLayout& column)
     auto* grid = new QGridLayout;
     grid->setVerticalSpacing(2);
     grid->addWidget(travels, 0, 0);
-    grid->addWidget(retractions, 0, 1);
-    grid->addWidget(orthographic, 1, 0, 1, 2);
+    grid->addWidget(single, 0, 1);
+    grid->addWidget(retractions, 1, 0);
+    grid->addWidget(orthographic, 1, 1);
     column.addLayout(grid);
 }
 

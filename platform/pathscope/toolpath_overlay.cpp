@@ -139,7 +139,7 @@ void ToolpathOverlay::Private::showTotals()
     const auto paths = scene.toolpaths();
     QString text = error;
     if (text.isEmpty() && paths->segmentCount > 0)
-        text = totalsLines(*paths, scene.setting()).join(QLatin1Char('\n'));
+        text = totalsLines(scene.totals()).join(QLatin1Char('\n'));
     form.totals->setText(text);
     form.totals->setVisible(!text.isEmpty());
 
@@ -148,7 +148,8 @@ void ToolpathOverlay::Private::showTotals()
     for (const auto& [line, content] : paths->skipped.examples)
         examples.append(tr("Line %1: %2").arg(line).arg(QString::fromStdString(content)));
     form.skipped->setText(skipped);
-    form.skipped->setToolTip(Qt::convertFromPlainText(examples.join(QLatin1Char('\n'))));
+    form.skipped->setToolTip(
+        Qt::convertFromPlainText(examples.join(QLatin1Char('\n')), Qt::WhiteSpaceNormal));
     form.skipped->setVisible(!skipped.isEmpty());
 }
 
@@ -180,7 +181,10 @@ ToolpathOverlay::ToolpathOverlay(ToolpathScene* scene, QWidget* parent)
     connect(model, &ToolpathViewModel::layersChanged, this, [this] { d->showLayers(); });
     connect(model, &ToolpathViewModel::movesChanged, this, [this] { d->showMoves(); });
     connect(model, &ToolpathViewModel::coloursChanged, this, [this] { d->showColours(); });
-    connect(model, &ToolpathViewModel::visibilityChanged, this, [this] { d->showChoices(); });
+    connect(model, &ToolpathViewModel::visibilityChanged, this, [this] {
+        d->showChoices();
+        d->showColours();
+    });
     connect(model, &ToolpathViewModel::projectionChanged, this, [this] { d->showChoices(); });
     connect(scene, &ToolpathScene::toolpathsChanged, this, [this] { d->showAll(); });
 

@@ -10,9 +10,9 @@
 namespace pathscope {
 namespace {
 
-QString tr(const char* text, int count = -1)
+QString tr(const char* text)
 {
-    return QCoreApplication::translate("pathscope::Texts", text, nullptr, count);
+    return QCoreApplication::translate("pathscope::Texts", text);
 }
 
 QString number(double value, int decimals)
@@ -20,15 +20,12 @@ QString number(double value, int decimals)
     return QLocale().toString(value, 'f', decimals);
 }
 
-QString filamentLine(int tool, double millimetres, const SceneSetting& setting)
+QString filamentLine(const ToolTotal& tool)
 {
-    const auto index = static_cast<std::size_t>(tool);
-    const QString amount = filamentText(millimetres);
-    if (index >= setting.materials.size() || setting.materials[index] == Orvane::UnknownMaterial)
-        return tr("Extruder %1: %2").arg(tool + 1).arg(amount);
-    return tr("Extruder %1 (%2): %3")
-        .arg(QString::number(tool + 1), Orvane::materialToHumanString(setting.materials[index]),
-             amount);
+    const QString length = filamentText(tool.millimetres);
+    if (tool.grams < 0)
+        return tr("%1, %2").arg(tool.name, length);
+    return tr("%1, %2, %3 g").arg(tool.name, length, number(tool.grams, tool.grams < 10 ? 1 : 0));
 }
 
 } // namespace
@@ -56,34 +53,17 @@ QString filamentText(double millimetres)
     return tr("%1 m").arg(number(millimetres / 1000, 2));
 }
 
-QString sizeText(const Bounds& bounds)
+QStringList totalsLines(const Totals& totals)
 {
-    if (!bounds.valid)
-        return QString();
-    QStringList sides;
-    for (std::size_t axis = 0; axis < 3; ++axis)
-        sides.append(number(bounds.max[axis] - bounds.min[axis], 1));
-    return tr("%1 x %2 x %3 mm").arg(sides[0], sides[1], sides[2]);
-}
-
-double printSeconds(const Toolpaths& toolpaths)
-{
-    return toolpaths.estimates.seconds >= 0 ? toolpaths.estimates.seconds : toolpaths.total.seconds;
-}
-
-QStringList totalsLines(const Toolpaths& toolpaths, const SceneSetting& setting)
-{
-    QStringList lines;
-    lines.append(tr("Layers: %1").arg(QLocale().toString(qulonglong(toolpaths.layers.size()))));
-    if (const QString size = sizeText(toolpaths.bounds); !size.isEmpty())
-        lines.append(tr("Size: %1").arg(size));
-    if (const QString time = durationText(printSeconds(toolpaths)); !time.isEmpty())
+    QStringList lines{tr("Layers: %1").arg(QLocale().toString(totals.layers))};
+    if (totals.width > 0 || totals.depth > 0 || totals.height > 0)
+        lines.append(
+            tr("Size: %1 x %2 x %3 mm")
+                .arg(number(totals.width, 1), number(totals.depth, 1), number(totals.height, 1)));
+    if (const QString time = durationText(totals.seconds); !time.isEmpty())
         lines.append(tr("Time: %1").arg(time));
-    for (int tool = 0; tool < kToolCount; ++tool) {
-        const double filament = toolpaths.toolAmounts[static_cast<std::size_t>(tool)].filament;
-        if (filament > 0)
-            lines.append(filamentLine(tool, filament, setting));
-    }
+    for (const ToolTotal& tool : totals.tools)
+        lines.append(filamentLine(tool));
     return lines;
 }
 
