@@ -5,6 +5,7 @@
 
 #include <QTest>
 
+#include <cfloat>
 #include <cmath>
 #include <limits>
 
@@ -333,7 +334,7 @@ void tst_EepromMap::hugeAndOddNumbersAreLeftAlone()
             QVERIFY(value.asDouble() == number || std::isnan(number));
             QVERIFY(!map.getInt("a"));
             const std::vector<float>* const floats = map.getFloat("a");
-            QVERIFY(!floats || std::isnan(floats->at(0)));
+            QVERIFY(!floats || std::isnan(number) || std::abs(number) <= double(FLT_MAX));
         }
     }
 }

@@ -345,6 +345,7 @@ void tst_OnboardMap::anImageIsConverted()
             "rates": {"offset": "0x0030", "type": "hh", "factory": [1, 2]},
             "advance": {"sub_map": {
                 "factor": {"offset": "0x0050", "type": "d", "factory": [9.0]}}},
+            "count": {"offset": "0x0061", "type": "B", "factory": [9]},
             "more": {"offset": "0x0060", "type": "B", "factory": [3]}}}})",
                                      "7.6"));
     Json::Value document = older.read(older.factoryImage());
@@ -362,6 +363,7 @@ void tst_OnboardMap::anImageIsConverted()
     QCOMPARE(valueOf(read, "name")[0].asString(), std::string("New"));
     QVERIFY(valueOf(read, "motion.rates") == json("[1, 2]"));
     QCOMPARE(valueOf(read, "motion.more")[0].asInt(), 3);
+    QCOMPARE(valueOf(read, "motion.count")[0].asInt(), 9);
 }
 
 void tst_OnboardMap::theHeaderTellsWhoseImageItIs()
