@@ -57,6 +57,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     convert(value, wire::printerFromJson);
     convert(value, wire::portFromJson);
     convert(value, wire::jobFromJson);
+    convert(value, wire::eepromBackupFromJson);
     convert(value, wire::slicerConfigurationFromJson);
     readMember([&] { wire::stringMember(value, "name"); });
     readMember([&] { wire::intMember(value, "id"); });

@@ -118,6 +118,12 @@ void readAllowed(const QList<QByteArray>& pieces, OnboardEntry& entry)
     }
 }
 
+/** Otherwise what is stored of an allowed value could lie outside. */
+bool isStoredAsItIs(double end, const OnboardEntry& entry)
+{
+    return !entry.isReal() || decodeElement(encodeElement(end, entry), entry) == Json::Value(end);
+}
+
 /** "m,0,300": from the first to the second. */
 void readRange(const QList<QByteArray>& pieces, OnboardEntry& entry)
 {
@@ -129,6 +135,8 @@ void readRange(const QList<QByteArray>& pieces, OnboardEntry& entry)
         !(most <= entry.most)) {
         throw std::runtime_error("\"constraints\" gives no range within the type's");
     }
+    if (!isStoredAsItIs(least, entry) || !isStoredAsItIs(most, entry))
+        throw std::runtime_error("\"constraints\" has an end that the type cannot hold");
     entry.least = least;
     entry.most = most;
 }

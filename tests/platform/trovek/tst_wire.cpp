@@ -5,6 +5,8 @@
 
 #include <QTest>
 
+#include <limits>
+
 #include <memory>
 
 using namespace trovek;
@@ -61,6 +63,7 @@ private slots:
     void aPrinterComesBackAsItWas();
     void aPortComesBackAsItWas();
     void aJobComesBackAsItWas();
+    void aBackupComesBackAsItWas();
     void aSlicerConfigurationComesBackAsItWas();
     void whatIsMissingTakesItsDefault();
     void whatIsUnknownTakesItsDefault();
@@ -147,6 +150,17 @@ void tst_Wire::aJobComesBackAsItWas()
     QCOMPARE(wire::jobFromJson(wire::toJson(before)).secondsLeft, -1);
 }
 
+void tst_Wire::aBackupComesBackAsItWas()
+{
+    for (const std::int64_t time :
+         {std::int64_t(0), std::int64_t(4102444800123), std::numeric_limits<std::int64_t>::min()}) {
+        const EepromBackup after =
+            wire::eepromBackupFromJson(overTheWire(wire::toJson(EepromBackup{"12-x", time})));
+        QCOMPARE(after.name, std::string("12-x"));
+        QCOMPARE(after.time, time);
+    }
+}
+
 void tst_Wire::aSlicerConfigurationComesBackAsItWas()
 {
     SlicerConfiguration before;
@@ -229,7 +243,7 @@ void tst_Wire::oddShapesAreRefused_data()
         QTest::addRow("%s %s", what, text)
             << QByteArray(what) << QByteArray(text) << QByteArray(refusal);
     };
-    for (const char* const what : {"printer", "port", "job", "slicer_config"}) {
+    for (const char* const what : {"printer", "port", "job", "slicer_config", "backup"}) {
         for (const char* const text : {"null", "[]", "5", "\"text\"", "true"}) {
             QTest::addRow("%s %s", what, text)
                 << QByteArray(what) << QByteArray(text) << "Not a JSON object: " + QByteArray(what);
@@ -298,6 +312,13 @@ void tst_Wire::oddShapesAreRefused_data()
     row("job", R"({"id": 3, "seconds_left": "5"})",
         "Member \"seconds_left\" is not an integer of 32 bits");
 
+    row("backup", R"({"time": 1})", "Missing member \"name\"");
+    row("backup", R"({"name": ""})", "Member \"name\" is empty");
+    row("backup", R"({"name": "a"})", "Missing member \"time\"");
+    row("backup", R"({"name": "a", "time": 1.5})", "Member \"time\" is not an integer of 64 bits");
+    row("backup", R"({"name": "a", "time": 9223372036854775808})",
+        "Member \"time\" is not an integer of 64 bits");
+
     row("slicer_config", R"({"layer_height": "0.2"})", "Member \"layer_height\" is not a number");
     row("slicer_config", R"({"shells": -1})",
         "Member \"shells\" is not an unsigned integer of 32 bits");
@@ -319,6 +340,8 @@ void tst_Wire::oddShapesAreRefused()
             wire::portFromJson(value);
         else if (what == "job")
             wire::jobFromJson(value);
+        else if (what == "backup")
+            wire::eepromBackupFromJson(value);
         else
             wire::slicerConfigurationFromJson(value);
     });

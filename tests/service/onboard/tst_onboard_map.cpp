@@ -115,6 +115,12 @@ void tst_OnboardMap::aSourceIsChecked_data()
             "\"";
         leaf(members.constData(), range);
     }
+    const char* const coarse = "\"constraints\" has an end that the type cannot hold";
+    leaf(R"("offset": "0x10", "type": "H", "factory": [0], "floating_point": "True",
+            "constraints": "m,0,0.3")",
+         coarse);
+    leaf(R"("offset": "0x10", "type": "f", "factory": [0], "constraints": "m,0,0.123456789012")",
+         coarse);
     leaf(R"("offset": "0x10", "type": "B", "factory": [1], "floating_point": "True")",
          "only an \"H\" can be a fixed-point number");
     leaf(R"("offset": "0x10", "type": "H", "factory": [1], "floating_point": "true")",
