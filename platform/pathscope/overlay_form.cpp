@@ -14,6 +14,7 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QProgressBar>
+#include <QScopedValueRollback>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QSlider>
@@ -83,6 +84,25 @@ QFrame* separator(QWidget* parent)
     return line;
 }
 
+/** Lets what is in it shrink before the panel scrolls; a scroll area asks for this height alone. */
+class ShrinkingColumn : public QVBoxLayout
+{
+public:
+    using QVBoxLayout::QVBoxLayout;
+
+    int heightForWidth(int width) const override
+    {
+        // Asking for the least height fills in both, by way of this function.
+        if (m_isAsking)
+            return QVBoxLayout::heightForWidth(width);
+        const QScopedValueRollback<bool> asking(m_isAsking, true);
+        return minimumHeightForWidth(width);
+    }
+
+private:
+    mutable bool m_isAsking = false;
+};
+
 } // namespace
 
 OverlayForm::OverlayForm(QWidget& panel)
@@ -95,7 +115,7 @@ OverlayForm::OverlayForm(QWidget& panel)
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     area->setFocusPolicy(Qt::NoFocus);
     m_column = new QWidget(area);
-    auto* column = new QVBoxLayout(m_column);
+    auto* column = new ShrinkingColumn(m_column);
     column->setContentsMargins(2, 0, 2, 0);
     column->setSpacing(6);
     makeNavigation(*column);
