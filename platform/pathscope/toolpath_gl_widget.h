@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <QGLWidget>
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -55,6 +56,10 @@ public:
     int frameCount() const;
     /** Bytes sent to the GPU so far. */
     std::uint64_t uploadedBytes() const;
+    /** Segments handed to OpenGL so far, by this context: what a change costs to draw. */
+    std::uint64_t drawnSegments() const;
+    /** All of the file is shown as it is wanted now, in full detail. */
+    bool isPictureComplete() const;
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -68,9 +73,16 @@ protected:
     void initializeGL() override;
     void resizeGL(int width, int height) override;
     void paintGL() override;
+    void showEvent(QShowEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
 
 private:
-    class Private;
+    class PATHSCOPE_NO_EXPORT Private;
     const std::unique_ptr<Private> d;
 };
 

@@ -1,0 +1,332 @@
+#include "picture_painter.h"
+
+#include "gl_program.h"
+
+#include "pathscope/toolpath_scene.h"
+#include "pathscope/toolpath_view_model.h"
+
+#include <algorithm>
+
+namespace pathscope {
+
+namespace {
+
+constexpr std::uint64_t kUploadBytes = 2 << 20;
+constexpr std::uint64_t kCoarseSegments = 50'000;
+/** Of the top layer, in a coarse picture. */
+constexpr std::uint64_t kMostOfTopLayer = 40'000;
+constexpr qint64 kSliceNanoseconds = 6'000'000;
+constexpr qint64 kFrameNanoseconds = 30'000'000;
+
+std::uint32_t shownKinds(const ToolpathScene& scene)
+{
+    std::uint32_t kinds = 0;
+    for (const MoveKind kind : {MoveKind::Extrude, MoveKind::Travel, MoveKind::Retract,
+                                MoveKind::Unretract, MoveKind::ToolChange}) {
+        if (scene.isShown(kind))
+            kinds |= 1U << unsigned(kind);
+    }
+    return kinds;
+}
+
+bool isSame(const Orvane::BoundingBox& a, const Orvane::BoundingBox& b)
+{
+    return a.xMin == b.xMin && a.yMin == b.yMin && a.zMin == b.zMin && a.xMax == b.xMax &&
+           a.yMax == b.yMax && a.zMax == b.zMax;
+}
+
+/** The build volume, or without one a platform under the paths. */
+Orvane::BoundingBox groundBox(const ToolpathScene& scene)
+{
+    const Orvane::BoundingBox& volume = scene.setting().buildVolume;
+    if (!volume.isEmpty())
+        return volume;
+    constexpr float kMargin = 10;
+    const Orvane::BoundingBox paths = scene.fitBox();
+    const float z = std::min(0.0F, paths.zMin);
+    return {paths.xMin - kMargin, paths.yMin - kMargin, z,
+            paths.xMax + kMargin, paths.yMax + kMargin, z};
+}
+
+} // namespace
+
+/** What a picture depends on beside the range of segments. */
+struct PicturePainter::Look
+{
+    std::shared_ptr<const Toolpaths> toolpaths;
+    Camera camera;
+    Orvane::BoundingBox world;
+    bool orthographic = false;
+    std::uint32_t kinds = 0;
+    int colourRevision = -1;
+};
+
+PicturePainter::PicturePainter(QOpenGLFunctions_3_3_Core& gl, ToolpathScene& scene)
+    : m_gl(gl)
+    , m_scene(scene)
+    , m_renderer(gl)
+    , m_ground(gl)
+    , m_buffers(gl)
+    , m_look(std::make_unique<Look>())
+{
+    for (const MoveKind kind :
+         {MoveKind::Travel, MoveKind::Retract, MoveKind::Unretract, MoveKind::ToolChange})
+        m_renderer.setKindColour(kind, ToolpathScene::kindColour(kind));
+    update();
+}
+
+PicturePainter::~PicturePainter() = default;
+
+void PicturePainter::setColours(const GroundColours& colours)
+{
+    m_colours = colours;
+    m_schedule.invalidate();
+}
+
+void PicturePainter::setSize(QSizeF window, QSize size)
+{
+    if (size.isEmpty())
+        size = QSize(1, 1);
+    if (!m_buffers.resize(size) && window == m_window)
+        return;
+    m_window = window;
+    m_hasPicture = false;
+    m_begun = false;
+    m_schedule.invalidate();
+}
+
+void PicturePainter::setInMotion(bool inMotion)
+{
+    m_schedule.setInMotion(inMotion);
+}
+
+void PicturePainter::update()
+{
+    Look look;
+    look.toolpaths = m_scene.toolpaths();
+    look.camera = m_scene.camera();
+    look.world = m_scene.worldBox();
+    look.orthographic = m_scene.viewModel()->isOrthographic();
+    look.kinds = shownKinds(m_scene);
+    look.colourRevision = m_scene.colourRevision();
+
+    if (look.toolpaths != m_look->toolpaths) {
+        const auto& before = m_look->toolpaths;
+        const auto& chunks = look.toolpaths->chunks;
+        // Pieces of one file share all chunks but the last one, which may have grown.
+        const bool follows = before != nullptr && before->chunks.size() > 1 && !chunks.empty() &&
+                             before->chunks.front() == chunks.front();
+        if (!follows) {
+            m_renderer.clear();
+            m_coarse.clear();
+            m_segments = 0;
+            m_schedule.setCoarseReady(false);
+        }
+        m_ground.setShape(
+            {groundBox(m_scene), m_scene.setting().platformShape, m_scene.setting().drawFlags});
+    }
+    const bool isOtherPicture =
+        look.toolpaths != m_look->toolpaths || look.camera != m_look->camera ||
+        !isSame(look.world, m_look->world) || look.orthographic != m_look->orthographic ||
+        look.kinds != m_look->kinds;
+    const bool hasOtherColours = look.colourRevision != m_look->colourRevision;
+    *m_look = look;
+    if (hasOtherColours)
+        m_renderer.setStyles(look.toolpaths->styles, m_scene.styleColours());
+    if (isOtherPicture || hasOtherColours) {
+        m_schedule.invalidate();
+        m_begun = false;
+    }
+    setTarget();
+}
+
+/** Only what the GPU has can be shown. */
+void PicturePainter::setTarget()
+{
+    SegmentRange shown = m_scene.shownSegments();
+    shown.end = std::min(shown.end, m_segments);
+    m_schedule.setTarget(shown);
+}
+
+bool PicturePainter::hasAllPoints() const
+{
+    const Toolpaths& toolpaths = *m_look->toolpaths;
+    const std::size_t layers = toolpaths.layers.size();
+    return m_segments >= toolpaths.segmentCount &&
+           m_coarse.layers() + (toolpaths.complete ? 0 : 1) >= layers;
+}
+
+bool PicturePainter::isBusy() const
+{
+    return !hasAllPoints() || m_schedule.isBusy();
+}
+
+bool PicturePainter::isComplete() const
+{
+    return hasAllPoints() && m_schedule.isComplete();
+}
+
+void PicturePainter::takeInPoints(const QElapsedTimer& clock, int milliseconds)
+{
+    const Toolpaths& toolpaths = *m_look->toolpaths;
+    while (m_segments < toolpaths.segmentCount && clock.elapsed() < milliseconds) {
+        const std::uint64_t segments = m_renderer.upload(toolpaths, kUploadBytes);
+        if (segments == m_segments)
+            break;
+        m_segments = segments;
+    }
+    // A file that is still read may add to its last layer.
+    const std::size_t layers = toolpaths.layers.size() - (toolpaths.complete ? 0 : 1);
+    while (!toolpaths.layers.empty() && m_coarse.layers() < layers &&
+           clock.elapsed() < milliseconds)
+        m_coarse.append(toolpaths, layers, kCoarseSegments);
+    m_schedule.setCoarseReady(!toolpaths.layers.empty());
+    setTarget();
+}
+
+bool PicturePainter::work(int milliseconds)
+{
+    QElapsedTimer clock;
+    clock.start();
+    if (!hasAllPoints())
+        takeInPoints(clock, milliseconds);
+    if (!hasAllPoints())
+        return false;
+    bool isShown = false;
+    while (!isShown && clock.elapsed() < milliseconds) {
+        const PictureSchedule::Step step = m_schedule.next(m_segmentsASlice);
+        if (step.kind == PictureSchedule::Step::Rest)
+            break;
+        isShown = carryOut(step);
+    }
+    m_gl.glBindFramebuffer(GL_FRAMEBUFFER, 0);
+    return isShown;
+}
+
+/** @return true when there is another picture to show */
+bool PicturePainter::carryOut(const PictureSchedule::Step& step)
+{
+    using Step = PictureSchedule::Step;
+    switch (step.kind) {
+    case Step::Rest:
+        return false;
+    case Step::Coarse:
+        drawCoarse();
+        m_hasPicture = true;
+        return true;
+    case Step::Begin:
+        m_buffers.bindPicture();
+        m_ground.draw(pictureView(m_look->camera, m_look->world, m_window, m_buffers.pictureSize(),
+                                  m_look->orthographic),
+                      m_colours);
+        return false;
+    case Step::Restore:
+        m_buffers.restore(step.checkpoint);
+        return false;
+    case Step::Save:
+        m_buffers.save(step.checkpoint);
+        return false;
+    case Step::Draw: {
+        QElapsedTimer clock;
+        clock.start();
+        m_buffers.bindPicture();
+        if (!m_begun)
+            beginPaths(m_buffers.pictureSize());
+        m_begun = true;
+        drawSegments(step.segments, 1);
+        m_gl.glFinish();
+        learnSpeed(step.segments.count(), clock.nsecsElapsed());
+        return false;
+    }
+    case Step::Show:
+        m_buffers.finish();
+        m_hasPicture = true;
+        return true;
+    }
+    return false;
+}
+
+void PicturePainter::beginPaths(QSize pixels)
+{
+    m_renderer.begin(
+        pictureView(m_look->camera, m_look->world, m_window, pixels, m_look->orthographic),
+        m_look->kinds);
+}
+
+void PicturePainter::drawSegments(SegmentRange segments, float heightFactor)
+{
+    const std::vector<std::uint32_t>& colours = m_scene.layerColours();
+    if (colours.empty()) {
+        m_renderer.draw(segments, heightFactor);
+        return;
+    }
+    const Toolpaths& toolpaths = *m_look->toolpaths;
+    for (std::size_t layer = toolpaths.layerOf(segments.first);
+         layer < toolpaths.layers.size() && toolpaths.layers[layer].segments.first < segments.end;
+         ++layer) {
+        const SegmentRange& all = toolpaths.layers[layer].segments;
+        m_renderer.setColour(colours[layer]);
+        m_renderer.draw({std::max(all.first, segments.first), std::min(all.end, segments.end)},
+                        heightFactor);
+    }
+    m_renderer.setColour(0);
+}
+
+void PicturePainter::drawCoarse()
+{
+    if (m_coarseUploaded != m_coarse.revision()) {
+        m_renderer.uploadCoarse(m_coarse);
+        m_coarseUploaded = m_coarse.revision();
+    }
+    m_buffers.bindQuickPicture();
+    m_ground.draw(pictureView(m_look->camera, m_look->world, m_window, m_buffers.size(),
+                              m_look->orthographic),
+                  m_colours);
+    beginPaths(m_buffers.size());
+    m_begun = false;
+
+    const auto first = std::size_t(m_scene.viewModel()->firstLayer());
+    const auto last = std::size_t(m_scene.viewModel()->lastLayer());
+    const std::size_t stride = m_coarse.stride();
+    const CoarsePaths::Part part = m_coarse.part(first, last);
+    const std::vector<std::uint32_t>& colours = m_scene.layerColours();
+    if (colours.empty()) {
+        m_renderer.drawCoarse(part.segments, float(stride));
+    } else {
+        for (std::size_t layer = first; layer <= last && layer < colours.size(); ++layer) {
+            const CoarsePaths::Part one = m_coarse.part(layer, layer);
+            if (one.segments.isEmpty())
+                continue;
+            m_renderer.setColour(colours[layer]);
+            m_renderer.drawCoarse(one.segments, float(stride));
+        }
+    }
+    // The top layer is seen best: all of it, reaching down to what lies below.
+    SegmentRange top = m_scene.topLayerSegments();
+    top.end = std::min({top.end, m_segments, top.first + kMostOfTopLayer});
+    const long below = std::max(part.lastLayer, long(first) - 1);
+    if (!top.isEmpty())
+        drawSegments(top, float(std::max(1L, long(last) - below)));
+    m_buffers.finishQuickPicture();
+}
+
+/** So that a slice takes about as long as it should, whatever draws. */
+void PicturePainter::learnSpeed(std::uint64_t segments, qint64 nanoseconds)
+{
+    // Short runs tell more about the call than about the segments.
+    if (segments < 2048 || nanoseconds <= 0)
+        return;
+    const double each = double(nanoseconds) / double(segments);
+    const auto fitting = [each](qint64 time, std::uint64_t least) {
+        return std::clamp(std::uint64_t(double(time) / each), least, std::uint64_t(1) << 24);
+    };
+    m_segmentsASlice = (m_segmentsASlice + fitting(kSliceNanoseconds, 2048)) / 2;
+    m_schedule.setSegmentsAFrame(fitting(kFrameNanoseconds, 20'000));
+}
+
+void PicturePainter::show(GLuint framebuffer, QPoint bottomLeft)
+{
+    m_buffers.show(framebuffer, bottomLeft);
+}
+
+} // namespace pathscope

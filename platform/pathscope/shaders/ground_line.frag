@@ -1,0 +1,8 @@
+uniform vec4 uColour;
+
+out vec4 fColour;
+
+void main()
+{
+    fColour = uColour;
+}
