@@ -111,19 +111,37 @@ std::uint32_t Arc::chordCount() const
         std::min(std::max(1.0, std::ceil(sweep() / std::min(step, kPi / 2))), kLargestChordCount));
 }
 
-Place Arc::at(double part) const
+ArcWalk::ArcWalk(const Arc& arc, std::uint32_t steps)
+    : m_arc(arc)
+    , m_steps(steps)
 {
-    if (part >= 1)
-        return to;
-    const Seen about = seen(centre, plane);
-    const Seen a = seen(from, plane);
-    const Seen b = seen(to, plane);
+    const Seen about = seen(arc.centre, arc.plane);
+    const Seen from = seen(arc.from, arc.plane);
+    const Seen to = seen(arc.to, arc.plane);
+    const double angle = (arc.clockwise ? -1 : 1) * arc.sweep() / steps;
     // The radius goes evenly from the start's to the end's, which rounding made a little different.
-    const double r = distance(a, about) * (1 - part) + distance(b, about) * part;
-    const double turned = angle(a, about) + (clockwise ? -part : part) * sweep();
-    return placeOf({about.right + r * std::cos(turned), about.up + r * std::sin(turned),
-                    a.along + (b.along - a.along) * part},
-                   plane);
+    m_radius = distance(from, about);
+    m_radiusStep = (distance(to, about) - m_radius) / steps;
+    m_along = from.along;
+    m_alongStep = (to.along - from.along) / steps;
+    m_cosine = (from.right - about.right) / m_radius;
+    m_sine = (from.up - about.up) / m_radius;
+    m_stepCosine = std::cos(angle);
+    m_stepSine = std::sin(angle);
+}
+
+Place ArcWalk::next()
+{
+    if (++m_step >= m_steps)
+        return m_arc.to;
+    const double cosine = m_cosine * m_stepCosine - m_sine * m_stepSine;
+    m_sine = m_sine * m_stepCosine + m_cosine * m_stepSine;
+    m_cosine = cosine;
+    m_radius += m_radiusStep;
+    m_along += m_alongStep;
+    const Seen about = seen(m_arc.centre, m_arc.plane);
+    return placeOf({about.right + m_radius * m_cosine, about.up + m_radius * m_sine, m_along},
+                   m_arc.plane);
 }
 
 } // namespace pathscope

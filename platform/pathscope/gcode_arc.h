@@ -31,8 +31,30 @@ struct Arc
     double sweep() const;
     /** How many chords stay within 0.01 mm of the arc. */
     std::uint32_t chordCount() const;
-    /** The point after a part of the way, 0 to 1. */
-    Place at(double part) const;
+};
+
+/** Goes along an arc in even steps; the last one ends exactly where the arc does. */
+class ArcWalk
+{
+public:
+    /** @param arc must outlive the walk */
+    ArcWalk(const Arc& arc, std::uint32_t steps);
+
+    /** Called as often as there are steps. */
+    Place next();
+
+private:
+    const Arc& m_arc;
+    const std::uint32_t m_steps;
+    std::uint32_t m_step = 0;
+    double m_radius = 0;
+    double m_radiusStep = 0;
+    double m_along = 0;
+    double m_alongStep = 0;
+    double m_cosine = 1;
+    double m_sine = 0;
+    double m_stepCosine = 1;
+    double m_stepSine = 0;
 };
 
 } // namespace pathscope

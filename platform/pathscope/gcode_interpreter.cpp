@@ -82,6 +82,47 @@ GCodeInterpreter::GCodeInterpreter(double filamentDiameter)
     , m_filamentArea(kPi / 4 * filamentDiameter * filamentDiameter)
 {}
 
+/** False, and nothing has happened, when a number makes no sense. */
+PATHSCOPE_INLINE bool GCodeInterpreter::move(const MoveWords& words)
+{
+    Place to;
+    if (!target(words, &to))
+        return false;
+    if (words.has(F) && words.values[F] > 0)
+        m_builder.setSpeed(std::min(words.values[F] * m_unit, kLargestFeed) / 60);
+    m_builder.moveTo(to, takeFilament(words));
+    return true;
+}
+
+PATHSCOPE_INLINE bool GCodeInterpreter::target(const MoveWords& words, Place* to) const
+{
+    *to = m_builder.place();
+    const Place from = m_isAbsolute ? m_shift : *to;
+    if (words.has(X))
+        to->x = from.x + words.values[X] * m_unit;
+    if (words.has(Y))
+        to->y = from.y + words.values[Y] * m_unit;
+    if (words.has(Z))
+        to->z = from.z + words.values[Z] * m_unit;
+    return isIn(to->x, kLargestCoordinate) && isIn(to->y, kLargestCoordinate) &&
+           isIn(to->z, kLargestCoordinate) &&
+           (!words.has(E) || isIn(words.values[E], kLargestFilament)) &&
+           (!words.has(F) || isIn(words.values[F], std::numeric_limits<double>::max()));
+}
+
+/** Moves the extruder; millimetres of filament. */
+PATHSCOPE_INLINE double GCodeInterpreter::takeFilament(const MoveWords& words)
+{
+    if (!words.has(E))
+        return 0;
+    const double value = words.values[E] * m_unit;
+    if (!m_isAbsolute || !m_isExtruderAbsolute)
+        return value * m_extruderUnit;
+    const double pushed = value - m_extruder;
+    m_extruder = value;
+    return pushed * m_extruderUnit;
+}
+
 const char* GCodeInterpreter::read(const char* begin, char* end, bool isLast)
 {
     if (isLast)
@@ -89,7 +130,7 @@ const char* GCodeInterpreter::read(const char* begin, char* end, bool isLast)
     const char* line = begin;
     while (line < end) {
         if (!m_isInLongLine) {
-            if (const char* const next = readFastMove(line)) {
+            if (const char* const next = readFastMove(line, end)) {
                 line = next;
                 ++m_lineNumber;
                 continue;
@@ -128,7 +169,7 @@ const char* GCodeInterpreter::read(const char* begin, char* end, bool isLast)
  *
  * @return the next line; null for anything that readLine() has to look at
  */
-const char* GCodeInterpreter::readFastMove(const char* line)
+const char* GCodeInterpreter::readFastMove(const char* line, const char* end)
 {
     if (line[0] != 'G' || (line[1] != '1' && line[1] != '0'))
         return nullptr;
@@ -168,52 +209,16 @@ const char* GCodeInterpreter::readFastMove(const char* line)
         if (*p == ' ')
             ++p;
     }
+    if (*p == ';') {
+        p = findLineEnd(p, end);
+        if (p == end || static_cast<std::size_t>(p - line) > kLongestLine)
+            return nullptr;
+    }
     if (*p == '\r')
         ++p;
     if (*p != '\n' || !move(words))
         return nullptr;
     return p + 1;
-}
-
-/** False, and nothing has happened, when a number makes no sense. */
-bool GCodeInterpreter::move(const MoveWords& words)
-{
-    Place to;
-    if (!target(words, &to))
-        return false;
-    if (words.has(F) && words.values[F] > 0)
-        m_builder.setSpeed(std::min(words.values[F] * m_unit, kLargestFeed) / 60);
-    m_builder.moveTo(to, takeFilament(words));
-    return true;
-}
-
-bool GCodeInterpreter::target(const MoveWords& words, Place* to) const
-{
-    *to = m_builder.place();
-    const Place from = m_isAbsolute ? m_shift : *to;
-    if (words.has(X))
-        to->x = from.x + words.values[X] * m_unit;
-    if (words.has(Y))
-        to->y = from.y + words.values[Y] * m_unit;
-    if (words.has(Z))
-        to->z = from.z + words.values[Z] * m_unit;
-    return isIn(to->x, kLargestCoordinate) && isIn(to->y, kLargestCoordinate) &&
-           isIn(to->z, kLargestCoordinate) &&
-           (!words.has(E) || isIn(words.values[E], kLargestFilament)) &&
-           (!words.has(F) || isIn(words.values[F], std::numeric_limits<double>::max()));
-}
-
-/** Moves the extruder; millimetres of filament. */
-double GCodeInterpreter::takeFilament(const MoveWords& words)
-{
-    if (!words.has(E))
-        return 0;
-    const double value = words.values[E] * m_unit;
-    if (!m_isAbsolute || !m_isExtruderAbsolute)
-        return value * m_extruderUnit;
-    const double pushed = value - m_extruder;
-    m_extruder = value;
-    return pushed * m_extruderUnit;
 }
 
 void GCodeInterpreter::readLine(const char* begin, const char* end)
@@ -422,8 +427,9 @@ void GCodeInterpreter::drawArc(const Arc& arc, double filament)
     m_arcChords += chords;
     if (m_arcChords > kFreeChords + m_bytes / 2)
         chords = std::min(chords, kChordsWhenMany);
-    for (std::uint32_t i = 1; i <= chords; ++i)
-        m_builder.moveTo(arc.at(double(i) / chords), filament / chords);
+    ArcWalk walk(arc, chords);
+    for (std::uint32_t i = 0; i < chords; ++i)
+        m_builder.moveTo(walk.next(), filament / chords);
 }
 
 void GCodeInterpreter::home(const Parameters& words)

@@ -63,7 +63,7 @@ private:
         bool has(MoveWord word) const { return (present & (1U << word)) != 0; }
     };
 
-    const char* readFastMove(const char* line);
+    const char* readFastMove(const char* line, const char* end);
     bool move(const MoveWords& words);
     bool target(const MoveWords& words, Place* to) const;
     double takeFilament(const MoveWords& words);

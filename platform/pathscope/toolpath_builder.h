@@ -1,5 +1,6 @@
 #pragma once
 
+#include "pathscope/gcode_number.h"
 #include "pathscope/style_table.h"
 #include "pathscope/toolpaths.h"
 
@@ -58,7 +59,7 @@ public:
     void setLayerZ(double z);
 
     /** A straight segment; one of no length is a retraction, or nothing without filament. */
-    void moveTo(const Place& to, double filament)
+    PATHSCOPE_INLINE void moveTo(const Place& to, double filament)
     {
         const double dx = to.x - m_place.x;
         const double dy = to.y - m_place.y;
@@ -95,7 +96,7 @@ private:
         return static_cast<std::uint64_t>(m_next - m_begin) - 1;
     }
 
-    void extrude(const Place& to, double length, double filament)
+    PATHSCOPE_INLINE void extrude(const Place& to, double length, double filament)
     {
         if (to.z != m_settledZ)
             settleLayer(to.z);
@@ -113,7 +114,7 @@ private:
         append(to, m_extrudeWord);
     }
 
-    void travel(const Place& to, double length)
+    PATHSCOPE_INLINE void travel(const Place& to, double length)
     {
         beginQuiet();
         m_quietRun.length += length;
@@ -121,7 +122,7 @@ private:
         append(to, static_cast<std::uint32_t>(MoveKind::Travel) << 28 | m_quietStyle);
     }
 
-    void append(const Place& to, std::uint32_t kindAndStyle)
+    PATHSCOPE_INLINE void append(const Place& to, std::uint32_t kindAndStyle)
     {
         m_place = to;
         PathPoint& point = *m_next;
@@ -133,7 +134,7 @@ private:
             beginChunk();
     }
 
-    void include(const Place& p)
+    PATHSCOPE_INLINE void include(const Place& p)
     {
         m_min.x = p.x < m_min.x ? p.x : m_min.x;
         m_min.y = p.y < m_min.y ? p.y : m_min.y;
