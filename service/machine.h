@@ -7,6 +7,8 @@
 #include <trovek/port.h>
 #include <trovek/printer.h>
 
+#include <json/value.h>
+
 #include <QObject>
 #include <QString>
 

@@ -10,6 +10,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QLocale>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -40,8 +41,8 @@ QString makeName(int number, std::int64_t time)
     const QDateTime moment = QDateTime::fromMSecsSinceEpoch(time, Qt::UTC);
     return QStringLiteral("%1-%2T%3Z")
         .arg(number, 6, 10, QLatin1Char('0'))
-        .arg(moment.date().toString(QLatin1String(kDateFormat)),
-             moment.time().toString(QLatin1String(kTimeFormat)));
+        .arg(QLocale::c().toString(moment.date(), QLatin1String(kDateFormat)),
+             QLocale::c().toString(moment.time(), QLatin1String(kTimeFormat)));
 }
 
 /** The numbers of a backup's name; number 0 for any other file's. */
