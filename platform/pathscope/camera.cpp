@@ -13,9 +13,9 @@ namespace {
 /** Beyond a kilometre floats no longer tell tenths of a millimetre apart. */
 constexpr float kFarthestPoint = 1e6F;
 constexpr float kNearest = 0.1F;
-constexpr float kFarthest = 2e7F;
+constexpr float kFarthest = 1e9F;
 /** A point or a line is fitted as if it were this large. */
-constexpr float kSmallestExtent = 5;
+constexpr float kSmallestExtent = 1;
 constexpr double kMargin = 1.08;
 constexpr double kDegreesAPixel = 0.4;
 /** More between near and far than this, and 24 bits of depth no longer part two layers. */

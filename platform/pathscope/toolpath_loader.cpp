@@ -4,6 +4,8 @@
 
 #include <trovek/text.h>
 
+#include <QDir>
+#include <QFileInfo>
 #include <QPointer>
 
 #include <atomic>
@@ -137,9 +139,18 @@ private:
 
     QString reasonOf(const News& news) const
     {
+        const QString name = QDir::toNativeSeparators(file);
         if (news.outcome == Outcome::OutOfMemory)
-            return tr("There is not enough memory to read the file.");
-        return tr("The file cannot be read: %1").arg(trovek::toQString(news.reason));
+            return tr("There is not enough memory to read %1.").arg(name);
+        // The reader's own texts are in English; these are what users meet.
+        const QFileInfo info(file);
+        if (!info.exists())
+            return tr("The file %1 does not exist.").arg(name);
+        if (info.isDir())
+            return tr("%1 is a folder.").arg(name);
+        if (!info.isReadable())
+            return tr("The file %1 may not be read.").arg(name);
+        return tr("The file %1 cannot be read: %2").arg(name, trovek::toQString(news.reason));
     }
 };
 

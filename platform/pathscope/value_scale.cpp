@@ -19,14 +19,14 @@ bool isSortable(double value)
 }
 
 /** The least of 1, 2, 5, 10, 20, ... by which a span has few enough classes. */
-std::int64_t roundStep(std::int64_t least, std::int64_t most)
+std::int64_t roundStep(std::int64_t least, std::int64_t most, int mostClasses)
 {
     const auto classes = [least, most](std::int64_t step) {
         return (most + step - 1) / step - least / step;
     };
     for (std::int64_t power = 1;; power *= 10) {
         for (const std::int64_t step : {power, power * 2, power * 5}) {
-            if (classes(step) <= ValueScale::kMostClasses)
+            if (classes(step) <= mostClasses)
                 return step;
         }
     }
@@ -60,7 +60,7 @@ ValueScale::ValueScale(const std::vector<double>& values, double quantum, double
     m_distinct.clear();
     m_openEnd = most >= 0 && quantaOf(most) > least && quantaOf(most) < greatest;
     const Quanta end = m_openEnd ? quantaOf(most) : greatest;
-    m_step = roundStep(least, end);
+    m_step = roundStep(least, end, m_openEnd ? kMostClasses - 1 : kMostClasses);
     m_least = least / m_step * m_step;
     m_count = static_cast<int>((end - m_least + m_step - 1) / m_step) + (m_openEnd ? 1 : 0);
 }
