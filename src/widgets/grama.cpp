@@ -5,6 +5,7 @@
 
 #include <trovek/log.h>
 
+#include <QCoreApplication>
 #include <QEvent>
 #include <QFormLayout>
 #include <QHBoxLayout>
@@ -26,39 +27,74 @@ constexpr int kSeparatorHeight = 20;
 constexpr int kRowsOfAnItem = 2;
 
 /**
- * Keeps a shown form from being laid out anew by every widget that is shown or hidden in it, which
- * takes as long as there are rows; the layout catches up once, from the event loop.
+ * Shows and hides rows of a form, in time that grows with them and no faster.
+ *
+ * A form that is shown would be laid out anew for every widget; that is put off to the end. And
+ * every widget that comes to be shown would ask to be painted, wherever it is: painting compares
+ * each that asks with all its siblings. So these may not ask, and the form does for all of them.
  */
-class LayoutPause
+class VisibilityChange
 {
 public:
-    explicit LayoutPause(QLayout* layout)
+    explicit VisibilityChange(QLayout* layout)
         : m_layout(layout)
-        , m_wasEnabled(layout->isEnabled())
-    {
-        m_layout->setEnabled(false);
-    }
-    ~LayoutPause() { m_layout->setEnabled(m_wasEnabled); }
+        , m_form(layout->parentWidget())
+    {}
+    ~VisibilityChange() { finish(); }
 
-    LayoutPause(const LayoutPause&) = delete;
-    LayoutPause& operator=(const LayoutPause&) = delete;
+    VisibilityChange(const VisibilityChange&) = delete;
+    VisibilityChange& operator=(const VisibilityChange&) = delete;
+
+    /** Nothing happens for what is null, or shown or hidden already. */
+    void set(QWidget* widget, bool shown)
+    {
+        if (widget == nullptr || widget->isHidden() != shown)
+            return;
+        m_layout->setEnabled(false);
+        m_isRunning = true;
+        if (shown && m_form->isVisible())
+            silence(widget);
+        widget->setVisible(shown);
+    }
 
 private:
+    /** Not by setUpdatesEnabled(), which makes each widget ask at the end. */
+    void silence(QWidget* widget)
+    {
+        if (widget->updatesEnabled()) {
+            widget->setAttribute(Qt::WA_UpdatesDisabled, true);
+            m_silent.push_back(widget);
+        }
+        for (QObject* child : widget->children()) {
+            if (child->isWidgetType())
+                silence(static_cast<QWidget*>(child));
+        }
+    }
+
+    void finish()
+    {
+        if (!m_isRunning)
+            return;
+        m_layout->setEnabled(true);
+        if (!m_form->isVisible())
+            return;
+        m_layout->activate();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::UpdateLater);
+        for (QWidget* widget : m_silent)
+            widget->setAttribute(Qt::WA_UpdatesDisabled, false);
+        m_form->update();
+    }
+
     QLayout* const m_layout;
-    const bool m_wasEnabled;
+    QWidget* const m_form;
+    std::vector<QWidget*> m_silent;
+    bool m_isRunning = false;
 };
 
-void setShown(QWidget* widget, bool shown)
+bool isHiddenByItsOwner(const QWidget* widget)
 {
-    if (widget != nullptr && widget->isHidden() == shown)
-        widget->setVisible(shown);
-}
-
-/** In a form that is shown a new widget is hidden until it is told otherwise. */
-void showUnlessHiddenByCaller(QWidget* widget)
-{
-    if (widget != nullptr && !widget->testAttribute(Qt::WA_WState_ExplicitShowHide))
-        widget->show();
+    return widget != nullptr && widget->isHidden() &&
+           widget->testAttribute(Qt::WA_WState_ExplicitShowHide);
 }
 
 /** Both its form and its item own a container; the one that goes first deletes it. */
@@ -101,13 +137,14 @@ public:
     bool hasRow(const GramaItem& item) const;
     int rowOf(const GramaItem& item) const;
     std::shared_ptr<GramaItem> makeItem(GramaItem& parent, QWidget* label, QWidget* field);
-    void insert(const GramaItem& item, int row);
+    void insert(const GramaItem& item, int row, VisibilityChange& change);
     void countRow(const GramaItem& item);
 
     bool isShown(const GramaItem& item) const;
     bool isFirstShownChild(const GramaItem& item) const;
-    void judgeSeparator(const GramaItem& item);
-    void judgeSeparatorsAround(const GramaItem& item);
+    void judgeSeparator(const GramaItem& item, VisibilityChange& change);
+    void judgeSeparatorsAround(const GramaItem& item, VisibilityChange& change);
+    void judgeAllSeparators(VisibilityChange& change);
 
     void showDescendants(const GramaItem& item, bool shown);
     void filter();
@@ -184,15 +221,15 @@ std::shared_ptr<GramaItem> Grama::Private::makeItem(GramaItem& parent, QWidget* 
     return item;
 }
 
-void Grama::Private::insert(const GramaItem& item, int row)
+void Grama::Private::insert(const GramaItem& item, int row, VisibilityChange& change)
 {
     const GramaItem::Private& data = *item.d;
     layout->insertRow(row, data.left, data.field);
     layout->insertRow(row + 1, data.separator);
-    if (inner->isVisible()) {
-        showUnlessHiddenByCaller(data.left);
-        showUnlessHiddenByCaller(data.field);
-    }
+    // In a form that is shown a new widget is hidden until it is told otherwise.
+    change.set(data.left, true);
+    if (!isHiddenByItsOwner(data.field))
+        change.set(data.field, true);
     tabsInOrder = false;
 }
 
@@ -220,7 +257,7 @@ bool Grama::Private::isFirstShownChild(const GramaItem& item) const
  * its lowest child; that of a row without is reached from the line above it by the row and those
  * ancestors that stand right above it.
  */
-void Grama::Private::judgeSeparator(const GramaItem& item)
+void Grama::Private::judgeSeparator(const GramaItem& item, VisibilityChange& change)
 {
     bool needed = false;
     if (item.d->children.empty()) {
@@ -231,20 +268,20 @@ void Grama::Private::judgeSeparator(const GramaItem& item)
             needed = isShown(*row);
         }
     }
-    setShown(item.d->separator, needed);
+    change.set(item.d->separator, needed);
 }
 
 /** Judges the lines that a new row changes: its own, its parent's, and the one that the row which
  *  stood below the parent so far led to. */
-void Grama::Private::judgeSeparatorsAround(const GramaItem& item)
+void Grama::Private::judgeSeparatorsAround(const GramaItem& item, VisibilityChange& change)
 {
-    judgeSeparator(item);
+    judgeSeparator(item, change);
     const GramaItem& parent = *item.d->parent;
     if (&parent == root.get())
         return;
     const auto& siblings = parent.d->children;
     if (siblings.size() == 1) {
-        judgeSeparator(parent);
+        judgeSeparator(parent, change);
         return;
     }
     const GramaItem* next = siblings[siblings.size() - 2].get();
@@ -252,19 +289,32 @@ void Grama::Private::judgeSeparatorsAround(const GramaItem& item)
         return;
     while (!next->d->children.empty())
         next = next->d->children.back().get();
-    judgeSeparator(*next);
+    judgeSeparator(*next, change);
+}
+
+void Grama::Private::judgeAllSeparators(VisibilityChange& change)
+{
+    bool rowShown = false;
+    for (int row = 0; row < layout->rowCount(); ++row) {
+        if (QLayoutItem* line = layout->itemAt(row, QFormLayout::SpanningRole)) {
+            change.set(line->widget(), rowShown);
+            rowShown = false;
+        } else if (QLayoutItem* label = layout->itemAt(row, QFormLayout::LabelRole)) {
+            rowShown = rowShown || !label->widget()->isHidden();
+        }
+    }
 }
 
 void Grama::Private::showDescendants(const GramaItem& item, bool shown)
 {
-    const LayoutPause pause(layout);
+    VisibilityChange change(layout);
     std::vector<const GramaItem*> rest{&item};
     while (!rest.empty()) {
         const GramaItem& parent = *rest.back();
         rest.pop_back();
         for (const std::shared_ptr<GramaItem>& child : parent.d->children) {
-            setShown(child->d->left, shown);
-            setShown(child->d->field, shown);
+            change.set(child->d->left, shown);
+            change.set(child->d->field, shown);
             rest.push_back(child.get());
         }
     }
@@ -290,18 +340,18 @@ void Grama::Private::filter()
         }
     }
 
-    const LayoutPause pause(layout);
+    VisibilityChange change(layout);
     for (std::size_t number = items.size() - 1; number > 0; --number) {
         const GramaItem& item = *items[number];
         const Verdict& verdict = verdicts[number];
         const bool matches = verdict.missing.isEmpty() && (item.d->marked || !markedOnly);
         const bool shown = matches || verdict.hasShownChild;
-        setShown(item.d->left, shown);
-        setShown(item.d->field, shown);
+        change.set(item.d->left, shown);
+        change.set(item.d->field, shown);
         if (shown)
             verdicts[item.d->parent->d->number].hasShownChild = true;
     }
-    q->updateSeparatorVisibility();
+    judgeAllSeparators(change);
 }
 
 void Grama::Private::orderTabs()
@@ -330,12 +380,12 @@ std::shared_ptr<GramaItem> Grama::addRow(QWidget* const label, QWidget* const fi
         TROVEK_LOG(0) << "Invalid parent" << std::endl;
         return nullptr;
     }
-    const LayoutPause pause(d->layout);
     const int row = parent ? d->rowOf(*parent) + 1 : d->layout->rowCount();
     const std::shared_ptr<GramaItem> item = d->makeItem(parent ? *parent : *d->root, label, field);
-    d->insert(*item, row);
+    VisibilityChange change(d->layout);
+    d->insert(*item, row, change);
     d->countRow(*item);
-    d->judgeSeparatorsAround(*item);
+    d->judgeSeparatorsAround(*item, change);
     return item;
 }
 
@@ -368,16 +418,8 @@ void Grama::setShowMarkedOnly(bool markedOnly)
 
 void Grama::updateSeparatorVisibility()
 {
-    const LayoutPause pause(d->layout);
-    bool rowShown = false;
-    for (int row = 0; row < d->layout->rowCount(); ++row) {
-        if (QLayoutItem* line = d->layout->itemAt(row, QFormLayout::SpanningRole)) {
-            setShown(line->widget(), rowShown);
-            rowShown = false;
-        } else if (QLayoutItem* label = d->layout->itemAt(row, QFormLayout::LabelRole)) {
-            rowShown = rowShown || !label->widget()->isHidden();
-        }
-    }
+    VisibilityChange change(d->layout);
+    d->judgeAllSeparators(change);
 }
 
 bool Grama::eventFilter(QObject* watched, QEvent* event)

@@ -9,7 +9,14 @@ namespace trovek {
 
 namespace {
 
-using TabStops = QHash<const QWidget*, QVector<QWidget*>>;
+struct TabStop
+{
+    QWidget* widget;
+    /** Its place among all widgets of the window; 0 for what stands behind others. */
+    int place;
+};
+
+using TabStops = QHash<const QWidget*, QVector<TabStop>>;
 
 bool isTabStop(const QWidget& widget)
 {
@@ -17,19 +24,24 @@ bool isTabStop(const QWidget& widget)
     return (widget.focusPolicy() & Qt::TabFocus) != 0 && widget.focusProxy() == nullptr;
 }
 
-/** The tab stops of each of the container's children, in one walk. */
-TabStops tabStopsByChild(const QWidget& container)
+/** The tab stops of each of the container's children, in one walk that starts at `first`. */
+TabStops tabStopsByChild(const QWidget& container, const QWidget* first)
 {
     TabStops stops;
-    for (QWidget* widget = container.nextInFocusChain(); widget != &container;
+    int place = 0;
+    bool isBehindOthers = false;
+    for (QWidget* widget = first->nextInFocusChain(); widget != first;
          widget = widget->nextInFocusChain()) {
+        ++place;
         if (!isTabStop(*widget))
             continue;
         const QWidget* child = widget;
         while (child != nullptr && child->parentWidget() != &container)
             child = child->parentWidget();
         if (child != nullptr)
-            stops[child].append(widget);
+            stops[child].append({widget, isBehindOthers ? 0 : place});
+        else
+            isBehindOthers = true;
     }
     return stops;
 }
@@ -38,16 +50,21 @@ TabStops tabStopsByChild(const QWidget& container)
 
 void orderTabStops(const QFormLayout& form, QWidget* first)
 {
-    const TabStops stops = tabStopsByChild(*form.parentWidget());
+    const TabStops stops = tabStopsByChild(*form.parentWidget(), first);
     QWidget* previous = first;
+    // Only what is out of order moves: each move searches what the former ones left behind.
+    int place = 0;
     for (int row = 0; row < form.rowCount(); ++row) {
         for (const QFormLayout::ItemRole role : {QFormLayout::LabelRole, QFormLayout::FieldRole}) {
             QLayoutItem* item = form.itemAt(row, role);
             if (item == nullptr)
                 continue;
-            for (QWidget* stop : stops.value(item->widget())) {
-                QWidget::setTabOrder(previous, stop);
-                previous = stop;
+            for (const TabStop& stop : stops.value(item->widget())) {
+                if (stop.place > place)
+                    place = stop.place;
+                else
+                    QWidget::setTabOrder(previous, stop.widget);
+                previous = stop.widget;
             }
         }
     }
