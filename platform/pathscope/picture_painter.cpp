@@ -15,6 +15,9 @@ constexpr std::uint64_t kUploadBytes = 2 << 20;
 constexpr std::uint64_t kCoarseSegments = 50'000;
 /** Of the top layer, in a coarse picture. */
 constexpr std::uint64_t kMostOfTopLayer = 40'000;
+/** How much wider beads are drawn for each layer that they stand for. */
+constexpr float kWiderALayer = 0.25F;
+constexpr float kMostWider = 3;
 constexpr qint64 kSliceNanoseconds = 6'000'000;
 constexpr qint64 kFrameNanoseconds = 30'000'000;
 
@@ -163,7 +166,7 @@ bool PicturePainter::isBusy() const
 
 bool PicturePainter::isComplete() const
 {
-    return hasAllPoints() && m_schedule.isComplete();
+    return m_look->toolpaths == m_scene.toolpaths() && hasAllPoints() && m_schedule.isComplete();
 }
 
 void PicturePainter::takeInPoints(const QElapsedTimer& clock, int milliseconds)
@@ -215,6 +218,7 @@ bool PicturePainter::carryOut(const PictureSchedule::Step& step)
         m_hasPicture = true;
         return true;
     case Step::Begin:
+        m_begun = false;
         m_buffers.bindPicture();
         m_ground.draw(pictureView(m_look->camera, m_look->world, m_window, m_buffers.pictureSize(),
                                   m_look->orthographic),
@@ -233,7 +237,7 @@ bool PicturePainter::carryOut(const PictureSchedule::Step& step)
         if (!m_begun)
             beginPaths(m_buffers.pictureSize());
         m_begun = true;
-        drawSegments(step.segments, 1);
+        drawSegments(step.segments);
         m_gl.glFinish();
         learnSpeed(step.segments.count(), clock.nsecsElapsed());
         return false;
@@ -253,11 +257,11 @@ void PicturePainter::beginPaths(QSize pixels)
         m_look->kinds);
 }
 
-void PicturePainter::drawSegments(SegmentRange segments, float heightFactor)
+void PicturePainter::drawSegments(SegmentRange segments)
 {
     const std::vector<std::uint32_t>& colours = m_scene.layerColours();
     if (colours.empty()) {
-        m_renderer.draw(segments, heightFactor);
+        m_renderer.draw(segments);
         return;
     }
     const Toolpaths& toolpaths = *m_look->toolpaths;
@@ -266,8 +270,7 @@ void PicturePainter::drawSegments(SegmentRange segments, float heightFactor)
          ++layer) {
         const SegmentRange& all = toolpaths.layers[layer].segments;
         m_renderer.setColour(colours[layer]);
-        m_renderer.draw({std::max(all.first, segments.first), std::min(all.end, segments.end)},
-                        heightFactor);
+        m_renderer.draw({std::max(all.first, segments.first), std::min(all.end, segments.end)});
     }
     m_renderer.setColour(0);
 }
@@ -287,26 +290,30 @@ void PicturePainter::drawCoarse()
 
     const auto first = std::size_t(m_scene.viewModel()->firstLayer());
     const auto last = std::size_t(m_scene.viewModel()->lastLayer());
-    const std::size_t stride = m_coarse.stride();
+    const auto stride = float(m_coarse.stride());
+    // Where a wall leans, the next kept layer lies beside this one.
+    m_renderer.setFactors(std::min(1 + kWiderALayer * (stride - 1), kMostWider), stride);
     const CoarsePaths::Part part = m_coarse.part(first, last);
     const std::vector<std::uint32_t>& colours = m_scene.layerColours();
     if (colours.empty()) {
-        m_renderer.drawCoarse(part.segments, float(stride));
+        m_renderer.drawCoarse(part.segments);
     } else {
         for (std::size_t layer = first; layer <= last && layer < colours.size(); ++layer) {
             const CoarsePaths::Part one = m_coarse.part(layer, layer);
             if (one.segments.isEmpty())
                 continue;
             m_renderer.setColour(colours[layer]);
-            m_renderer.drawCoarse(one.segments, float(stride));
+            m_renderer.drawCoarse(one.segments);
         }
     }
     // The top layer is seen best: all of it, reaching down to what lies below.
     SegmentRange top = m_scene.topLayerSegments();
     top.end = std::min({top.end, m_segments, top.first + kMostOfTopLayer});
     const long below = std::max(part.lastLayer, long(first) - 1);
-    if (!top.isEmpty())
-        drawSegments(top, float(std::max(1L, long(last) - below)));
+    if (!top.isEmpty()) {
+        m_renderer.setFactors(1, float(std::max(1L, long(last) - below)));
+        drawSegments(top);
+    }
     m_buffers.finishQuickPicture();
 }
 

@@ -69,7 +69,7 @@ private:
     void setTarget();
     bool carryOut(const PictureSchedule::Step& step);
     void beginPaths(QSize pixels);
-    void drawSegments(SegmentRange segments, float heightFactor);
+    void drawSegments(SegmentRange segments);
     void drawCoarse();
     void learnSpeed(std::uint64_t segments, qint64 nanoseconds);
 

@@ -73,6 +73,7 @@ public:
     void release();
     QString whatIsMissing() const;
     void showNotice();
+    bool isComplete() const;
     void completeIfDone();
 
     QSizeF window() const { return notice->size(); }
@@ -233,7 +234,7 @@ std::uint64_t ToolpathGLWidget::drawnSegments() const
 
 bool ToolpathGLWidget::isPictureComplete() const
 {
-    return d->painter != nullptr && !d->loader.isLoading() && d->painter->isComplete();
+    return d->isComplete();
 }
 
 QSize ToolpathGLWidget::sizeHint() const
@@ -308,11 +309,16 @@ void ToolpathGLWidget::Private::work()
         working.start();
 }
 
+bool ToolpathGLWidget::Private::isComplete() const
+{
+    return painter != nullptr && !loader.isLoading() && !working.isActive() &&
+           painter->isComplete();
+}
+
 void ToolpathGLWidget::Private::completeIfDone()
 {
-    if (!awaitsPicture || loader.isLoading())
-        return;
-    if (why.isEmpty() && (painter == nullptr || !painter->isComplete()))
+    const bool isGivenUp = !why.isEmpty() && !loader.isLoading();
+    if (!awaitsPicture || !(isComplete() || isGivenUp))
         return;
     awaitsPicture = false;
     emit q.pictureComplete();

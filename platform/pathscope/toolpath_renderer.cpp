@@ -2,6 +2,8 @@
 
 #include "gl_program.h"
 
+#include <QVector2D>
+
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -236,13 +238,12 @@ void ToolpathRenderer::begin(const PictureView& view, std::uint32_t kinds)
     m_programs->set("uViewProjection", view.viewProjection);
     m_programs->set("uEye", view.eye);
     m_programs->set("uLight", view.light);
-    m_programs->set("uKinds", GLuint(kinds));
+    m_programs->set("uKinds", GLint(kinds));
     m_programs->surface->bind();
     m_programs->surface->setUniformValue("uPixel", view.pixel);
     m_programs->surface->setUniformValue("uRight", view.right);
     m_programs->surface->setUniformValue("uUp", view.up);
-    m_heightFactor = 0;
-    setHeightFactor(1);
+    setFactors(1, 1);
     setColour(0);
 
     m_gl.glActiveTexture(GL_TEXTURE0 + kStylesUnit);
@@ -261,30 +262,25 @@ void ToolpathRenderer::setColour(std::uint32_t colour)
     m_programs->set("uColour", unpacked(colour));
 }
 
-void ToolpathRenderer::setHeightFactor(float factor)
+void ToolpathRenderer::setFactors(float width, float height)
 {
-    if (factor == m_heightFactor)
-        return;
-    m_heightFactor = factor;
-    m_programs->set("uHeightFactor", factor);
+    m_programs->set("uFactors", QVector2D(width, height));
 }
 
-void ToolpathRenderer::draw(SegmentRange segments, float heightFactor)
+void ToolpathRenderer::draw(SegmentRange segments)
 {
-    setHeightFactor(heightFactor);
     m_batches.visit(segments, *m_frustum, m_thinFrom, [this](const PathBatches::Run& run) {
         drawRun(m_chunks[run.chunk], run.first, run.count, run.thin);
     });
     checkGl(m_gl, "draw");
 }
 
-void ToolpathRenderer::drawCoarse(SegmentRange segments, float heightFactor)
+void ToolpathRenderer::drawCoarse(SegmentRange segments)
 {
     const std::uint64_t there = m_coarse.points > 0 ? m_coarse.points - 1 : 0;
     const std::uint64_t end = std::min(segments.end, there);
     if (segments.first >= end)
         return;
-    setHeightFactor(heightFactor);
     // Beads of many layers in one are never thin.
     drawRun(m_coarse, std::uint32_t(segments.first), std::uint32_t(end - segments.first), false);
     checkGl(m_gl, "drawCoarse");

@@ -49,9 +49,13 @@ public:
     void begin(const PictureView& view, std::uint32_t kinds);
     /** Draws with a colour instead of the styles' own, or with those again for 0. */
     void setColour(std::uint32_t colour);
-    /** @param heightFactor  how much higher than told the beads are drawn, downwards */
-    void draw(SegmentRange segments, float heightFactor = 1);
-    void drawCoarse(SegmentRange segments, float heightFactor);
+    /**
+     * How many times wider and, downwards, higher than told the beads are drawn from now on; once
+     * each after begin().
+     */
+    void setFactors(float width, float height);
+    void draw(SegmentRange segments);
+    void drawCoarse(SegmentRange segments);
 
     std::uint64_t uploadedBytes() const { return m_uploadedBytes; }
     /** Segments handed to OpenGL so far, the hidden ones among them. */
@@ -72,7 +76,6 @@ private:
     void destroy(Buffer& buffer);
     void send(Buffer& buffer, const PathPoint* points, std::size_t first, std::size_t count);
     void makeIndices();
-    void setHeightFactor(float factor);
     void drawRun(const Buffer& buffer, std::uint32_t first, std::uint32_t count, bool thin);
 
     QOpenGLFunctions_3_3_Core& m_gl;
@@ -87,7 +90,6 @@ private:
     PathBatches m_batches;
     std::unique_ptr<Frustum> m_frustum;
     float m_thinFrom = 0;
-    float m_heightFactor = 1;
     /** Of the styles that extrude, in millimetres. */
     float m_usualWidth = 0.4F;
     std::uint64_t m_uploadedBytes = 0;

@@ -6,8 +6,9 @@ uniform mat4 uViewProjection;
 uniform vec4 uEye;
 uniform vec3 uLight;
 // Bit n: moves of kind n are shown.
-uniform uint uKinds;
-uniform float uHeightFactor;
+uniform int uKinds;
+// How many times wider and higher than told beads are drawn.
+uniform vec2 uFactors;
 // Takes the place of the style's colour where alpha is above 0.
 uniform vec4 uColour;
 uniform vec3 uKindColours[5];
@@ -30,7 +31,7 @@ uint kindOf(uint kindAndStyle)
 
 bool isShown(uint kind)
 {
-    return (uKinds & (1u << kind)) != 0u;
+    return (uKinds & (1 << int(kind))) != 0;
 }
 
 Bead beadOf(uint kindAndStyle)
@@ -42,8 +43,8 @@ Bead beadOf(uint kindAndStyle)
     uint kind = kindOf(kindAndStyle);
     if (kind != kExtrude)
         return Bead(uKindColours[kind], 0.0, 0.0);
-    return Bead(colour, 0.5 * uintBitsToFloat(style.y),
-                0.5 * uHeightFactor * uintBitsToFloat(style.z));
+    vec2 halves = 0.5 * uFactors * uintBitsToFloat(style.yz);
+    return Bead(colour, halves.x, halves.y);
 }
 
 // How a bead's side towards the eye lies, in the plane across it.

@@ -1,12 +1,12 @@
-flat in vec3 vColour;
-flat in vec2 vLight;
-in float vAcross;
+flat in vec4 vBead;
+noperspective in vec2 vAcross;
 
 out vec4 fColour;
 
 void main()
 {
-    float across = clamp(vAcross, -1.0, 1.0);
+    float across = clamp(vAcross.x, -1.0, 1.0);
     float rise = sqrt(1.0 - across * across);
-    fColour = vec4(lit(vColour, dot(vec2(across, rise), vLight), rise), 1.0);
+    float light = across * vBead.a + rise * vAcross.y;
+    fColour = vec4(lit(vBead.rgb, light, rise), 1.0);
 }

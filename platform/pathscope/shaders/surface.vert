@@ -12,9 +12,11 @@ const float kMarkerHalfPixels = 3.5;
 // Beads overlap where a path turns; their ends are round.
 const float kEndOverlap = 0.7;
 
-flat out vec3 vColour;
-flat out vec2 vLight;
-out float vAcross;
+// Few outputs: a software renderer sets each of them up for every triangle.
+// The colour, and the light on the bead's edge.
+flat out vec4 vBead;
+// From -1 to 1 across the bead, and the light on its ridge.
+noperspective out vec2 vAcross;
 
 void main()
 {
@@ -34,20 +36,22 @@ void main()
     vec3 point = isEnd ? to : from;
     vec3 toEye = normalize(uEye.xyz - point * uEye.w);
 
-    vColour = bead.colour;
-    vAcross = side;
+    float pixel = uPixel * dot(vec4(uViewProjection[0].w, uViewProjection[1].w,
+                                    uViewProjection[2].w, uViewProjection[3].w),
+                               vec4(point, 1.0));
+
+    vBead = vec4(bead.colour, 0.0);
+    vAcross = vec2(0.0, 0.8);
     if (kind == kExtrude) {
         Section section = sectionOf(bead, direction, toEye);
-        vLight = section.light;
+        vBead.a = section.light.x;
         point += direction * ((isEnd ? kEndOverlap : -kEndOverlap) * bead.halfWidth);
         point.z -= bead.halfHeight;
         point += section.edge * side;
+        // Beads that are hardly wider than a pixel would make patterns that are not there.
+        float detail = smoothstep(0.8, 2.4, length(section.edge) / pixel);
+        vAcross = vec2(side * detail, section.light.y);
     } else {
-        float pixel = uPixel * dot(vec4(uViewProjection[0].w, uViewProjection[1].w,
-                                        uViewProjection[2].w, uViewProjection[3].w),
-                                   vec4(point, 1.0));
-        vLight = vec2(0.0, 0.8);
-        vAcross = 0.0;
         if (length2 > 0.0) {
             vec3 across = cross(direction, toEye);
             point += across * (inversesqrt(max(dot(across, across), 1e-12)) * side *
