@@ -19,7 +19,7 @@ template <typename Receiver, typename Slot>
 void ToolpathKeys::add(const char* name, const QString& text, int key, Receiver* receiver,
                        Slot slot)
 {
-    auto* action = new QAction(text, &m_owner);
+    auto* action = new QAction(text, this);
     action->setObjectName(QLatin1String(name));
     action->setShortcut(QKeySequence(key));
     action->setShortcutContext(m_context);

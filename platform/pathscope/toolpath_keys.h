@@ -23,7 +23,7 @@ class PATHSCOPE_EXPORT ToolpathKeys : public QObject
 
 public:
     /**
-     * @param owner   gets the actions, and owns the keys
+     * @param owner   gets the actions until the keys are deleted, and owns them
      * @param context Qt::WindowShortcut or Qt::WidgetWithChildrenShortcut
      */
     ToolpathKeys(ToolpathScene& scene, ToolpathOverlay& overlay, QWidget& owner,
