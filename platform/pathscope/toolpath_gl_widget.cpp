@@ -125,6 +125,9 @@ ToolpathGLWidget::~ToolpathGLWidget()
     // The overlay works on the scene to its end.
     delete d->overlay;
     d->release();
+    // The context goes after this object's parts.
+    if (d->painterContext)
+        d->painterContext->disconnect(this);
 }
 
 void ToolpathGLWidget::Private::layOut()
