@@ -116,8 +116,10 @@ PATHSCOPE_INLINE double GCodeInterpreter::takeFilament(const MoveWords& words)
     if (!words.has(E))
         return 0;
     const double value = words.values[E] * m_unit;
-    if (!m_isAbsolute || !m_isExtruderAbsolute)
+    if (!m_isAbsolute || !m_isExtruderAbsolute) {
+        m_extruder += value;
         return value * m_extruderUnit;
+    }
     const double pushed = value - m_extruder;
     m_extruder = value;
     return pushed * m_extruderUnit;
@@ -272,6 +274,7 @@ void GCodeInterpreter::runWords(GCodeWords& words, const char* begin, const char
                 break;
             const auto index = static_cast<std::size_t>(words.letter() - 'A');
             parameters.present |= 1U << index;
+            parameters.valued &= ~(1U << index);
             if (words.hasValue()) {
                 parameters.valued |= 1U << index;
                 parameters.values[index] = words.value();

@@ -1,5 +1,6 @@
 #include "pathscope/style_table.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -55,7 +56,8 @@ std::uint32_t StyleTable::indexOf(const MoveStyle& style)
     if (index >= 0)
         return static_cast<std::uint32_t>(index);
     MoveStyle rounded = style;
-    rounded.width = roundedTo(style.width, 0.05F);
+    // Not down to nothing, which would say that it does not extrude.
+    rounded.width = style.width > 0 ? std::max(0.05F, roundedTo(style.width, 0.05F)) : 0;
     rounded.height = roundedTo(style.height, 0.05F);
     rounded.speed = roundedTo(style.speed, 5);
     rounded.celsius = roundedTo(style.celsius, 5);
