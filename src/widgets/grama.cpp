@@ -79,6 +79,8 @@ private:
         if (!m_form->isVisible())
             return;
         m_layout->activate();
+        // A scroll bar that comes or goes makes every row narrower or wider, which asks again.
+        QCoreApplication::sendPostedEvents(m_form->parentWidget(), QEvent::LayoutRequest);
         QCoreApplication::sendPostedEvents(nullptr, QEvent::UpdateLater);
         for (QWidget* widget : m_silent)
             widget->setAttribute(Qt::WA_UpdatesDisabled, false);
