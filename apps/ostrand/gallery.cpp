@@ -1,6 +1,7 @@
 #include "gallery.h"
 
 #include "gallery_messages.h"
+#include "gallery_onboard.h"
 #include "gallery_widgets.h"
 #include "host.h"
 #include "job_list_model.h"
@@ -99,6 +100,10 @@ int Gallery::run()
                         QStringLiteral("a machine"));
         photographMainWindow();
         photographMakeDialog();
+        photographOnboardPreferences(
+            m_host, m_robot, [this](QWidget& window, const QString& name, const QString& caption) {
+                photograph(window, name, caption);
+            });
         photographJobs();
         photographWidgets();
         photographMessages();

@@ -7,6 +7,7 @@
 #include "link_indicator.h"
 #include "log_view.h"
 #include "notice_bar.h"
+#include "onboard_windows.h"
 #include "recent_files.h"
 
 #include <trovek-ui/make_gcode_dialog.h>
@@ -91,6 +92,8 @@ MainWindow::MainWindow(const Surroundings& surroundings, QWidget* parent)
     , m_notice(new NoticeBar(this))
     , m_jobs(new JobListModel(surroundings.facade, this))
     , m_recentFiles(new RecentFiles(surroundings.settings, this))
+    , m_preferences(
+          std::make_unique<OnboardWindows>(surroundings.facade, surroundings.settings, this))
     , m_logView(new LogView(surroundings.log, surroundings.settings))
 {
     setObjectName(QStringLiteral("mainWindow"));
@@ -283,6 +286,8 @@ bool MainWindow::mayClose()
         return false;
     const QScopedValueRollback<bool> asking(m_asking, true);
     try {
+        if (!m_preferences->closeAll())
+            return false;
         if (!m_exports.unfinished().isEmpty() && message::UnfinishedExportJobs(this).exec() !=
                                                      message::UnfinishedExportJobs::CloseOstrand)
             return false;

@@ -7,6 +7,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <memory>
+
 class QDialog;
 class QSessionManager;
 class QSettings;
@@ -24,6 +26,7 @@ class JobsView;
 class LogModel;
 class LogView;
 class NoticeBar;
+class OnboardWindows;
 class RecentFiles;
 
 /** What the window works with; everything is owned elsewhere and outlives it. */
@@ -49,6 +52,7 @@ public:
     QString file() const;
     JobListModel& jobs() { return *m_jobs; }
     NoticeBar& notice() { return *m_notice; }
+    OnboardWindows& preferences() { return *m_preferences; }
     /** The open make dialog, or null. */
     QDialog* makeDialog() const { return m_makeDialog; }
 
@@ -93,6 +97,7 @@ private:
     NoticeBar* const m_notice;
     JobListModel* const m_jobs;
     RecentFiles* const m_recentFiles;
+    const std::unique_ptr<OnboardWindows> m_preferences;
     QDockWidget* m_jobsDock = nullptr;
     QDockWidget* m_logDock = nullptr;
     LogView* m_logView = nullptr;

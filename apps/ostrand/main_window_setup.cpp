@@ -6,7 +6,9 @@
 #include "job_list_model.h"
 #include "jobs_view.h"
 #include "log_view.h"
+#include "machine_menu.h"
 #include "notice_bar.h"
+#include "onboard_windows.h"
 #include "recent_files.h"
 #include "simulate_menu.h"
 
@@ -74,6 +76,10 @@ void MainWindow::makeMenus()
     fileMenu->addSeparator();
     fileMenu->addAction(m_quit);
     menuBar()->addMenu(tr("&Make"))->addAction(m_make);
+    auto* machines = new MachineMenu(m_facade, this);
+    menuBar()->addMenu(machines);
+    connect(machines, &MachineMenu::preferencesRequested, this,
+            [this](const QString& machine) { m_preferences->open(machine); });
     QMenu* services = menuBar()->addMenu(tr("Se&rvices"));
     services->addActions({m_restart, m_reconnect});
     auto* simulate = new SimulateMenu(m_facade, this);

@@ -126,6 +126,24 @@ void Robot::waitFor(const std::function<bool()>& condition, const QString& what)
 void Robot::clickAndAnswer(const std::function<void()>& click,
                            const std::function<bool(QDialog& dialog)>& answer)
 {
+    clickAndHandle(click, answer, false);
+}
+
+void Robot::clickAndConfirm(const std::function<void()>& click, const QString& heading)
+{
+    const auto confirm = [&heading](QDialog& dialog) {
+        const QString text = textOf(dialog);
+        if (text != heading && !text.startsWith(heading + QStringLiteral(": ")))
+            fail(text);
+        dialog.reject();
+        return true;
+    };
+    clickAndHandle(click, confirm, true);
+}
+
+void Robot::clickAndHandle(const std::function<void()>& click,
+                           const std::function<bool(QDialog& dialog)>& answer, bool takesMessages)
+{
     QPointer<QWidget> before = QApplication::activeModalWidget();
     bool answered = false;
     std::exception_ptr failure;
@@ -139,7 +157,8 @@ void Robot::clickAndAnswer(const std::function<void()>& click,
             return;
         }
         try {
-            if (answered || failure || !answer || qobject_cast<trovek::MessageBox*>(dialog))
+            const bool isMessage = qobject_cast<trovek::MessageBox*>(dialog) != nullptr;
+            if (answered || failure || !answer || (isMessage && !takesMessages))
                 fail(textOf(*dialog));
             if (m_deadline.hasExpired())
                 fail(QStringLiteral("The dialog does not react: ") + textOf(*dialog));

@@ -45,6 +45,12 @@ public:
     void clickAndAnswer(const std::function<void()>& click,
                         const std::function<bool(QDialog& dialog)>& answer);
 
+    /**
+     * Clicks, and closes the message with this heading that this brings.
+     * @throws std::runtime_error the text of another message, or that none came
+     */
+    void clickAndConfirm(const std::function<void()>& click, const QString& heading);
+
     /** Clicks where no dialog is to come; one that comes is closed, and its text is thrown. */
     void click(const std::function<void()>& click);
 
@@ -56,6 +62,8 @@ public:
                                const std::function<void()>& beforeAccepting = nullptr);
 
 private:
+    void clickAndHandle(const std::function<void()>& click,
+                        const std::function<bool(QDialog& dialog)>& answer, bool takesMessages);
     void refuseMessages();
 
     QDeadlineTimer m_deadline;

@@ -3,6 +3,7 @@
 #include "host.h"
 #include "job_list_model.h"
 #include "main_window.h"
+#include "tour_onboard.h"
 
 #include <trovek-ui/export_job_mover.h>
 #include <trovek-ui/machine_combo_box.h>
@@ -115,6 +116,7 @@ int Tour::run()
             exportAs(path, QStringLiteral("s3g"), QStringLiteral("S3G"));
             exportAs(path, QStringLiteral("gcode"), QStringLiteral("GCode"));
         }
+        OnboardTour(m_host, m_pictures, m_robot, [this](const QString& line) { say(line); }).run();
         m_pictures.writeContactSheet(QStringLiteral("Ostrand"));
         say(QStringLiteral("All is well; the pictures are in %1").arg(m_pictures.dir().path()));
         return 0;
