@@ -18,8 +18,8 @@ constexpr float kLampZ = 0.86F;
 constexpr float kAmbient = 0.38F;
 constexpr float kLamp = 0.72F;
 
-/** Beads overlap by a little, or rounding and the slicer's own leave pinholes between them. */
-constexpr float kOverlap = 1.15F;
+/** A layer reaches into the one below, or rounding would leave pinholes between them. */
+constexpr float kOverlap = 1.05F;
 
 /** Inline, unlike Qt's: a picture takes millions of them. */
 float product(const QVector3D& a, const QVector3D& b)
@@ -87,9 +87,9 @@ LinePainter::LinePainter(QSize size, const View& view)
     , m_colour(m_depth.size(), 0)
 {}
 
-void LinePainter::drawBead(QVector3D from, QVector3D to, float width, float height,
-                           const QColor& colour)
+void LinePainter::drawBead(QVector3D from, QVector3D to, const Bead& bead)
 {
+    const float width = bead.width;
     QVector3D along = to - from;
     const float length = std::sqrt(along.x() * along.x() + along.y() * along.y());
     if (!(length > 1e-5F))
@@ -103,15 +103,15 @@ void LinePainter::drawBead(QVector3D from, QVector3D to, float width, float heig
     sideways /= length + width;
     if (product(sideways, m_view.back) < 0)
         sideways = -sideways;
-    const QVector3D down(0, 0, -height * kOverlap);
+    const QVector3D down(0, 0, -bead.height * kOverlap);
     const QVector3D edge = from + sideways * (width / 2);
 
     // A bead is round once it is large enough to see; below that, its rounds would only flicker.
     const float roundness = std::clamp((width * m_view.scale - 3) / 6, 0.0F, 1.0F);
-    fill({projected(edge), projectedDirection(along),
-          projectedDirection(sideways * (-width * kOverlap))},
-         colour, lightOn({0, 0, 1}), roundness);
-    fill({projected(edge), projectedDirection(along), projectedDirection(down)}, colour,
+    fill(
+        {projected(edge), projectedDirection(along), projectedDirection(sideways * -bead.topWidth)},
+        bead.colour, lightOn({0, 0, 1}), roundness);
+    fill({projected(edge), projectedDirection(along), projectedDirection(down)}, bead.colour,
          lightOn(sideways), roundness);
 }
 

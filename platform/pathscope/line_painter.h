@@ -35,13 +35,20 @@ public:
         float originY = 0;
     };
 
+    /** What a line is drawn with; millimetres. */
+    struct Bead
+    {
+        float width = 0;
+        float height = 0;
+        /** Above the width it closes what lines of an area leave open between each other. */
+        float topWidth = 0;
+        QColor colour;
+    };
+
     LinePainter(QSize size, const View& view);
 
-    /**
-     * @param from   with to, the middle of the bead's top, in millimetres
-     * @param width  with height, the bead's, in millimetres
-     */
-    void drawBead(QVector3D from, QVector3D to, float width, float height, const QColor& colour);
+    /** From one point to another of the middle of the bead's top, in millimetres. */
+    void drawBead(QVector3D from, QVector3D to, const Bead& bead);
 
     /** Darkens what lies deep between others, and makes the picture. */
     QImage finished();

@@ -27,10 +27,25 @@ constexpr float kUsualHeight = 0.2F;
 struct Brush
 {
     bool isShown = false;
-    float width = 0;
-    float height = 0;
-    QColor colour;
+    LinePainter::Bead bead;
 };
+
+/** How much wider than itself a line's top is drawn. */
+float topOverlapOf(Feature feature)
+{
+    switch (feature) {
+    case Feature::SolidInfill:
+    case Feature::TopSurface:
+    case Feature::Ironing:
+    case Feature::Bridge:
+    case Feature::GapFill:
+    case Feature::SupportInterface:
+        // Where two sweeps of lines meet the slicer leaves hairlines, which plastic closes.
+        return 1.3F;
+    default:
+        return 1.03F;
+    }
+}
 
 std::vector<Brush> brushesOf(const Toolpaths& toolpaths, const FeatureSet& features,
                              const std::vector<QColor>& colours)
@@ -40,9 +55,13 @@ std::vector<Brush> brushesOf(const Toolpaths& toolpaths, const FeatureSet& featu
     brushes.reserve(toolpaths.styles.size());
     for (const MoveStyle& style : toolpaths.styles) {
         const auto tool = std::min<std::size_t>(style.tool, kToolCount - 1);
-        brushes.push_back({features[static_cast<std::size_t>(style.feature)],
-                           style.width > 0 ? style.width : kUsualWidth,
-                           style.height > 0 ? style.height : kUsualHeight, ofTools[tool]});
+        Brush brush;
+        brush.isShown = features[static_cast<std::size_t>(style.feature)];
+        brush.bead.width = style.width > 0 ? style.width : kUsualWidth;
+        brush.bead.height = style.height > 0 ? style.height : kUsualHeight;
+        brush.bead.topWidth = brush.bead.width * topOverlapOf(style.feature);
+        brush.bead.colour = ofTools[tool];
+        brushes.push_back(brush);
     }
     return brushes;
 }
@@ -106,7 +125,7 @@ Frame frameOf(const Toolpaths& toolpaths, const std::vector<Brush>& brushes,
 {
     Frame frame;
     forEachShown(toolpaths, brushes, [&](QVector3D from, QVector3D to, const Brush& brush) {
-        const float room = std::max(brush.width / 2, brush.height);
+        const float room = std::max(brush.bead.width / 2, brush.bead.height);
         for (const QVector3D& end : {from, to}) {
             frame.add(QVector3D::dotProduct(end, view.right), QVector3D::dotProduct(end, view.up),
                       room);
@@ -137,7 +156,7 @@ void draw(LinePainter& painter, const Toolpaths& toolpaths, const std::vector<Br
     QVector3D end;
     const auto drawWaiting = [&] {
         if (brush != nullptr)
-            painter.drawBead(start, end, brush->width, brush->height, brush->colour);
+            painter.drawBead(start, end, brush->bead);
     };
     forEachShown(toolpaths, brushes, [&](QVector3D from, QVector3D to, const Brush& next) {
         const bool goesOn =

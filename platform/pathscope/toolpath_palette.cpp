@@ -35,8 +35,8 @@ constexpr std::array<QRgb, kToolCount> kOwnColours = {
 };
 
 constexpr std::array<QRgb, 9> kRange = {
-    0xff482475, 0xff414487, 0xff355f8d, 0xff2a788e, 0xff21918c,
-    0xff22a884, 0xff44bf70, 0xff7ad151, 0xfff0dc24,
+    0xff5b2a8c, 0xff4b4c9c, 0xff3d6aa3, 0xff2f8296, 0xff249a8c,
+    0xff2aae80, 0xff4fc36b, 0xff8ad44a, 0xfff2dd2e,
 };
 
 /** Distance in RGB, with the eye's weights; 0 to about 765. */
