@@ -220,19 +220,27 @@ private:
     bool m_isPainted = false;
 };
 
-/** Counts widgets that are shown or hidden. */
+/** Counts the widgets inside another one that are shown or hidden. */
 class VisibilityCounter : public QObject
 {
 public:
-    VisibilityCounter() { qApp->installEventFilter(this); }
-
-    bool eventFilter(QObject*, QEvent* event) override
+    explicit VisibilityCounter(const QWidget& around)
+        : m_around(around)
     {
-        count += event->type() == QEvent::ShowToParent || event->type() == QEvent::HideToParent;
+        qApp->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::ShowToParent || event->type() == QEvent::HideToParent)
+            count += m_around.isAncestorOf(qobject_cast<QWidget*>(watched));
         return false;
     }
 
     int count = 0;
+
+private:
+    const QWidget& m_around;
 };
 
 /** A shown form of onboard settings with its filter line. */
@@ -370,7 +378,7 @@ void filterWidens(benchmark::State& state)
 void filterChangesNothing(benchmark::State& state)
 {
     Window window(int(state.range(0)));
-    VisibilityCounter counter;
+    VisibilityCounter counter(window.form);
     report(
         state,
         [&] {
@@ -412,16 +420,32 @@ std::size_t usedBytes()
     return info.uordblks + info.hblkhd;
 }
 
-void memory(benchmark::State& state)
+template <typename Form>
+void reportMemory(benchmark::State& state, const char* label)
 {
     const int entries = int(state.range(0));
+    const Json::Value map = document(entries);
     for (auto _ : state) {
         const std::size_t before = usedBytes();
-        std::unique_ptr<Window> window;
-        state.SetIterationTime(secondsOf([&] { window = std::make_unique<Window>(entries); }));
+        Form form(map);
+        PaintWatch paint(form.widget());
+        state.SetIterationTime(secondsOf([&] {
+            form.show();
+            paint.waitForPaint();
+        }));
         state.counters["KiB a row"] = double(usedBytes() - before) / 1024 / entries;
     }
-    state.SetLabel("goal: 16 KiB a row");
+    state.SetLabel(label);
+}
+
+void memoryBare(benchmark::State& state)
+{
+    reportMemory<BareForm>(state, "for comparison");
+}
+
+void memory(benchmark::State& state)
+{
+    reportMemory<EepromGrama>(state, "goal: 16 KiB a row");
 }
 
 benchmark::internal::Benchmark* once(benchmark::internal::Benchmark* benchmark)
@@ -448,6 +472,7 @@ int main(int argc, char** argv)
     add("filterWidens", filterWidens, {1000, 5000});
     add("filterChangesNothing", filterChangesNothing, {1000, 5000});
     add("reset", reset, {1000, 5000});
+    add("memoryBare", memoryBare, {1000, 5000});
     add("memory", memory, {1000, 5000});
 
     std::map<std::string, std::string> baselines;
