@@ -43,6 +43,8 @@ void OnboardPreferencesLayout::build(const Json::Value& map, const Printer& mach
     printer = new QLabel(dialog);
     printer->setObjectName(QStringLiteral("printer"));
     printer->setTextFormat(Qt::PlainText);
+    // A long name makes the window no wider.
+    printer->setWordWrap(true);
     showPrinter(machine);
     QFont bold = printer->font();
     bold.setBold(true);

@@ -80,13 +80,14 @@ void tst_Tour::printsAndExportsEachFile()
     }
     const QStringList pictures =
         QDir(out).entryList({QStringLiteral("*.png")}, QDir::Files, QDir::Name);
-    QCOMPARE(pictures.size(), 29);
+    QCOMPARE(pictures.size(), 36);
     QCOMPARE(pictures.first(), QStringLiteral("01-start.png"));
     for (const QString& picture : pictures)
         QVERIFY2(!QImage(QDir(out).filePath(picture)).isNull(), qPrintable(picture));
     QVERIFY(QFile::exists(out + QStringLiteral("/index.html")));
     QVERIFY(tour.output.contains(QStringLiteral("  printed cube_single.gcode to the end\n")));
     QVERIFY(tour.output.contains(QStringLiteral("  printed cube_dual.gcode to the end\n")));
+    QVERIFY(tour.output.contains(QStringLiteral("  kept over a restart: number ")));
 }
 
 void tst_Tour::leavesNothingBehind()
