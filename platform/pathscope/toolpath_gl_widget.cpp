@@ -68,6 +68,7 @@ public:
     void setCamera(const Camera& camera);
     void cameraMoved();
     void updateMotion();
+    void takeSize();
     void work();
     void wake();
     void release();
@@ -300,6 +301,13 @@ void ToolpathGLWidget::Private::wake()
         working.start();
 }
 
+/** The painter may work before the first paint, and then needs to know how large. */
+void ToolpathGLWidget::Private::takeSize()
+{
+    const QSizeF device = window() * q.devicePixelRatioF();
+    painter->setSize(window(), QSize(qRound(device.width()), qRound(device.height())));
+}
+
 void ToolpathGLWidget::Private::work()
 {
     if (painter == nullptr || !q.isVisible())
@@ -375,6 +383,7 @@ void ToolpathGLWidget::initializeGL()
                 throw std::runtime_error("no functions of OpenGL 3.3");
             d->painter = std::make_unique<PicturePainter>(*gl, d->scene);
             d->painter->setColours(GroundColours::of(palette()));
+            d->takeSize();
             d->painterContext = context()->contextHandle();
             connect(
                 d->painterContext, &QOpenGLContext::aboutToBeDestroyed, this,
@@ -402,8 +411,7 @@ void ToolpathGLWidget::paintGL()
         return;
     const qreal ratio = devicePixelRatioF();
     const QRect place = d->notice->geometry();
-    const QSize size(qRound(place.width() * ratio), qRound(place.height() * ratio));
-    d->painter->setSize(place.size(), size);
+    d->takeSize();
     d->painter->update();
     if (!d->painter->hasPicture())
         d->painter->work(kFirstPictureMilliseconds);
