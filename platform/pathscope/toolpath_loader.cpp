@@ -1,6 +1,7 @@
 #include "pathscope/toolpath_loader.h"
 
 #include "pathscope/gcode_parser.h"
+#include "pathscope/printed_bounds.h"
 
 #include <trovek/text.h>
 
@@ -29,6 +30,16 @@ struct News
     Outcome outcome = Outcome::Running;
     std::string reason;
 };
+
+/** Looks at all moves here, where nobody waits for an answer to a key. */
+std::shared_ptr<const Toolpaths> withObjectBounds(std::shared_ptr<const Toolpaths> read)
+{
+    if (!read->complete)
+        return read;
+    auto paths = std::make_shared<Toolpaths>(*read);
+    paths->objectBounds = printedBounds(*read, partOfTheObject());
+    return paths;
+}
 
 /** One reading of one file, shared by both threads. */
 class Reading
@@ -113,7 +124,7 @@ private:
             options.piece = [&](const std::shared_ptr<const Toolpaths>& piece) {
                 tell(current, [&](News& news) { news.piece = piece; });
             };
-            const auto result = parse(path, options);
+            const auto result = withObjectBounds(parse(path, options));
             tell(current, [&](News& news) {
                 news.result = result;
                 news.outcome = Outcome::Finished;

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <optional>
 
 namespace pathscope {
 
@@ -119,8 +118,8 @@ public:
     int countedLayer = -1;
     /** Above 0 while several changes become one. */
     int settling = 0;
-    /** Walks all moves, so it is found only once a file. */
-    std::optional<Bounds> objectBounds;
+    /** Of a file whose paths come without; found only once. */
+    Bounds objectBounds;
 };
 
 ToolpathScene::ToolpathScene(SceneSetting setting, QObject* parent)
@@ -160,7 +159,7 @@ void ToolpathScene::setToolpaths(std::shared_ptr<const Toolpaths> toolpaths)
         return;
     const bool isOtherFile = toolpaths == nullptr || wasBlank || d->toolpaths->complete;
     d->toolpaths = toolpaths != nullptr ? std::move(toolpaths) : std::make_shared<Toolpaths>();
-    d->objectBounds.reset();
+    d->objectBounds = d->toolpaths->objectBounds;
     d->colour();
 
     const QPointer<ToolpathScene> self(this);
@@ -249,9 +248,9 @@ Totals ToolpathScene::totals() const
     const Toolpaths& paths = *d->toolpaths;
     Totals totals;
     totals.layers = countOf(paths.layers.size());
-    if (paths.complete && !d->objectBounds)
+    if (paths.complete && paths.bounds.valid && !d->objectBounds.valid)
         d->objectBounds = printedBounds(paths, partOfTheObject());
-    const Bounds& bounds = paths.complete ? *d->objectBounds : paths.bounds;
+    const Bounds& bounds = paths.complete ? d->objectBounds : paths.bounds;
     if (bounds.valid) {
         totals.width = bounds.max[0] - bounds.min[0];
         totals.depth = bounds.max[1] - bounds.min[1];

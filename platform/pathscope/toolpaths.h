@@ -187,6 +187,9 @@ struct Toolpaths
     Amount total;
     /** Of extruding segments. */
     Bounds bounds;
+    /** From edge to edge of the object alone; valid only where it was looked for, which takes a
+     * walk over all moves: see printedBounds(). */
+    Bounds objectBounds;
     /** True when the layers come from the slicer's comments, false when from the heights. */
     bool layersFromComments = false;
     /** "PrusaSlicer 2.5.0", or empty. */

@@ -130,6 +130,8 @@ void tst_ToolpathLoader::readsAFile()
     const auto paths = finished.first().first().value<std::shared_ptr<const Toolpaths>>();
     QVERIFY(paths->complete);
     QCOMPARE(paths->extrudingCount, std::uint64_t(2));
+    QVERIFY2(paths->objectBounds.valid, "The window need not look for it");
+    QVERIFY(paths->objectBounds.max[0] > paths->bounds.max[0]);
 }
 
 void tst_ToolpathLoader::tellsWhatItReads()
