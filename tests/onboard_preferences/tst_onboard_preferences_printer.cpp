@@ -12,27 +12,6 @@ const QString kBackWithChanges =
                    "been written.");
 const QString kUnread = QStringLiteral("The printer's preferences could not be read.");
 
-QString unsuitable(const char* firmware)
-{
-    return QStringLiteral("The printer has come back with other preferences (firmware %1). This "
-                          "window cannot edit them: close it and open it again.")
-        .arg(text(firmware));
-}
-
-Json::Value otherMap()
-{
-    Json::Value map = sampleMapWithHeater(205);
-    map["eeprom_map"]["turbo"] = map["eeprom_map"]["sound"];
-    return map;
-}
-
-Printer::Data machineWith(const char* firmware)
-{
-    Printer::Data data = PreferencesWorld::machine();
-    data.firmwareVersion = FirmwareVersion(firmware);
-    return data;
-}
-
 } // namespace
 
 /** The dialog while its printer goes away, comes back and is another one. */
@@ -53,11 +32,6 @@ private slots:
     void readsNothingWhenThePrinterGoesBeforeItIsReady();
     void saysThatThePrinterCannotBeRead();
     void readsAgainOnRequest();
-    void cannotEditAPrinterWithAnotherMap();
-    void keepsTheChangesWhenTheMapIsAnother();
-    void cannotEditAPrinterOfAnotherType();
-    void takesAnotherFirmwareWithTheSameMap();
-    void canBeUsedAgainWhenTheOldFirmwareIsBack();
     void changesNothingUnderAQuestion();
     void stacksNoMessages();
     void outlivesTheLossOfTheLink();
@@ -300,107 +274,6 @@ void tst_OnboardPreferencesPrinter::readsAgainOnRequest()
     QCOMPARE(world.enabled(), text("FRW"));
     QCOMPARE(world.heater().value(), 220.0);
     QCOMPARE(world.notice(), kBackWithChanges);
-}
-
-void tst_OnboardPreferencesPrinter::cannotEditAPrinterWithAnotherMap()
-{
-    TestLog log;
-    log.allowErrors("Member size mismatch");
-    PreferencesWorld world;
-    world.open();
-    world.unplug();
-    world.service.setEeprom("left", otherMap());
-    ModalDriver driver;
-    driver.expectMessage(texts::kAddedError);
-    world.plugIn(machineWith("7.5"));
-    QTRY_VERIFY(driver.isDone());
-    QTRY_VERIFY(!QApplication::activeModalWidget());
-    QVERIFY(log.contains("Member size mismatch", Log::Error));
-    QCOMPARE(world.enabled(), text("---"));
-    QCOMPARE(world.notice(), unsuitable("7.5"));
-    QCOMPARE(world.noticeButton(), QString());
-    // Nothing was changed, so that nothing is asked.
-    QTest::keyClick(world.dialog, Qt::Key_Escape);
-    QVERIFY(!world.dialog->isVisible());
-}
-
-void tst_OnboardPreferencesPrinter::keepsTheChangesWhenTheMapIsAnother()
-{
-    TestLog log;
-    log.allowErrors("Member name mismatch");
-    PreferencesWorld world;
-    world.open();
-    PreferencesWorld::type(world.density(), text("1.3"));
-    world.unplug();
-    // The values before the name that differs are taken before the mismatch is found.
-    Json::Value map = sampleMapWithHeater(205);
-    entryOf(map, "filament/density")[0] = 2.5;
-    map["eeprom_map"]["zound"] = map["eeprom_map"]["sound"];
-    map["eeprom_map"].removeMember("sound");
-    world.service.setEeprom("left", map);
-    ModalDriver driver;
-    driver.expectMessage(texts::kAddedError);
-    world.plugIn(machineWith("7.5"));
-    QTRY_VERIFY(driver.isDone());
-    QTRY_VERIFY(!QApplication::activeModalWidget());
-    QCOMPARE(world.density().value(), 1.3);
-    QCOMPARE(world.heater().value(), 220.0);
-    QVERIFY(world.grama().isModified());
-    QCOMPARE(world.enabled(), text("---"));
-}
-
-void tst_OnboardPreferencesPrinter::cannotEditAPrinterOfAnotherType()
-{
-    TestLog log;
-    log.expectError("The printer is of another type than before");
-    PreferencesWorld world;
-    world.open();
-    world.unplug();
-    ModalDriver driver;
-    driver.expectMessage(texts::kAddedError);
-    Printer::Data data = machineWith("4.1");
-    data.type = Printer::CubioDual;
-    world.plugIn(data);
-    QTRY_VERIFY(driver.isDone());
-    QTRY_VERIFY(!QApplication::activeModalWidget());
-    QCOMPARE(world.enabled(), text("---"));
-    QCOMPARE(world.notice(), unsuitable("4.1"));
-    QVERIFY(world.service.requests().empty());
-}
-
-void tst_OnboardPreferencesPrinter::takesAnotherFirmwareWithTheSameMap()
-{
-    TestLog log;
-    PreferencesWorld world;
-    world.open();
-    world.unplug();
-    world.service.setEeprom("left", sampleMapWithHeater(190));
-    world.plugIn(machineWith("7.3"));
-    QCOMPARE(world.enabled(), text("FRW"));
-    QCOMPARE(world.heater().value(), 190.0);
-    QCOMPARE(world.child<QLabel>("printer").text(), text("Left <b>one</b>, firmware 7.3"));
-}
-
-void tst_OnboardPreferencesPrinter::canBeUsedAgainWhenTheOldFirmwareIsBack()
-{
-    TestLog log;
-    log.allowErrors("Member size mismatch");
-    PreferencesWorld world;
-    world.open();
-    world.unplug();
-    world.service.setEeprom("left", otherMap());
-    ModalDriver driver;
-    driver.expectMessage(texts::kAddedError);
-    world.plugIn(machineWith("7.5"));
-    QTRY_VERIFY(driver.isDone());
-    QTRY_VERIFY(!QApplication::activeModalWidget());
-    world.unplug();
-    QCOMPARE(world.notice(), kGone);
-    world.service.setEeprom("left", sampleMapWithHeater(190));
-    world.plugIn();
-    QCOMPARE(world.enabled(), text("FRW"));
-    QCOMPARE(world.heater().value(), 190.0);
-    QCOMPARE(world.notice(), QString());
 }
 
 void tst_OnboardPreferencesPrinter::changesNothingUnderAQuestion()
