@@ -167,7 +167,11 @@ void EepromComboBox::slotIndexChanged(const QString& text)
 
 void EepromComboBox::takeChosen(const QString& text)
 {
-    guarded([&] { slotIndexChanged(text); });
+    try {
+        slotIndexChanged(text);
+    } catch (const std::exception& e) {
+        TROVEK_LOG(0) << e.what() << std::endl;
+    }
 }
 
 void EepromComboBox::wheelEvent(QWheelEvent* event)
