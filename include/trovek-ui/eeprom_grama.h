@@ -54,7 +54,8 @@ public:
      *
      * @param map need not come from EepromMap::fromService()
      * @throws std::runtime_error as resetToMap(), and for a changed value that an entry cannot hold
-     *         "Wrong type of value: " or "Value out of range: " and the entry's label
+     *         "Wrong type of value: ", "Value out of range: " or what is wrong with the entry, and
+     *         the entry's label
      */
     void loadEdits(const Json::Value& map);
 

@@ -396,7 +396,6 @@ QHBoxLayout* Grama::createFilterBar()
     auto* const label = new QLabel(tr("&Filter:"));
     auto* const edit = new QLineEdit;
     edit->setObjectName(QStringLiteral("filterEdit"));
-    edit->setClearButtonEnabled(true);
     label->setBuddy(edit);
     connect(edit, SIGNAL(textEdited(const QString&)), this, SLOT(filterByText(const QString&)));
     auto* const bar = new QHBoxLayout;

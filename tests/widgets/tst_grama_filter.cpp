@@ -3,12 +3,10 @@
 
 #include <trovek-ui/grama.h>
 
-#include <QAction>
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QRandomGenerator>
 #include <QTest>
-#include <QToolButton>
 
 using namespace trovek;
 
@@ -98,7 +96,6 @@ private slots:
     void combinesMarksWithTheText();
     void keepsARowWhoseMarkChanges();
     void filtersAsOneTypes();
-    void clearsTheFilterByTheButton();
     void outlivedByItsFilterBar();
     void isTheSameAsThePlainRule();
 };
@@ -295,23 +292,6 @@ void tst_GramaFilter::filtersAsOneTypes()
     edit->clear();
     QTest::keyClicks(edit, QStringLiteral("n"));
     QCOMPARE(FormRows(form).shown(), words("Banana --"));
-}
-
-void tst_GramaFilter::clearsTheFilterByTheButton()
-{
-    TestLog log;
-    Grama form;
-    add(form, "Apple", "apple");
-    QWidget window;
-    window.setLayout(form.createFilterBar());
-    window.show();
-    auto* const edit = window.findChild<QLineEdit*>(QStringLiteral("filterEdit"));
-    QTest::keyClicks(edit, QStringLiteral("x"));
-    QCOMPARE(FormRows(form).shown(), QStringList());
-
-    edit->findChild<QToolButton*>()->click();
-
-    QCOMPARE(FormRows(form).shown(), words("Apple --"));
 }
 
 void tst_GramaFilter::outlivedByItsFilterBar()
