@@ -1,15 +1,9 @@
 #pragma once
 
 #include "file_kinds.h"
+#include "gcode_page.h"
 
 #include <QStackedWidget>
-
-class QLabel;
-class QPushButton;
-
-namespace trovek {
-class ElidedLabel;
-}
 
 namespace ostrand {
 
@@ -25,27 +19,22 @@ public:
     void setFile(const QString& path);
     const QString& file() const { return m_path; }
 
+    /** The machine whose build volume stands around the toolpaths of a sliced file. */
+    void setMachine(const ViewedMachine& machine);
+    /** Null unless a sliced file is open. */
+    pathscope::ToolpathGLWidget* toolpathView() const;
+
 signals:
     void openRequested();
     void makeRequested();
 
 private:
     QWidget* makeInvitation();
-    QWidget* makeDetails();
+    void choosePage(FileKind kind);
 
     QString m_path;
-    QWidget* m_details = nullptr;
-    QLabel* m_picture = nullptr;
-    QLabel* m_name = nullptr;
-    QLabel* m_folder = nullptr;
-    QLabel* m_kind = nullptr;
-    QLabel* m_size = nullptr;
-    QLabel* m_modified = nullptr;
-    QLabel* m_remark = nullptr;
-    QPushButton* m_make = nullptr;
+    ViewedMachine m_machine;
+    FilePage* m_page = nullptr;
 };
-
-/** Why the file cannot be made, for the user; empty when it can be. */
-QString whyNotMakeable(const QString& path);
 
 } // namespace ostrand

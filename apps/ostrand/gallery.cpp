@@ -6,6 +6,7 @@
 #include "host.h"
 #include "job_list_model.h"
 #include "main_window.h"
+#include "toolpath_steps.h"
 
 #include <trovek-ui/machine_combo_box.h>
 #include <trovek-ui/message_box.h>
@@ -86,8 +87,9 @@ QPalette darkPalette()
     return palette;
 }
 
-Gallery::Gallery(Host& host, const QString& dir, QTextStream& lines)
+Gallery::Gallery(Host& host, const QString& dir, const QStringList& files, QTextStream& lines)
     : m_host(host)
+    , m_files(files)
     , m_lines(lines)
     , m_pictures(dir)
     , m_robot(kDeadlineMs)
@@ -100,6 +102,7 @@ int Gallery::run()
                         QStringLiteral("a machine"));
         photographMainWindow();
         photographMakeDialog();
+        photographPreviews();
         photographOnboardPreferences(
             m_host, m_robot, [this](QWidget& window, const QString& name, const QString& caption) {
                 photograph(window, name, caption);
@@ -140,6 +143,7 @@ void Gallery::photographMainWindow()
     window.openFile(sampleFile(QStringLiteral("gear_housing.stl"), QByteArray(48000, ' ')));
     photograph(window, QStringLiteral("main-model"), QStringLiteral("A model"));
     window.openFile(sampleFile(QStringLiteral("gear_housing.gcode"), sampleGCode()));
+    waitForToolpaths(m_robot, *window.toolpathView());
     photograph(window, QStringLiteral("main-gcode"), QStringLiteral("A G-code file"));
 }
 
@@ -171,6 +175,17 @@ void Gallery::photographMakeDialog()
     photograph(dialog, QStringLiteral("export"), QStringLiteral("Exporting"));
     m_robot.click([&dialog] { dialog.reject(); });
     m_robot.waitFor([&] { return !window.makeDialog(); }, QStringLiteral("the dialog's end"));
+}
+
+void Gallery::photographPreviews()
+{
+    const QString before = m_host.window().file();
+    for (const QString& file : m_files)
+        photographPreview(m_host, m_robot, file,
+                          [this](QWidget& window, const QString& name, const QString& caption) {
+                              photograph(window, name, caption);
+                          });
+    m_host.window().openFile(before);
 }
 
 void Gallery::photographJobs()

@@ -4,6 +4,7 @@
 #include "robot.h"
 
 #include <QPalette>
+#include <QStringList>
 
 class QTextStream;
 class QTemporaryDir;
@@ -16,14 +17,18 @@ class Host;
 class Gallery
 {
 public:
-    /** @param lines receives what was done */
-    Gallery(Host& host, const QString& dir, QTextStream& lines);
+    /**
+     * @param files sliced files whose toolpaths are shown
+     * @param lines receives what was done
+     */
+    Gallery(Host& host, const QString& dir, const QStringList& files, QTextStream& lines);
 
     /** @return the exit status */
     int run();
 
 private:
     void photographMainWindow();
+    void photographPreviews();
     void photographJobs();
     void photographMakeDialog();
     void photographWidgets();
@@ -33,6 +38,7 @@ private:
     QString sampleFile(const QString& name, const QByteArray& content) const;
 
     Host& m_host;
+    const QStringList m_files;
     QTextStream& m_lines;
     Pictures m_pictures;
     Robot m_robot;

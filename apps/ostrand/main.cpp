@@ -63,7 +63,7 @@ int runWithoutHands(Host& host, const Options& options)
     QTextStream out(stdout);
     if (!options.tourDir.isEmpty())
         return Tour(host, options.tourDir, options.files, out).run();
-    return Gallery(host, options.galleryDir, out).run();
+    return Gallery(host, options.galleryDir, options.files, out).run();
 }
 
 int run(QApplication& application, const Options& options)
@@ -95,6 +95,8 @@ int main(int argc, char** argv)
     setNames();
     QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    // The toolpath view has a window of the system's own; nothing beside it needs one.
+    QApplication::setAttribute(Qt::AA_DontCreateNativeWidgetSiblings);
     // Closing asks its questions itself, once.
     QGuiApplication::setFallbackSessionManagementEnabled(false);
     trovek::addLogSink(trovek::makeStandardErrorLogSink(trovek::Log::Error));

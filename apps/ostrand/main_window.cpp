@@ -16,6 +16,7 @@
 #include <trovek-ui/trovekqt.h>
 
 #include <trovek/log.h>
+#include <trovek/text.h>
 
 #include <QAction>
 #include <QApplication>
@@ -26,10 +27,12 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QScopedValueRollback>
+#include <QScreen>
 #include <QSessionManager>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QStatusBar>
+#include <QTimer>
 #include <QUrl>
 #include <QVBoxLayout>
 
@@ -41,9 +44,11 @@ namespace {
 constexpr char kLogUnit[] = "apps\\ostrand\\main_window";
 constexpr char kGeometryKey[] = "ostrand/geometry";
 constexpr char kLayoutKey[] = "ostrand/layout";
+constexpr char kLastMachineKey[] = "make_dialog/printer";
 constexpr char kLastOpenDirKey[] = "ostrand/lastOpenDir";
 // Raise it when docks or tool bars change so that old layouts no longer fit.
 constexpr int kLayoutVersion = 1;
+constexpr int kDocksHeight = 190;
 
 QString documentsDir()
 {
@@ -60,6 +65,13 @@ QString pathLines(const QStringList& paths)
     if (paths.size() > kShown)
         lines.append(MainWindow::tr("and %1 more").arg(paths.size() - kShown));
     return lines.join(QLatin1Char('\n'));
+}
+
+ViewedMachine viewedMachine(const trovek::Printer& machine)
+{
+    return {{machine.buildVolumeXmin(), machine.buildVolumeYmin(), machine.buildVolumeZmin(),
+             machine.buildVolumeXmax(), machine.buildVolumeYmax(), machine.buildVolumeZmax()},
+            machine.numberOfExtruders()};
 }
 
 /** Shows a message without waiting for its end. */
@@ -129,12 +141,15 @@ void MainWindow::connectService()
     connect(&m_exports, &ExportWatch::interrupted, this, &MainWindow::showInterrupted);
     connect(&m_exports, &ExportWatch::lost, this, &MainWindow::showLost);
     connect(m_jobs, &QAbstractItemModel::rowsInserted, m_jobsDock, &QWidget::raise);
+    for (const auto signal : {&trovek::TrovekQt::printerAdded, &trovek::TrovekQt::printerChanged})
+        connect(&m_facade, signal, this, &MainWindow::chooseViewedMachine);
 }
 
 void MainWindow::restoreLayout()
 {
-    resize(960, 720);
-    resizeDocks({m_jobsDock, m_logDock}, {250, 250}, Qt::Vertical);
+    // Room for the toolpaths and their controls above some jobs, where the screen has it.
+    resize(QSize(1200, 880).boundedTo(screen()->availableSize() * 0.92));
+    resizeDocks({m_jobsDock, m_logDock}, {kDocksHeight, kDocksHeight}, Qt::Vertical);
     restoreGeometry(m_settings.value(QLatin1String(kGeometryKey)).toByteArray());
     restoreState(m_settings.value(QLatin1String(kLayoutKey)).toByteArray(), kLayoutVersion);
 }
@@ -196,12 +211,19 @@ void MainWindow::make()
     try {
         m_makeDialog = new trovek::MakeGCodeDialog(m_facade, file(), &m_settings, nullptr,
                                                    documentsDir(), true, this);
+        // Another machine may have been chosen in it.
+        connect(m_makeDialog, &QDialog::finished, this, &MainWindow::chooseViewedMachine);
         m_makeDialog->open();
     } catch (const std::exception& e) {
         TROVEK_LOG(0) << e.what() << std::endl;
         delete m_makeDialog;
         showLater(message::FailedToStartPrint(this).box());
     }
+}
+
+pathscope::ToolpathGLWidget* MainWindow::toolpathView() const
+{
+    return m_fileView->toolpathView();
 }
 
 void MainWindow::updateActions()
@@ -216,6 +238,24 @@ void MainWindow::updateActions()
                                      "it again")
                                 : tr("This background service belongs to another program"));
     m_reconnect->setEnabled(m_link.state() != ServiceLink::Connected);
+}
+
+void MainWindow::chooseViewedMachine()
+{
+    const QString last = m_settings.value(QLatin1String(kLastMachineKey)).toString();
+    const trovek::Printer* chosen = nullptr;
+    for (const trovek::Printer* machine : m_facade.printers()) {
+        if (!machine->canPrint())
+            continue;
+        const bool isLast = trovek::toQString(machine->key().name()) == last;
+        if (!chosen || isLast)
+            chosen = machine;
+        if (isLast)
+            break;
+    }
+    // Without any, what was drawn around the paths stays.
+    if (chosen)
+        m_fileView->setMachine(viewedMachine(*chosen));
 }
 
 void MainWindow::showLinkState(ServiceLink::State state)
@@ -354,10 +394,17 @@ void MainWindow::changeEvent(QEvent* event)
 {
     QMainWindow::changeEvent(event);
     // What the disk says of the file may have changed while another program was in front.
-    if (event->type() == QEvent::ActivationChange && isActiveWindow() && !file().isEmpty()) {
-        m_fileView->setFile(file());
-        updateActions();
-    }
+    // Later: this also comes while a page makes its windows.
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        QTimer::singleShot(0, this, &MainWindow::lookAgain);
+}
+
+void MainWindow::lookAgain()
+{
+    if (file().isEmpty())
+        return;
+    m_fileView->setFile(file());
+    updateActions();
 }
 
 } // namespace ostrand

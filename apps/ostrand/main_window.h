@@ -13,6 +13,10 @@ class QDialog;
 class QSessionManager;
 class QSettings;
 
+namespace pathscope {
+class ToolpathGLWidget;
+}
+
 namespace trovek {
 class TrovekQt;
 }
@@ -55,6 +59,8 @@ public:
     OnboardWindows& preferences() { return *m_preferences; }
     /** The open make dialog, or null. */
     QDialog* makeDialog() const { return m_makeDialog; }
+    /** Of the open G-code file; null for any other. */
+    pathscope::ToolpathGLWidget* toolpathView() const;
 
 public slots:
     /** Shows the file; one that is not there gives a message and changes nothing. */
@@ -80,6 +86,10 @@ private:
     void restoreLayout();
     void saveLayout();
     void updateActions();
+    /** Shows what the disk says of the file now. */
+    void lookAgain();
+    /** The machine that was used last, or else the first that can print. */
+    void chooseViewedMachine();
     void showLinkState(ServiceLink::State state);
     void showInterrupted(const QStringList& destinations);
     void showLost(const QStringList& destinations);

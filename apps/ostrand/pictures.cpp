@@ -4,6 +4,9 @@
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <QGLWidget>
+#include <QImage>
+#include <QPainter>
 #include <QPixmap>
 #include <QSaveFile>
 #include <QWidget>
@@ -11,6 +14,30 @@
 #include <stdexcept>
 
 namespace ostrand {
+namespace {
+
+/** With what OpenGL draws, which a widget does not draw on paper. */
+QPixmap pictureOf(QWidget& window)
+{
+    QPixmap picture = window.grab();
+    QPainter painter(&picture);
+    for (QGLWidget* view : window.findChildren<QGLWidget*>()) {
+        if (!view->isVisible() || !view->isValid())
+            continue;
+        QImage drawn = view->grabFrameBuffer();
+        drawn.setDevicePixelRatio(view->devicePixelRatioF());
+        const QPoint corner = view->mapTo(&window, QPoint());
+        painter.drawImage(corner, drawn);
+        for (QObject* child : view->children()) {
+            auto* above = qobject_cast<QWidget*>(child);
+            if (above && above->isVisible())
+                painter.drawPixmap(corner + above->pos(), above->grab());
+        }
+    }
+    return picture;
+}
+
+} // namespace
 
 Pictures::Pictures(const QString& dir)
     : m_dir(QDir(dir).absolutePath())
@@ -26,7 +53,7 @@ QString Pictures::save(QWidget& window, const QString& name, const QString& capt
         QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
     const QString file =
         QStringLiteral("%1-%2.png").arg(m_pictures.size() + 1, 2, 10, QLatin1Char('0')).arg(name);
-    if (!window.grab().save(m_dir.filePath(file)))
+    if (!pictureOf(window).save(m_dir.filePath(file)))
         throw std::runtime_error("Cannot write the picture " +
                                  trovek::toStdString(m_dir.filePath(file)));
     m_pictures.append({file, caption.isEmpty() ? name : caption});

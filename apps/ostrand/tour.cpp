@@ -3,6 +3,7 @@
 #include "host.h"
 #include "job_list_model.h"
 #include "main_window.h"
+#include "toolpath_steps.h"
 #include "tour_onboard.h"
 
 #include <trovek-ui/export_job_mover.h>
@@ -170,6 +171,10 @@ void Tour::open(const QString& file)
                            });
     m_robot.waitFor([&] { return window.file() == file; }, QStringLiteral("the file"));
     photograph(window, QStringLiteral("file"), QFileInfo(file).fileName());
+    lookThroughToolpaths(window, m_robot,
+                         [this](QWidget& widget, const QString& name, const QString& caption) {
+                             photograph(widget, name, caption);
+                         });
 }
 
 QDialog& Tour::openMakeDialog(bool exporting)
