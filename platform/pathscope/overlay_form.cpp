@@ -45,6 +45,7 @@ Box* numberBox(QWidget* parent, const char* name, const QString& toolTip, const 
 {
     auto* box = named(new Box(parent), name, toolTip, accessible);
     box->setKeyboardTracking(false);
+    box->setGroupSeparatorShown(true);
     box->setAlignment(Qt::AlignRight);
     box->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     box->setMinimumWidth(box->fontMetrics().horizontalAdvance(QStringLiteral("000000")) + 34);

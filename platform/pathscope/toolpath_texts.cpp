@@ -22,10 +22,13 @@ QString number(double value, int decimals)
 
 QString filamentLine(const ToolTotal& tool)
 {
-    const QString length = filamentText(tool.millimetres);
+    // A number and its unit stay on one line.
+    QString length = filamentText(tool.millimetres);
+    length.replace(QLatin1Char(' '), QChar::Nbsp);
     if (tool.grams < 0)
         return tr("%1, %2").arg(tool.name, length);
-    return tr("%1, %2, %3 g").arg(tool.name, length, number(tool.grams, tool.grams < 10 ? 1 : 0));
+    return tr("%1, %2, %3\u00a0g")
+        .arg(tool.name, length, number(tool.grams, tool.grams < 10 ? 1 : 0));
 }
 
 } // namespace

@@ -519,14 +519,14 @@ void tst_ToolpathOverlay::tellsTotals()
     QCOMPARE(lines[0], QStringLiteral("Layers: 50"));
     QVERIFY2(lines[1].startsWith(QLatin1String("Size: 20.")), qPrintable(lines[1]));
     QCOMPARE(lines[2], QStringLiteral("Time: 3 min 20 s"));
-    QCOMPARE(lines[3], QStringLiteral("Extruder 1, 1.00 m"));
+    QCOMPARE(lines[3], QStringLiteral("Extruder 1, 1.00\u00a0m"));
 }
 
 void tst_ToolpathOverlay::tellsTheMaterialWithItsWeight()
 {
     const Opened opened(50, {Orvane::PLA});
     QCOMPARE(opened.text("totals").split(QLatin1Char('\n')).last(),
-             QStringLiteral("Extruder 1: Orvane PLA, 1.00 m, 3.0 g"));
+             QStringLiteral("Extruder 1: Orvane PLA, 1.00\u00a0m, 3.0\u00a0g"));
 }
 
 void tst_ToolpathOverlay::tellsWhatWasNotUnderstood()
