@@ -160,6 +160,8 @@ private slots:
     void aPrintOfNothingElseIsShown();
     void missingColoursAreOwn();
     void curvesOfTinyMovesAreClosed();
+    void linesReachAsFarAtBothEnds();
+    void whatIsApartStaysApart();
     void nothingGivesNoPicture();
     void sizesThatAreNoneGiveNoPicture_data();
     void sizesThatAreNoneGiveNoPicture();
@@ -357,6 +359,42 @@ void tst_Thumbnail::curvesOfTinyMovesAreClosed()
     const int row = rect.center().y() + rect.height() / 6;
     for (int x = rect.left() + 3; x <= rect.right() - 3; ++x)
         QVERIFY2(isRed(picture.pixel(x, row)), qPrintable(QString::number(x)));
+}
+
+void tst_Thumbnail::linesReachAsFarAtBothEnds()
+{
+    ToolpathsMaker maker;
+    maker.layer(0.5F);
+    maker.style({Feature::OuterWall, 0, 3, 0.01F, 40, 200, 0});
+    maker.travelTo(45, 45);
+    maker.extrudeTo(55, 55);
+    const QImage picture = pictureOf(maker);
+
+    // Along the diagonal, so it lies level in the picture.
+    const QRect rect = opaqueRect(picture);
+    QVERIFY(rect.width() > rect.height());
+    QVERIFY2(std::abs(rect.left() - (kSize.width() - 1 - rect.right())) <= 1,
+             qPrintable(QString::number(rect.left())));
+}
+
+void tst_Thumbnail::whatIsApartStaysApart()
+{
+    // Marks of less than a pixel, far from each other.
+    ToolpathsMaker maker;
+    maker.layer(0.5F);
+    maker.style(styleOf(Feature::OuterWall));
+    for (const float x : {0.0F, 40.0F}) {
+        maker.travelTo(x, x);
+        maker.extrudeTo(x + 0.02F, x);
+        maker.extrudeTo(x + 0.02F, x + 0.02F);
+    }
+    const QImage picture = pictureOf(maker);
+
+    QVERIFY(count(picture, [](QRgb pixel) { return qAlpha(pixel) > 0; }) > 0);
+    for (int x = kSize.width() / 4; x < kSize.width() * 3 / 4; ++x) {
+        for (int y = 0; y < kSize.height(); ++y)
+            QCOMPARE(qAlpha(picture.pixel(x, y)), 0);
+    }
 }
 
 void tst_Thumbnail::nothingGivesNoPicture()

@@ -28,6 +28,7 @@ class Heard : public QObject
 public:
     explicit Heard(ToolpathLoader& loader)
     {
+        loader.installEventFilter(this);
         connect(&loader, &ToolpathLoader::progressChanged, this,
                 [this](double fraction) { add(QStringLiteral("progress %1").arg(fraction)); });
         connect(&loader, &ToolpathLoader::pieceReady, this,
@@ -48,6 +49,14 @@ public:
     bool isOver() const { return m_isOver; }
     const QStringList& names() const { return m_names; }
     const std::vector<std::thread::id>& threads() const { return m_threads; }
+    /** How often the event loop was asked to deliver. */
+    int deliveries() const { return m_deliveries; }
+
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        m_deliveries += event->type() == QEvent::MetaCall ? 1 : 0;
+        return false;
+    }
 
 private:
     void add(const QString& name)
@@ -57,6 +66,7 @@ private:
     }
 
     bool m_isOver = false;
+    int m_deliveries = 0;
     QStringList m_names;
     std::vector<std::thread::id> m_threads;
 };
@@ -74,6 +84,13 @@ std::shared_ptr<const Toolpaths> readUntilCanceled(const ParseOptions& options)
     while (!options.canceled->load())
         std::this_thread::yield();
     return pathsOf(0);
+}
+
+/** Until the test goes on, or fails and takes the loader down. */
+void waitFor(QSemaphore& goOn, const ParseOptions& options)
+{
+    while (!goOn.tryAcquire() && !options.canceled->load())
+        std::this_thread::yield();
 }
 
 /** Lets whatever is queued come. */
@@ -178,11 +195,11 @@ void tst_ToolpathLoader::piecesAndProgressComeInOrder()
     QSemaphore goOn;
     ToolpathLoader loader([&](const std::string&, const ParseOptions& options) {
         options.progress(0.25);
-        goOn.acquire();
+        waitFor(goOn, options);
         options.piece(pathsOf(10));
-        goOn.acquire();
+        waitFor(goOn, options);
         options.progress(0.5);
-        goOn.acquire();
+        waitFor(goOn, options);
         return pathsOf(30);
     });
     Heard ear(loader);
@@ -209,7 +226,7 @@ void tst_ToolpathLoader::aSlowEventLoopGetsTheLatestOnly()
         for (std::uint64_t i = 1; i <= 100; ++i)
             options.piece(pathsOf(i));
         told.release();
-        goOn.acquire();
+        waitFor(goOn, options);
         return pathsOf(1000);
     });
     Heard ear(loader);
@@ -219,6 +236,7 @@ void tst_ToolpathLoader::aSlowEventLoopGetsTheLatestOnly()
     deliverEvents();
     QCOMPARE(ear.names(),
              (QStringList{QStringLiteral("progress 0.5"), QStringLiteral("piece 100")}));
+    QCOMPARE(ear.deliveries(), 1);
 
     goOn.release();
     QTRY_VERIFY_WITH_TIMEOUT(ear.isOver(), kPatienceMs);
@@ -424,8 +442,7 @@ void tst_ToolpathLoader::mayBeDestroyedInItsSignals()
             options.progress(0.5);
             options.piece(pathsOf(5));
             told.release();
-            while (!goOn.tryAcquire() && !*options.canceled)
-                std::this_thread::yield();
+            waitFor(goOn, options);
             if (atSignal == QLatin1String("failed"))
                 throw std::runtime_error("torn");
             return pathsOf(9);

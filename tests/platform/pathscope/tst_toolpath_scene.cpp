@@ -420,8 +420,10 @@ void tst_ToolpathScene::missingColoursAreOwnAndUnlikeTheOthers()
         different.insert(entry.colour.rgb());
     }
     QCOMPARE(int(different.size()), kToolCount);
-    for (const std::size_t own : {0U, 2U, 4U})
+    for (const std::size_t own : {0U, 2U, 4U}) {
+        QVERIFY2(legend[own].colour.saturation() > 60, "No black in place of what is not seen");
         QVERIFY(std::abs(legend[own].colour.hue() - legend[1].colour.hue()) > 15);
+    }
 }
 
 void tst_ToolpathScene::coloursOfFeaturesAreToldApart()
