@@ -166,6 +166,35 @@ const char* GCodeInterpreter::read(const char* begin, char* end, bool isLast)
     return line;
 }
 
+GCodeInterpreter::MoveWord GCodeInterpreter::moveWordOf(char letter)
+{
+    switch (letter) {
+    case 'X':
+        return X;
+    case 'Y':
+        return Y;
+    case 'Z':
+        return Z;
+    case 'E':
+        return E;
+    case 'F':
+        return F;
+    default:
+        return NoMoveWord;
+    }
+}
+
+/** Takes the word, and a blank behind it, if it is the next one; false when its number is none. */
+PATHSCOPE_INLINE const char* GCodeInterpreter::take(const char* text, MoveWord word,
+                                                    MoveWords* words)
+{
+    const char* const end = readNumber(text + 1, &words->values[word]);
+    if (end == nullptr)
+        return nullptr;
+    words->present |= 1U << word;
+    return *end == ' ' ? end + 1 : end;
+}
+
 /**
  * The commonest line by far, "G1 X179.217 Y118.916 E2.00295", in one pass over its bytes.
  *
@@ -179,37 +208,24 @@ const char* GCodeInterpreter::readFastMove(const char* line, const char* end)
     if (*p == ' ')
         ++p;
     MoveWords words;
-    for (;;) {
-        unsigned word = NoMoveWord;
-        switch (*p) {
-        case 'X':
-            word = X;
-            break;
-        case 'Y':
-            word = Y;
-            break;
-        case 'Z':
-            word = Z;
-            break;
-        case 'E':
-            word = E;
-            break;
-        case 'F':
-            word = F;
-            break;
-        default:
-            break;
-        }
-        if (word == NoMoveWord)
-            break;
-        if ((words.present & (1U << word)) != 0)
+    // In the order in which slicers write them, then in any other.
+    if (*p == 'X' && (p = take(p, X, &words)) == nullptr)
+        return nullptr;
+    if (*p == 'Y' && (p = take(p, Y, &words)) == nullptr)
+        return nullptr;
+    if (*p == 'Z' && (p = take(p, Z, &words)) == nullptr)
+        return nullptr;
+    if (*p == 'E' && (p = take(p, E, &words)) == nullptr)
+        return nullptr;
+    if (*p == 'F' && (p = take(p, F, &words)) == nullptr)
+        return nullptr;
+    while (*p > ';') {
+        const MoveWord word = moveWordOf(*p);
+        if (word == NoMoveWord || words.has(word))
             return nullptr;
-        p = readNumber(p + 1, &words.values[word]);
+        p = take(p, word, &words);
         if (p == nullptr)
             return nullptr;
-        words.present |= 1U << word;
-        if (*p == ' ')
-            ++p;
     }
     if (*p == ';') {
         p = findLineEnd(p, end);

@@ -64,6 +64,8 @@ private:
     };
 
     const char* readFastMove(const char* line, const char* end);
+    static MoveWord moveWordOf(char letter);
+    static const char* take(const char* text, MoveWord word, MoveWords* words);
     bool move(const MoveWords& words);
     bool target(const MoveWords& words, Place* to) const;
     double takeFilament(const MoveWords& words);

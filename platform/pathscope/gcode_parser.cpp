@@ -8,7 +8,6 @@
 #include <fstream>
 #include <stdexcept>
 #include <system_error>
-#include <vector>
 
 namespace pathscope {
 namespace {
@@ -29,7 +28,7 @@ public:
         , m_bytesExpected(bytesExpected)
         , m_options(options)
         , m_block(std::max<std::size_t>(1, options.blockBytes))
-        , m_buffer(m_block + GCodeInterpreter::kLongestLine + 2 + kNumberPadding)
+        , m_buffer(new char[m_block + GCodeInterpreter::kLongestLine + 2 + kNumberPadding])
         , m_interpreter(options.filamentDiameter)
     {}
 
@@ -37,15 +36,15 @@ public:
     {
         std::size_t kept = 0;
         while (!isCanceled()) {
-            const std::size_t got = m_read(m_buffer.data() + kept, m_block);
-            char* const end = m_buffer.data() + kept + got;
+            const std::size_t got = m_read(m_buffer.get() + kept, m_block);
+            char* const end = m_buffer.get() + kept + got;
             std::memset(end, 0, kNumberPadding);
             m_bytes += got;
-            const char* const rest = m_interpreter.read(m_buffer.data(), end, got == 0);
+            const char* const rest = m_interpreter.read(m_buffer.get(), end, got == 0);
             if (got == 0)
                 return result(true);
             kept = static_cast<std::size_t>(end - rest);
-            std::memmove(m_buffer.data(), rest, kept);
+            std::memmove(m_buffer.get(), rest, kept);
             report();
         }
         return result(false);
@@ -83,7 +82,7 @@ private:
     const std::uint64_t m_bytesExpected;
     const ParseOptions& m_options;
     const std::size_t m_block;
-    std::vector<char> m_buffer;
+    const std::unique_ptr<char[]> m_buffer;
     GCodeInterpreter m_interpreter;
     std::uint64_t m_bytes = 0;
     std::uint64_t m_nextPiece = kFirstPiece;

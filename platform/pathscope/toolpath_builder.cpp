@@ -17,6 +17,7 @@ constexpr double kSameHeight = 0.005;
 constexpr double kLargestLayerHeight = 3;
 constexpr double kLargestWidth = 5;
 constexpr double kSmallestWidth = 0.05;
+constexpr std::size_t kPointsAtOnce = 1024;
 
 /** Slicers write 0.449999 and 0.450001; a thousandth tells enough and keeps the styles few. */
 float rounded(double millimetres)
@@ -37,7 +38,7 @@ ToolpathBuilder::ToolpathBuilder(double filamentDiameter)
     : m_filamentArea(kPi / 4 * filamentDiameter * filamentDiameter)
 {
     m_style.speed = kDefaultSpeed;
-    beginChunk();
+    beginChunk(PathPoint(), kPointsAtOnce + 1);
 }
 
 ToolpathBuilder::~ToolpathBuilder() = default;
@@ -274,20 +275,36 @@ void ToolpathBuilder::changeTool(unsigned tool, double celsius)
     appendQuiet(MoveKind::ToolChange);
 }
 
-void ToolpathBuilder::beginChunk()
+/** When there is no room for the next point. */
+void ToolpathBuilder::makeRoom()
 {
-    PathPoint last;
-    if (m_chunk) {
-        last = m_end[-1];
-        m_fullSegments += kSegmentsAChunk;
-        m_fullChunks.push_back(std::move(m_chunk));
+    if (m_chunk->points.size() < PointChunk::kCapacity) {
+        grow();
+        return;
     }
+    const PathPoint last = m_chunk->points.back();
+    m_fullSegments += kSegmentsAChunk;
+    m_fullChunks.push_back(std::move(m_chunk));
+    beginChunk(last, PointChunk::kCapacity);
+}
+
+/** The first chunk of a small file stays small, and what is filled next is in the cache. */
+void ToolpathBuilder::grow()
+{
+    std::vector<PathPoint>& points = m_chunk->points;
+    const std::size_t used = points.size();
+    points.resize(std::min(used + kPointsAtOnce, PointChunk::kCapacity));
+    m_begin = points.data();
+    m_next = m_begin + used;
+    m_end = m_begin + points.size();
+}
+
+void ToolpathBuilder::beginChunk(const PathPoint& first, std::size_t reserved)
+{
     m_chunk = std::make_shared<PointChunk>();
-    m_chunk->points.resize(PointChunk::kCapacity);
-    m_begin = m_chunk->points.data();
-    m_end = m_begin + PointChunk::kCapacity;
-    m_begin[0] = last;
-    m_next = m_begin + 1;
+    m_chunk->points.reserve(reserved);
+    m_chunk->points.push_back(first);
+    grow();
 }
 
 Amount& ToolpathBuilder::amountOf(std::uint32_t style)

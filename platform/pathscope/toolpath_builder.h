@@ -131,7 +131,7 @@ private:
         point.z = static_cast<float>(to.z);
         point.kindAndStyle = kindAndStyle;
         if (++m_next == m_end)
-            beginChunk();
+            makeRoom();
     }
 
     PATHSCOPE_INLINE void include(const Place& p)
@@ -144,7 +144,9 @@ private:
         m_max.z = p.z > m_max.z ? p.z : m_max.z;
     }
 
-    void beginChunk();
+    void makeRoom();
+    void grow();
+    void beginChunk(const PathPoint& first, std::size_t reserved);
     void beginQuiet();
     void appendQuiet(MoveKind kind);
     void settleLayer(double z);
