@@ -2,10 +2,10 @@
 
 #include "widgets/grama_item.h"
 #include "widgets/tab_order.h"
+#include "widgets/visibility_change.h"
 
 #include <trovek/log.h>
 
-#include <QCoreApplication>
 #include <QEvent>
 #include <QFormLayout>
 #include <QHBoxLayout>
@@ -25,73 +25,6 @@ constexpr int kHorizontalSpacing = 24;
 constexpr int kSeparatorHeight = 20;
 /** A row and the line below it. */
 constexpr int kRowsOfAnItem = 2;
-
-/**
- * Shows and hides rows of a form, in time that grows with them and no faster.
- *
- * A form that is shown would be laid out anew for every widget; that is put off to the end. And
- * every widget that comes to be shown would ask to be painted, wherever it is: painting compares
- * each that asks with all its siblings. So these may not ask, and the form does for all of them.
- */
-class VisibilityChange
-{
-public:
-    explicit VisibilityChange(QLayout* layout)
-        : m_layout(layout)
-        , m_form(layout->parentWidget())
-    {}
-    ~VisibilityChange() { finish(); }
-
-    VisibilityChange(const VisibilityChange&) = delete;
-    VisibilityChange& operator=(const VisibilityChange&) = delete;
-
-    /** Nothing happens for what is null, or shown or hidden already. */
-    void set(QWidget* widget, bool shown)
-    {
-        if (widget == nullptr || widget->isHidden() != shown)
-            return;
-        m_layout->setEnabled(false);
-        m_isRunning = true;
-        if (shown && m_form->isVisible())
-            silence(widget);
-        widget->setVisible(shown);
-    }
-
-private:
-    /** Not by setUpdatesEnabled(), which makes each widget ask at the end. */
-    void silence(QWidget* widget)
-    {
-        if (widget->updatesEnabled()) {
-            widget->setAttribute(Qt::WA_UpdatesDisabled, true);
-            m_silent.push_back(widget);
-        }
-        for (QObject* child : widget->children()) {
-            if (child->isWidgetType())
-                silence(static_cast<QWidget*>(child));
-        }
-    }
-
-    void finish()
-    {
-        if (!m_isRunning)
-            return;
-        m_layout->setEnabled(true);
-        if (!m_form->isVisible())
-            return;
-        m_layout->activate();
-        // A scroll bar that comes or goes makes every row narrower or wider, which asks again.
-        QCoreApplication::sendPostedEvents(m_form->parentWidget(), QEvent::LayoutRequest);
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::UpdateLater);
-        for (QWidget* widget : m_silent)
-            widget->setAttribute(Qt::WA_UpdatesDisabled, false);
-        m_form->update();
-    }
-
-    QLayout* const m_layout;
-    QWidget* const m_form;
-    std::vector<QWidget*> m_silent;
-    bool m_isRunning = false;
-};
 
 bool isHiddenByItsOwner(const QWidget* widget)
 {
