@@ -48,7 +48,7 @@ constexpr char kLastMachineKey[] = "make_dialog/printer";
 constexpr char kLastOpenDirKey[] = "ostrand/lastOpenDir";
 // Raise it when docks or tool bars change so that old layouts no longer fit.
 constexpr int kLayoutVersion = 1;
-constexpr int kDocksHeight = 190;
+constexpr int kDocksHeight = 140;
 
 QString documentsDir()
 {

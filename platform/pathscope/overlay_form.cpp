@@ -167,7 +167,7 @@ void OverlayForm::makeNavigation(QBoxLayout& column)
     grid->addWidget(layerCount, 0, 2);
     grid->addWidget(buddyLabel(tr("Hei&ght:"), height), 1, 0);
     grid->addWidget(height, 1, 1);
-    grid->addWidget(layerInfo, 2, 1, 1, 2);
+    grid->addWidget(layerInfo, 2, 0, 1, 3);
     grid->addWidget(buddyLabel(tr("Fr&om:"), from), 3, 0);
     grid->addWidget(from, 3, 1);
     grid->addWidget(buddyLabel(tr("Mov&es:"), move), 4, 0);
