@@ -5,8 +5,10 @@
 #include "pathscope/slicer_comments.h"
 #include "pathscope/toolpath_builder.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <limits>
 
 namespace pathscope {
 
@@ -36,6 +38,14 @@ public:
     std::shared_ptr<Toolpaths> snapshot();
 
 private:
+    static constexpr double kMillimetresAnInch = 25.4;
+    /** What lies farther out is a mistake, and a float there hardly tells tenths. */
+    static constexpr double kLargestCoordinate = 1e6;
+    static constexpr double kLargestFilament = 1e9;
+    /** Millimetres a minute. */
+    static constexpr double kLargestFeed = 1e7;
+
+    static bool isIn(double value, double limit) { return value >= -limit && value <= limit; }
     static constexpr unsigned bit(char letter) { return 1U << (letter - 'A'); }
 
     /** The words of one command; letters as bits. */
@@ -66,9 +76,49 @@ private:
     const char* readFastMove(const char* line, const char* end);
     static MoveWord moveWordOf(char letter);
     static const char* take(const char* text, MoveWord word, MoveWords* words);
-    bool move(const MoveWords& words);
-    bool target(const MoveWords& words, Place* to) const;
-    double takeFilament(const MoveWords& words);
+
+    PATHSCOPE_INLINE bool target(const MoveWords& words, Place* to) const
+    {
+        *to = m_builder.place();
+        const Place from = m_isAbsolute ? m_shift : *to;
+        if (words.has(X))
+            to->x = from.x + words.values[X] * m_unit;
+        if (words.has(Y))
+            to->y = from.y + words.values[Y] * m_unit;
+        if (words.has(Z))
+            to->z = from.z + words.values[Z] * m_unit;
+        return isIn(to->x, kLargestCoordinate) && isIn(to->y, kLargestCoordinate) &&
+               isIn(to->z, kLargestCoordinate) &&
+               (!words.has(E) || isIn(words.values[E], kLargestFilament)) &&
+               (!words.has(F) || isIn(words.values[F], std::numeric_limits<double>::max()));
+    }
+
+    /** Moves the extruder; millimetres of filament. */
+    PATHSCOPE_INLINE double takeFilament(const MoveWords& words)
+    {
+        if (!words.has(E))
+            return 0;
+        const double value = words.values[E] * m_unit;
+        if (!m_isAbsolute || !m_isExtruderAbsolute) {
+            m_extruder += value;
+            return value * m_extruderUnit;
+        }
+        const double pushed = value - m_extruder;
+        m_extruder = value;
+        return pushed * m_extruderUnit;
+    }
+
+    /** False, and nothing has happened, when a number makes no sense. */
+    PATHSCOPE_INLINE bool move(const MoveWords& words)
+    {
+        Place to;
+        if (!target(words, &to))
+            return false;
+        if (words.has(F) && words.values[F] > 0)
+            m_builder.setSpeed(std::min(words.values[F] * m_unit, kLargestFeed) / 60);
+        m_builder.moveTo(to, takeFilament(words));
+        return true;
+    }
 
     void readLine(const char* begin, const char* end);
     void runWords(GCodeWords& words, const char* begin, const char* end);

@@ -61,12 +61,17 @@ struct PathPoint
 };
 static_assert(sizeof(PathPoint) == 16, "the record is uploaded as it stands");
 
-/** Everything of a move beside where it goes; as many moves as can be share one. */
+/**
+ * Everything of a move beside where it goes; as many moves as can be share one.
+ *
+ * There are at most 65,536 in a file: the smallest buffer texture that OpenGL 3.3 promises.
+ */
 struct MoveStyle
 {
+    /** Unknown for what does not extrude. */
     Feature feature = Feature::Unknown;
     std::uint8_t tool = 0;
-    /** Millimetres; 0 for what does not extrude. */
+    /** Millimetres; above 0 for what extrudes, and 0 for nothing else. */
     float width = 0;
     float height = 0;
     /** Millimetres a second. */
@@ -80,6 +85,7 @@ struct MoveStyle
 /** What the moves of one style (or of one layer) come to. */
 struct Amount
 {
+    /** Length by speed, without acceleration: a third less than a machine takes for small moves. */
     double seconds = 0;
     /** Of extruding moves. */
     double millimetres = 0;
