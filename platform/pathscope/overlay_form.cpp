@@ -127,16 +127,18 @@ OverlayForm::OverlayForm(QWidget& panel)
     makeSwitches(*column);
     makeViews(*column);
     column->addStretch(1);
-    makeProgress(*column);
     area->setWidget(m_column);
     area->setMinimumWidth(column->minimumSize().width() +
                           area->verticalScrollBar()->sizeHint().width());
 
-    auto* row = new QHBoxLayout(&panel);
-    row->setContentsMargins(6, 8, 6, 8);
+    auto* row = new QHBoxLayout;
     row->setSpacing(6);
     row->addWidget(slider);
     row->addWidget(area, 1);
+    auto* rows = new QVBoxLayout(&panel);
+    rows->setContentsMargins(6, 8, 6, 8);
+    rows->addLayout(row, 1);
+    makeProgress(panel, *rows);
 }
 
 void OverlayForm::makeNavigation(QBoxLayout& column)
@@ -261,17 +263,13 @@ void OverlayForm::makeViews(QBoxLayout& column)
     column.addLayout(row);
 }
 
-void OverlayForm::makeProgress(QBoxLayout& column)
+void OverlayForm::makeProgress(QWidget& panel, QBoxLayout& rows)
 {
-    progress = named(new QProgressBar(m_column), "progress", QString(), tr("Reading the file"));
+    progress = named(new QProgressBar(&panel), "progress", QString(), tr("Reading the file"));
     progress->setRange(0, kProgressSteps);
     progress->setFormat(tr("Reading: %p %"));
-    // Nothing jumps when it comes and goes.
-    QSizePolicy policy = progress->sizePolicy();
-    policy.setRetainSizeWhenHidden(true);
-    progress->setSizePolicy(policy);
     progress->hide();
-    column.addWidget(progress);
+    rows.addWidget(progress);
 }
 
 void OverlayForm::setNavigable(bool navigable, bool singleLayer)

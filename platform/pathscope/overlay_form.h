@@ -62,7 +62,7 @@ private:
     void makeTotals(QBoxLayout& column);
     void makeSwitches(QBoxLayout& column);
     void makeViews(QBoxLayout& column);
-    void makeProgress(QBoxLayout& column);
+    void makeProgress(QWidget& panel, QBoxLayout& rows);
 
     QWidget* m_column = nullptr;
 };
