@@ -14,12 +14,12 @@ ToolpathViewModel::ToolpathViewModel(QObject* parent)
 void ToolpathViewModel::setLayerCount(int count)
 {
     const bool topWasShown = m_lastLayer >= m_layerCount - 1;
-    takeLayers(count, m_firstLayer, topWasShown ? count - 1 : m_lastLayer, m_singleLayer);
+    takeLayers(count, m_firstLayer, topWasShown ? count : m_lastLayer, m_singleLayer);
 }
 
 void ToolpathViewModel::startOver(int layerCount)
 {
-    takeLayers(layerCount, 0, layerCount - 1, m_singleLayer);
+    takeLayers(layerCount, 0, layerCount, m_singleLayer);
 }
 
 void ToolpathViewModel::setMoveCount(int count)
@@ -108,6 +108,7 @@ void ToolpathViewModel::takeLayers(int count, int first, int last, bool single)
     const auto before = seen();
 
     m_layerCount = std::max(count, 0);
+    // Callers may ask for more than there is: the count itself stands for the top layer.
     const int top = std::max(m_layerCount - 1, 0);
     m_firstLayer = std::clamp(first, 0, top);
     m_lastLayer = std::clamp(last, 0, top);
