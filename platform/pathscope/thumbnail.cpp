@@ -9,8 +9,8 @@
 #include <trovek/text.h>
 
 #include <algorithm>
+#include <exception>
 #include <limits>
-#include <stdexcept>
 
 namespace pathscope {
 
@@ -177,7 +177,8 @@ QImage renderThumbnail(const QString& file, QSize size, const std::vector<QColor
 {
     try {
         return renderThumbnail(*parseGCodeFile(trovek::toStdString(file)), size, colours);
-    } catch (const std::runtime_error&) {
+    } catch (const std::exception&) {
+        // Not there, no file, or too large for the memory: the caller shows something else.
         return {};
     }
 }
