@@ -131,6 +131,7 @@ void ToolpathBuilder::beginLayer()
         m_layers.clear();
         pushLayer(0, 0, 0);
         m_layers.back().amount = m_total;
+        m_quietSeconds = 0;
     } else if (m_layers.back().segments.first != segmentCount()) {
         pushLayer(segmentCount(), m_layers.back().z, 0);
     }

@@ -33,6 +33,7 @@ private slots:
     void findsLayersByHeight_data();
     void findsLayersByHeight();
     void coversAllSegments();
+    void whatComesBeforeTheFirstMarkCountsInItsLayer();
     void givesASpiralALayerATurn();
     void timeGoesToTheLayerOfTheSegments();
     void takesAMillionLayers();
@@ -66,6 +67,8 @@ void tst_GcodeLayers::followsTheComments_data()
         ";LAYER_CHANGE\n;LAYER:0\n;Z:0.2\nG1 Z.2\nG1 X1 E1\n;LAYER_CHANGE\n;LAYER:1\n;Z:0.4\n"
         "G1 X2 E2\n",
         "0-2 z 0.2 h 0.2, 2-3 z 0.4 h 0.2");
+    row("a second way amid a layer", ";LAYER_CHANGE\nG1 Z.2\nG1 X1 E1\n;LAYER:0\nG1 X2 E2\n",
+        "0-3 z 0.2 h 0.2");
     row("what comes before the first one",
         "G1 Z.3\nG1 X100 E10\nG92 E0\nG1 Z5\n;LAYER_CHANGE\n;Z:0.2\n;HEIGHT:0.2\nG1 Z.2\n"
         "G1 X1 E1\n",
@@ -149,12 +152,31 @@ void tst_GcodeLayers::coversAllSegments()
             next = layer.segments.end;
         }
         QCOMPARE(next, paths->segmentCount);
+        double seconds = 0;
+        double millimetres = 0;
+        for (const Layer& layer : paths->layers) {
+            seconds += layer.amount.seconds;
+            millimetres += layer.amount.millimetres;
+        }
+        QCOMPARE(seconds, paths->total.seconds);
+        QCOMPARE(millimetres, paths->total.millimetres);
         for (std::uint64_t i = 0; i < paths->segmentCount; ++i) {
             const SegmentRange& range = paths->layers[paths->layerOf(i)].segments;
             QVERIFY(range.first <= i && i < range.end);
         }
         QCOMPARE(paths->layerOf(paths->segmentCount), paths->layers.size());
     }
+}
+
+void tst_GcodeLayers::whatComesBeforeTheFirstMarkCountsInItsLayer()
+{
+    const auto paths = parseGCode("G1 F60\nG1 Z1\nG1 X10 E1\nG1 X0\nG1 E0\n;LAYER:0\nG1 X5 E1\n"
+                                  ";LAYER:1\nG1 X0 E2\n");
+
+    QCOMPARE(paths->layers.size(), std::size_t(2));
+    QCOMPARE(paths->layers[0].amount.seconds, 1.0 + 10 + 10 + 1 + 5);
+    QCOMPARE(paths->layers[0].amount.filament, 2.0);
+    QCOMPARE(paths->layers[1].amount.seconds, 5.0);
 }
 
 void tst_GcodeLayers::givesASpiralALayerATurn()
