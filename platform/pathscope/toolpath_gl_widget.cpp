@@ -308,16 +308,22 @@ void ToolpathGLWidget::Private::takeSize()
     painter->setSize(window(), QSize(qRound(device.width()), qRound(device.height())));
 }
 
+/** Receivers of what it emits in the end may do what they like, such as to delete the view. */
 void ToolpathGLWidget::Private::work()
 {
     if (painter == nullptr || !q.isVisible())
         return;
     q.makeCurrent();
     painter->update();
-    if (painter->work(kSliceMilliseconds))
+    if (painter->work(kSliceMilliseconds)) {
+        // paintGL() goes on from there.
         q.update();
+        return;
+    }
     if (painter->isBusy())
         working.start();
+    else
+        completeIfDone();
 }
 
 bool ToolpathGLWidget::Private::isComplete() const
@@ -426,10 +432,8 @@ void ToolpathGLWidget::paintGL()
         d->painter->show(window, QPoint(qRound(place.x() * ratio),
                                         qRound((height() - place.bottom() - 1) * ratio)));
     ++d->frames;
-    if (d->painter->isBusy())
-        d->wake();
-    // After the picture is on the screen; receivers may do what they like, as to close the window.
-    QTimer::singleShot(0, this, [this] { d->completeIfDone(); });
+    // The next slice; or that the picture is complete, which is told when it is on the screen.
+    d->wake();
 }
 
 void ToolpathGLWidget::showEvent(QShowEvent* event)
