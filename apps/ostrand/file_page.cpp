@@ -86,6 +86,7 @@ FilePage::FilePage(QWidget* parent)
     , m_remark(valueLabel("fileRemark", this))
     , m_make(new QPushButton(icon("make"), tr("Ma&ke..."), this))
 {
+    m_picture->setObjectName(QStringLiteral("filePicture"));
     m_make->setObjectName(QStringLiteral("makeButton"));
     m_make->setAutoDefault(true);
     m_make->setDefault(true);

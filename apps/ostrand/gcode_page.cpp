@@ -1,15 +1,26 @@
 #include "gcode_page.h"
 
+#include <pathscope/thumbnail.h>
 #include <pathscope/toolpath_gl_widget.h>
 #include <pathscope/toolpath_keys.h>
+#include <pathscope/toolpath_scene.h>
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QImage>
 #include <QLabel>
+#include <QPointer>
 #include <QPushButton>
+#include <QThreadPool>
 #include <QVBoxLayout>
 
 namespace ostrand {
+namespace {
+
+constexpr int kPictureSize = 44;
+
+} // namespace
 
 bool ViewedMachine::operator==(const ViewedMachine& other) const
 {
@@ -33,9 +44,10 @@ GCodePage::GCodePage(const ViewedMachine& machine, QWidget* parent)
 void GCodePage::makeBar()
 {
     setLargerFont(m_name, 1.15);
-    // The view below shows what it is, and the tool tip where it lies.
-    m_picture->hide();
+    // The tool tip says where it lies.
     m_folder->hide();
+    m_picture->setFixedSize(kPictureSize, kPictureSize);
+    m_picture->setScaledContents(true);
     m_name->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
 
     auto* facts = new QHBoxLayout;
@@ -53,6 +65,7 @@ void GCodePage::makeBar()
     auto* bar = new QHBoxLayout;
     bar->setContentsMargins(12, 8, 12, 8);
     bar->setSpacing(16);
+    bar->addWidget(m_picture);
     bar->addLayout(words, 1);
     bar->addWidget(m_make, 0, Qt::AlignVCenter);
     m_column->addLayout(bar);
@@ -67,6 +80,35 @@ void GCodePage::makeView()
     m_keys = new pathscope::ToolpathKeys(*m_view->toolpathScene(), *m_view->overlayWidget(), *this,
                                          Qt::WidgetWithChildrenShortcut);
     m_column->addWidget(m_view, 1);
+    connect(m_view->toolpathScene(), &pathscope::ToolpathScene::toolpathsChanged, this,
+            &GCodePage::renderPicture);
+}
+
+void GCodePage::renderPicture()
+{
+    const auto paths = m_view->toolpathScene()->toolpaths();
+    if (!paths->complete)
+        return;
+    const qreal ratio = devicePixelRatioF();
+    const QSize size = QSize(kPictureSize, kPictureSize) * ratio;
+    // In a thread: a large file takes a moment.
+    QThreadPool::globalInstance()->start([self = QPointer<GCodePage>(this), paths, size, ratio] {
+        QImage image = pathscope::renderThumbnail(*paths, size);
+        image.setDevicePixelRatio(ratio);
+        const auto take = [self, paths, image] {
+            if (!self || self->m_view->toolpathScene()->toolpaths() != paths)
+                return;
+            self->m_rendered = QPixmap::fromImage(image);
+            self->showPicture();
+        };
+        QMetaObject::invokeMethod(QCoreApplication::instance(), take, Qt::QueuedConnection);
+    });
+}
+
+void GCodePage::showPicture()
+{
+    if (!m_rendered.isNull())
+        m_picture->setPixmap(m_rendered);
 }
 
 void GCodePage::setMachine(const ViewedMachine& machine)
@@ -87,8 +129,11 @@ void GCodePage::showFile(const QString& path)
     m_name->setToolTip(Qt::convertFromPlainText(QDir::toNativeSeparators(path)));
     const QFileInfo info(path);
     const qint64 bytes = info.exists() ? info.size() : -1;
-    if (path == m_path && bytes == m_bytes && info.lastModified() == m_changed)
+    if (path == m_path && bytes == m_bytes && info.lastModified() == m_changed) {
+        showPicture();
         return;
+    }
+    m_rendered = QPixmap();
     m_path = path;
     m_bytes = bytes;
     m_changed = info.lastModified();

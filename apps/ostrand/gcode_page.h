@@ -5,6 +5,7 @@
 #include <qtshared/bounding_box.h>
 
 #include <QDateTime>
+#include <QPixmap>
 
 namespace pathscope {
 class ToolpathGLWidget;
@@ -43,6 +44,8 @@ public:
 private:
     void makeBar();
     void makeView();
+    void renderPicture();
+    void showPicture();
 
     ViewedMachine m_machine;
     QVBoxLayout* const m_column;
@@ -51,6 +54,8 @@ private:
     QString m_path;
     qint64 m_bytes = -1;
     QDateTime m_changed;
+    /** Of the file as it was read last; null until it is drawn. */
+    QPixmap m_rendered;
 };
 
 } // namespace ostrand

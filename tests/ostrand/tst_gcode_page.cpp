@@ -93,6 +93,7 @@ private slots:
     void showsToolpathsOfGCodeAlone();
     void keepsTheBarAboveThePicture();
     void tellsInWordsWithoutOpenGL();
+    void drawsASmallPictureOfTheFile();
     void stepsByKeysWithTheFocusInside_data();
     void stepsByKeysWithTheFocusInside();
     void leavesKeysToTheRestOfTheWindow();
@@ -139,6 +140,28 @@ void tst_GCodePage::tellsInWordsWithoutOpenGL()
     const auto* notice = world.view->findChild<QLabel*>(QStringLiteral("notice"));
     QTRY_VERIFY(notice->isVisible());
     QTRY_VERIFY(notice->text().contains(QLatin1String("\nLayers: 3\n")));
+}
+
+void tst_GCodePage::drawsASmallPictureOfTheFile()
+{
+    World world;
+    const auto picture = [&world] {
+        return world.view->findChild<QLabel*>(QStringLiteral("filePicture"))
+            ->pixmap(Qt::ReturnByValue)
+            .toImage();
+    };
+    world.view->setFile(world.write("empty.gcode", "G28\n"));
+    const QImage icon = picture();
+    QVERIFY(!icon.isNull());
+    world.open("part.gcode", 30);
+    QTRY_VERIFY_WITH_TIMEOUT(picture() != icon, 30000);
+    const QImage small = picture();
+    QCOMPARE(small.size(), QSize(44, 44));
+    // It stays while nothing changes, and goes with the file.
+    world.view->setFile(world.view->file());
+    QCOMPARE(picture(), small);
+    world.view->setFile(world.write("other.gcode", "G28\n"));
+    QCOMPARE(picture(), icon);
 }
 
 void tst_GCodePage::stepsByKeysWithTheFocusInside_data()
