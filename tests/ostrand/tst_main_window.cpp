@@ -13,6 +13,9 @@
 #include <trovek-ui/trovekqt.h>
 #include <trovek/wire.h>
 
+#include <pathscope/toolpath_gl_widget.h>
+#include <pathscope/toolpath_scene.h>
+
 #include <QAction>
 #include <QApplication>
 #include <QDockWidget>
@@ -165,6 +168,9 @@ private slots:
     void initTestCase() { QApplication::setAttribute(Qt::AA_DontUseNativeDialogs); }
     void startsWithAnInvitation();
     void opensAFile();
+    void drawsTheMachineUsedLastAroundToolpaths_data();
+    void drawsTheMachineUsedLastAroundToolpaths();
+    void keepsTheMachineAroundToolpathsWhenItGoes();
     void opensThroughTheChooser();
     void opensADroppedFile();
     void refusesOtherDrops();
@@ -219,6 +225,67 @@ void tst_MainWindow::opensAFile()
     QVERIFY(world.action("make").isEnabled());
     QVERIFY(world.makeButton().isVisible());
     QVERIFY(world.makeButton().hasFocus());
+}
+
+void tst_MainWindow::drawsTheMachineUsedLastAroundToolpaths_data()
+{
+    QTest::addColumn<QString>("lastUsed");
+    QTest::addColumn<bool>("openBeforeConnecting");
+    QTest::addColumn<float>("width");
+    QTest::addColumn<bool>("dual");
+
+    QTest::newRow("the first without any") << QString() << false << 100.0F << false;
+    QTest::newRow("the one that was used") << QStringLiteral("wide") << false << 300.0F << true;
+    QTest::newRow("the first when that is gone")
+        << QStringLiteral("gone") << false << 100.0F << false;
+    QTest::newRow("an open file gets it too") << QStringLiteral("wide") << true << 300.0F << true;
+}
+
+void tst_MainWindow::drawsTheMachineUsedLastAroundToolpaths()
+{
+    TestLog log;
+    QFETCH(QString, lastUsed);
+    QFETCH(bool, openBeforeConnecting);
+    QFETCH(float, width);
+    QFETCH(bool, dual);
+    World world;
+    const auto machine = [](const char* key, float size, int extruders) {
+        Printer::Data data = ScriptedService::machine(key, Printer::Fabrino2);
+        data.numberOfExtruders = extruders;
+        const float volume[6] = {0, 0, 0, size, 80, 90};
+        std::copy(std::begin(volume), std::end(volume), std::begin(data.buildVolume));
+        return data;
+    };
+    world.service.changePrinter(machine("left", 100, 1));
+    world.service.addPrinter(machine("wide", 300, 2));
+    if (!lastUsed.isEmpty())
+        world.settings.setValue(QStringLiteral("make_dialog/printer"), lastUsed);
+    const QString path = world.write(QStringLiteral("part.gcode"));
+    if (openBeforeConnecting)
+        world.window->openFile(path);
+    world.show();
+    QTRY_COMPARE(int(world.facade.printers().size()), 2);
+    if (!openBeforeConnecting)
+        world.window->openFile(path);
+    const auto setting = [&world] {
+        return world.window->toolpathView()->toolpathScene()->setting();
+    };
+    QTRY_COMPARE(setting().buildVolume.width(), width);
+    QCOMPARE(setting().buildVolume.depth(), 80.0F);
+    QCOMPARE(setting().buildVolume.height(), 90.0F);
+    QCOMPARE(setting().dualExtrusion, dual);
+}
+
+void tst_MainWindow::keepsTheMachineAroundToolpathsWhenItGoes()
+{
+    TestLog log;
+    World world;
+    world.show();
+    QTRY_COMPARE(int(world.facade.printers().size()), 1);
+    world.window->openFile(world.write(QStringLiteral("part.gcode")));
+    const QWidget* before = world.window->toolpathView();
+    world.loseLink();
+    QCOMPARE(world.window->toolpathView(), before);
 }
 
 void tst_MainWindow::opensThroughTheChooser()
