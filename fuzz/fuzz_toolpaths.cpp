@@ -13,12 +13,16 @@ namespace {
 void checkLayers(const Toolpaths& paths)
 {
     std::uint64_t next = 0;
+    double seconds = 0;
     for (const Layer& layer : paths.layers) {
         fuzz::require(layer.segments.first == next, "layers follow each other without a gap");
         fuzz::require(layer.segments.end > next, "a layer has segments");
         fuzz::require(std::isfinite(layer.z) && layer.height >= 0, "a layer lies somewhere");
         next = layer.segments.end;
+        seconds += layer.amount.seconds;
     }
+    fuzz::require(std::abs(seconds - paths.total.seconds) <= 1e-6 * (1 + paths.total.seconds),
+                  "layers take the time of the whole");
     fuzz::require(next == paths.segmentCount, "layers cover all segments");
 }
 
