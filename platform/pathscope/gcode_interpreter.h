@@ -68,7 +68,7 @@ private:
     struct MoveWords
     {
         unsigned present = 0;
-        double values[kMoveWordCount];
+        std::array<double, kMoveWordCount> values{};
 
         bool has(MoveWord word) const { return (present & (1U << word)) != 0; }
     };

@@ -104,11 +104,12 @@ inline const char* readMedium(const char* begin, double* value)
     if (*dot != '.' || fractionEnd == 0 || bitsBelow(fractionEnd) == 0)
         return readLong(begin, value);
     const unsigned bits = bitsBelow(fractionEnd);
+    const unsigned digits = bits / 8;
     // All digits together and the power of ten are exact, so that the division rounds correctly.
-    *value = static_cast<double>(valueOfDigits(whole << (64 - wholeBits)) * kPower[bits / 8] +
+    *value = static_cast<double>(valueOfDigits(whole << (64 - wholeBits)) * kPower[digits] +
                                  valueOfDigits(fraction << (64 - bits))) /
-             kPowerAsDouble[bits / 8];
-    return dot + 1 + bits / 8;
+             kPowerAsDouble[digits];
+    return dot + 1 + digits;
 }
 
 } // namespace number

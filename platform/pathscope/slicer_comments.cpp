@@ -136,9 +136,7 @@ void SlicerComments::readMark(std::string_view text)
     } else if (takeWord(&rest, "TIME:")) {
         if (const std::optional<double> seconds = secondsIn(rest))
             m_estimates.seconds = *seconds;
-    } else if (takeWord(&rest, "Filament used:")) {
-        m_estimates.filament = lengthsIn(rest);
-    } else if (takeWord(&rest, "Filament length:")) {
+    } else if (takeWord(&rest, "Filament used:") || takeWord(&rest, "Filament length:")) {
         m_estimates.filament = lengthsIn(rest);
     } else if (takeWord(&rest, "Build time:") || takeWord(&rest, "Build Time:")) {
         if (const std::optional<double> seconds = secondsIn(rest))

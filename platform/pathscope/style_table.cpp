@@ -10,7 +10,8 @@ namespace {
 /** Beyond so many only rounded styles are added, ... */
 constexpr std::size_t kExactStyles = 49152;
 /** ... and beyond so many only one for each feature and tool, for which the rest is kept. */
-constexpr std::size_t kRoundedStyles = StyleTable::kCapacity - kFeatureCount * kToolCount * 2;
+constexpr std::size_t kRoundedStyles =
+    StyleTable::kCapacity - std::size_t{kFeatureCount} * kToolCount * 2;
 
 std::uint32_t bitsOf(float value)
 {

@@ -36,7 +36,7 @@ private:
     /** Open addressing: an index + 1, or 0. */
     std::vector<std::uint32_t> m_slots;
     /** By feature and tool and whether it extrudes; the index + 1. */
-    std::array<std::uint32_t, kFeatureCount * kToolCount * 2> m_lastResort{};
+    std::array<std::uint32_t, std::size_t{kFeatureCount} * kToolCount * 2> m_lastResort{};
 };
 
 } // namespace pathscope
