@@ -9,6 +9,7 @@ namespace {
 constexpr double kPi = 3.14159265358979323846;
 constexpr std::size_t kMostExamples = 5;
 constexpr std::size_t kExampleBytes = 80;
+constexpr int kLongestLineNumber = 12;
 
 bool isLineEnd(char c)
 {
@@ -139,9 +140,18 @@ PATHSCOPE_INLINE const char* GCodeInterpreter::take(const char* text, MoveWord w
  */
 const char* GCodeInterpreter::readFastMove(const char* line, const char* end)
 {
-    if (line[0] != 'G' || (line[1] != '1' && line[1] != '0'))
+    const char* p = line;
+    if (*p == 'N') {
+        // Without a digit it is no line number.
+        if (!number::isDigit(*++p))
+            return nullptr;
+        while (number::isDigit(*p) && p - line < kLongestLineNumber)
+            ++p;
+        p += static_cast<int>(*p == ' ');
+    }
+    if (p[0] != 'G' || (p[1] != '1' && p[1] != '0'))
         return nullptr;
-    const char* p = line + 2;
+    p += 2;
     if (*p == ' ')
         ++p;
     MoveWords words;
@@ -164,7 +174,7 @@ const char* GCodeInterpreter::readFastMove(const char* line, const char* end)
         if (p == nullptr)
             return nullptr;
     }
-    if (*p == ';') {
+    if (*p == ';' || *p == '*') {
         p = findLineEnd(p, end);
         if (p == end || static_cast<std::size_t>(p - line) > kLongestLine)
             return nullptr;
