@@ -95,6 +95,7 @@ void PicturePainter::setSize(QSizeF window, QSize size)
     m_window = window;
     m_hasPicture = false;
     m_begun = false;
+    m_isQuickBegun = false;
     m_schedule.invalidate();
 }
 
@@ -139,6 +140,7 @@ void PicturePainter::update()
     if (isOtherPicture || hasOtherColours) {
         m_schedule.invalidate();
         m_begun = false;
+        m_isQuickBegun = false;
     }
     setTarget();
 }
@@ -161,12 +163,13 @@ bool PicturePainter::hasAllPoints() const
 
 bool PicturePainter::isBusy() const
 {
-    return !hasAllPoints() || m_schedule.isBusy();
+    return !hasAllPoints() || m_isQuickBegun || m_schedule.isBusy();
 }
 
 bool PicturePainter::isComplete() const
 {
-    return m_look->toolpaths == m_scene.toolpaths() && hasAllPoints() && m_schedule.isComplete();
+    return m_look->toolpaths == m_scene.toolpaths() && hasAllPoints() && !m_isQuickBegun &&
+           m_schedule.isComplete();
 }
 
 void PicturePainter::takeInPoints(const QElapsedTimer& clock, int milliseconds)
@@ -197,6 +200,10 @@ bool PicturePainter::work(int milliseconds)
         return false;
     bool isShown = false;
     while (!isShown && clock.elapsed() < milliseconds) {
+        if (m_isQuickBegun) {
+            isShown = goOnWithQuickPicture();
+            continue;
+        }
         const PictureSchedule::Step step = m_schedule.next(m_segmentsASlice);
         if (step.kind == PictureSchedule::Step::Rest)
             break;
@@ -214,9 +221,8 @@ bool PicturePainter::carryOut(const PictureSchedule::Step& step)
     case Step::Rest:
         return false;
     case Step::Coarse:
-        drawCoarse();
-        m_hasPicture = true;
-        return true;
+        beginQuickPicture();
+        return false;
     case Step::Begin:
         m_begun = false;
         m_buffers.bindPicture();
@@ -275,7 +281,7 @@ void PicturePainter::drawSegments(SegmentRange segments)
     m_renderer.setColour(0);
 }
 
-void PicturePainter::drawCoarse()
+void PicturePainter::beginQuickPicture()
 {
     if (m_coarseUploaded != m_coarse.revision()) {
         m_renderer.uploadCoarse(m_coarse);
@@ -287,34 +293,64 @@ void PicturePainter::drawCoarse()
                   m_colours);
     beginPaths(m_buffers.size());
     m_begun = false;
-
-    const auto first = std::size_t(m_scene.viewModel()->firstLayer());
-    const auto last = std::size_t(m_scene.viewModel()->lastLayer());
     const auto stride = float(m_coarse.stride());
     // Where a wall leans, the next kept layer lies beside this one.
     m_renderer.setFactors(std::min(1 + kWiderALayer * (stride - 1), kMostWider), stride);
-    const CoarsePaths::Part part = m_coarse.part(first, last);
+    const ToolpathViewModel& model = *m_scene.viewModel();
+    m_coarseLeft =
+        m_coarse.part(std::size_t(model.firstLayer()), std::size_t(model.lastLayer())).segments;
+    m_isQuickBegun = true;
+}
+
+/** @return true when it is finished */
+bool PicturePainter::goOnWithQuickPicture()
+{
+    m_buffers.bindQuickPicture();
+    if (!m_coarseLeft.isEmpty()) {
+        const std::uint64_t stop =
+            std::min(m_coarseLeft.end, m_coarseLeft.first + m_segmentsASlice);
+        drawCoarse({m_coarseLeft.first, stop});
+        m_coarseLeft.first = stop;
+        m_gl.glFinish();
+        return false;
+    }
+    drawTopLayer();
+    m_buffers.finishQuickPicture();
+    m_isQuickBegun = false;
+    m_hasPicture = true;
+    return true;
+}
+
+void PicturePainter::drawCoarse(SegmentRange segments)
+{
     const std::vector<std::uint32_t>& colours = m_scene.layerColours();
     if (colours.empty()) {
-        m_renderer.drawCoarse(part.segments);
-    } else {
-        for (std::size_t layer = first; layer <= last && layer < colours.size(); ++layer) {
-            const CoarsePaths::Part one = m_coarse.part(layer, layer);
-            if (one.segments.isEmpty())
-                continue;
-            m_renderer.setColour(colours[layer]);
-            m_renderer.drawCoarse(one.segments);
-        }
+        m_renderer.drawCoarse(segments);
+        return;
     }
-    // The top layer is seen best: all of it, reaching down to what lies below.
+    for (std::size_t layer = 0; layer < colours.size(); ++layer) {
+        SegmentRange one = m_coarse.part(layer, layer).segments;
+        one = {std::max(one.first, segments.first), std::min(one.end, segments.end)};
+        if (one.isEmpty())
+            continue;
+        m_renderer.setColour(colours[layer]);
+        m_renderer.drawCoarse(one);
+    }
+    m_renderer.setColour(0);
+}
+
+/** It is seen best: all of it is drawn, reaching down to what lies below. */
+void PicturePainter::drawTopLayer()
+{
     SegmentRange top = m_scene.topLayerSegments();
     top.end = std::min({top.end, m_segments, top.first + kMostOfTopLayer});
-    const long below = std::max(part.lastLayer, long(first) - 1);
-    if (!top.isEmpty()) {
-        m_renderer.setFactors(1, float(std::max(1L, long(last) - below)));
-        drawSegments(top);
-    }
-    m_buffers.finishQuickPicture();
+    if (top.isEmpty())
+        return;
+    const long first = m_scene.viewModel()->firstLayer();
+    const long last = m_scene.viewModel()->lastLayer();
+    const long coarse = m_coarse.part(std::size_t(first), std::size_t(last)).lastLayer;
+    m_renderer.setFactors(1, float(std::max(1L, last - std::max(coarse, first - 1))));
+    drawSegments(top);
 }
 
 /** So that a slice takes about as long as it should, whatever draws. */

@@ -70,7 +70,10 @@ private:
     bool carryOut(const PictureSchedule::Step& step);
     void beginPaths(QSize pixels);
     void drawSegments(SegmentRange segments);
-    void drawCoarse();
+    void beginQuickPicture();
+    bool goOnWithQuickPicture();
+    void drawCoarse(SegmentRange segments);
+    void drawTopLayer();
     void learnSpeed(std::uint64_t segments, qint64 nanoseconds);
 
     QOpenGLFunctions_3_3_Core& m_gl;
@@ -86,6 +89,9 @@ private:
     QSizeF m_window;
     std::uint64_t m_segments = 0;
     std::uint64_t m_segmentsASlice = 8192;
+    /** A quick picture is begun, and what is left of its coarse paths. */
+    bool m_isQuickBegun = false;
+    SegmentRange m_coarseLeft;
     bool m_hasPicture = false;
     /** The renderer is set up for the view of the full picture. */
     bool m_begun = false;

@@ -49,7 +49,7 @@ void main()
         point.z -= bead.halfHeight;
         point += section.edge * side;
         // Beads that are hardly wider than a pixel would make patterns that are not there.
-        float detail = smoothstep(0.8, 2.4, length(section.edge) / pixel);
+        float detail = smoothstep(1.0, 4.0, length(section.edge) / pixel);
         vAcross = vec2(side * detail, section.light.y);
     } else {
         if (length2 > 0.0) {
