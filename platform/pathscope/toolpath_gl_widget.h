@@ -24,6 +24,9 @@ class ToolpathScene;
  *
  * Where there is no OpenGL 3.3 the controls are there all the same, and a text says why there is
  * no picture, with layers, size, time and filament in words. Draws only when something changed.
+ *
+ * Made to stand in a window beside other widgets: the toolkit does not paint the controls of one
+ * that is a window itself.
  */
 class PATHSCOPE_EXPORT ToolpathGLWidget : public QGLWidget
 {

@@ -1,5 +1,5 @@
 flat in vec4 vBead;
-noperspective in vec2 vAcross;
+in vec2 vAcross;
 
 out vec4 fColour;
 

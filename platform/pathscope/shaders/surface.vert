@@ -16,7 +16,7 @@ const float kEndOverlap = 0.7;
 // The colour, and the light on the bead's edge.
 flat out vec4 vBead;
 // From -1 to 1 across the bead, and the light on its ridge.
-noperspective out vec2 vAcross;
+out vec2 vAcross;
 
 void main()
 {

@@ -482,6 +482,8 @@ void tst_ToolpathGLWidget::survivesAnotherParent()
     QVERIFY(shown.settle());
     QTRY_VERIFY(shown.settle() && isRed(shown.picture().pixel(onTheWall(shown, 5))));
 
+    // What lies over it would be on the picture of the screen.
+    other.hide();
     shown.window.layout()->addWidget(shown.view);
     shown.view->show();
     QVERIFY(shown.settle());
