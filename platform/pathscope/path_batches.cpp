@@ -9,6 +9,14 @@ namespace {
 
 constexpr std::uint64_t kBatchesAChunk =
     (kSegmentsAChunk + PathBatches::kSegments - 1) / PathBatches::kSegments;
+constexpr float kFar = std::numeric_limits<float>::max();
+constexpr PathBatches::Box kNothing = {{kFar, kFar, kFar}, {-kFar, -kFar, -kFar}};
+
+std::size_t batchOf(std::uint64_t segment)
+{
+    return segment / kSegmentsAChunk * kBatchesAChunk +
+           segment % kSegmentsAChunk / PathBatches::kSegments;
+}
 
 /** The corner of a box that lies farthest along a direction. */
 QVector3D farthestCorner(const QVector3D& min, const QVector3D& max, const QVector4D& direction)
@@ -61,14 +69,13 @@ void PathBatches::append(const Toolpaths& toolpaths, std::uint64_t end)
         box.max = {std::max(box.max.x(), point.x + kBead), std::max(box.max.y(), point.y + kBead),
                    std::max(box.max.z(), point.z + kBead)};
     };
-    constexpr float kFar = std::numeric_limits<float>::max();
     while (m_end < end) {
         const std::uint64_t chunk = m_end / kSegmentsAChunk;
         const std::uint64_t inChunk = m_end % kSegmentsAChunk;
         const std::uint64_t batch = inChunk / kSegments;
         const std::size_t index = chunk * kBatchesAChunk + batch;
         if (index >= m_boxes.size())
-            m_boxes.resize(index + 1, Box{{kFar, kFar, kFar}, {-kFar, -kFar, -kFar}});
+            m_boxes.resize(index + 1, kNothing);
         const std::uint64_t stop = std::min({end, chunk * kSegmentsAChunk + (batch + 1) * kSegments,
                                              (chunk + 1) * kSegmentsAChunk});
         Box& box = m_boxes[index];
@@ -107,6 +114,22 @@ void PathBatches::visit(SegmentRange range, const Frustum& frustum, float thinFr
     }
     if (run.count > 0)
         draw(run);
+}
+
+PathBatches::Box PathBatches::boxAround(SegmentRange range) const
+{
+    Box around = kNothing;
+    range.end = std::min(range.end, m_end);
+    if (range.isEmpty())
+        return around;
+    for (std::size_t batch = batchOf(range.first); batch <= batchOf(range.end - 1); ++batch) {
+        const Box& box = m_boxes[batch];
+        for (int axis = 0; axis < 3; ++axis) {
+            around.min[axis] = std::min(around.min[axis], box.min[axis]);
+            around.max[axis] = std::max(around.max[axis], box.max[axis]);
+        }
+    }
+    return around;
 }
 
 } // namespace pathscope

@@ -34,6 +34,12 @@ private:
 class PathBatches
 {
 public:
+    struct Box
+    {
+        QVector3D min;
+        QVector3D max;
+    };
+
     /** Segments of a batch; the last one of a chunk is one shorter. */
     static constexpr std::uint64_t kSegments = 2048;
 
@@ -62,12 +68,10 @@ public:
     void visit(SegmentRange range, const Frustum& frustum, float thinFrom,
                const std::function<void(const Run&)>& draw) const;
 
+    /** Around the batches that a range touches; turned inside out for an empty range. */
+    Box boxAround(SegmentRange range) const;
+
 private:
-    struct Box
-    {
-        QVector3D min;
-        QVector3D max;
-    };
     /** kBatchesAChunk for each chunk. */
     std::vector<Box> m_boxes;
     std::uint64_t m_end = 0;

@@ -98,14 +98,21 @@ void PictureBuffers::restore(int checkpoint)
     copy(m_checkpoints[checkpoint], m_picture);
 }
 
-void PictureBuffers::finish()
+void PictureBuffers::finish(QRect part)
 {
-    const QSize from = pictureSize();
+    part &= QRect(QPoint(), m_size);
+    if (part.isEmpty())
+        return;
+    const int left = part.left();
+    const int bottom = part.top();
+    const int right = left + part.width();
+    const int top = bottom + part.height();
     m_gl.glBindFramebuffer(GL_READ_FRAMEBUFFER, m_picture.framebuffer);
     m_gl.glBindFramebuffer(GL_DRAW_FRAMEBUFFER, m_finished.framebuffer);
     // Halving with linear filtering takes the mean of four pixels.
-    m_gl.glBlitFramebuffer(0, 0, from.width(), from.height(), 0, 0, m_size.width(), m_size.height(),
-                           GL_COLOR_BUFFER_BIT, m_scale > 1 ? GL_LINEAR : GL_NEAREST);
+    m_gl.glBlitFramebuffer(m_scale * left, m_scale * bottom, m_scale * right, m_scale * top, left,
+                           bottom, right, top, GL_COLOR_BUFFER_BIT,
+                           m_scale > 1 ? GL_LINEAR : GL_NEAREST);
     checkGl(m_gl, "PictureBuffers::finish");
 }
 

@@ -41,8 +41,12 @@ public:
 
     void save(int checkpoint);
     void restore(int checkpoint);
-    /** Takes the picture over into what the window shows. */
-    void finish();
+    /**
+     * Takes the picture over into what the window shows.
+     *
+     * @param part  what is new of it, in device pixels of the window's part from its bottom left
+     */
+    void finish(QRect part);
     void finishQuickPicture();
     /** Puts what was finished last into a framebuffer of the window's, at a place in it. */
     void show(GLuint framebuffer, QPoint bottomLeft);

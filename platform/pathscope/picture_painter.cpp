@@ -225,6 +225,7 @@ bool PicturePainter::carryOut(const PictureSchedule::Step& step)
         return false;
     case Step::Begin:
         m_begun = false;
+        m_changed = QRect(QPoint(), m_buffers.size());
         m_buffers.bindPicture();
         m_ground.draw(pictureView(m_look->camera, m_look->world, m_window, m_buffers.pictureSize(),
                                   m_look->orthographic),
@@ -232,6 +233,7 @@ bool PicturePainter::carryOut(const PictureSchedule::Step& step)
         return false;
     case Step::Restore:
         m_buffers.restore(step.checkpoint);
+        m_changed = QRect(QPoint(), m_buffers.size());
         return false;
     case Step::Save:
         m_buffers.save(step.checkpoint);
@@ -245,11 +247,13 @@ bool PicturePainter::carryOut(const PictureSchedule::Step& step)
         m_begun = true;
         drawSegments(step.segments);
         m_gl.glFinish();
+        m_changed |= placeOf(step.segments);
         learnSpeed(step.segments.count(), clock.nsecsElapsed());
         return false;
     }
     case Step::Show:
-        m_buffers.finish();
+        m_buffers.finish(m_changed);
+        m_changed = QRect();
         m_hasPicture = true;
         return true;
     }
@@ -351,6 +355,31 @@ void PicturePainter::drawTopLayer()
     const long coarse = m_coarse.part(std::size_t(first), std::size_t(last)).lastLayer;
     m_renderer.setFactors(1, float(std::max(1L, last - std::max(coarse, first - 1))));
     drawSegments(top);
+}
+
+/** All that may have been drawn of them, in pixels of the window's part from its bottom left. */
+QRect PicturePainter::placeOf(SegmentRange segments) const
+{
+    const QRect all(QPoint(), m_buffers.size());
+    const PathBatches::Box box = m_renderer.batches().boxAround(segments);
+    const PictureView view = pictureView(m_look->camera, m_look->world, m_window, m_buffers.size(),
+                                         m_look->orthographic);
+    QRectF place;
+    for (unsigned corner = 0; corner < 8; ++corner) {
+        const QVector4D clip =
+            view.viewProjection * QVector4D((corner & 1U) != 0 ? box.max.x() : box.min.x(),
+                                            (corner & 2U) != 0 ? box.max.y() : box.min.y(),
+                                            (corner & 4U) != 0 ? box.max.z() : box.min.z(), 1);
+        if (!(clip.w() > 0))
+            return all;
+        const QPointF at((clip.x() / clip.w() + 1) / 2 * float(all.width()),
+                         (clip.y() / clip.w() + 1) / 2 * float(all.height()));
+        place |= QRectF(at, QSizeF(1, 1));
+    }
+    // Marks of retractions are as wide as a few pixels wherever they are.
+    constexpr int kMargin = 6;
+    const QRectF held = place & QRectF(all);
+    return held.toAlignedRect().adjusted(-kMargin, -kMargin, kMargin, kMargin) & all;
 }
 
 /** So that a slice takes about as long as it should, whatever draws. */

@@ -74,6 +74,7 @@ private:
     bool goOnWithQuickPicture();
     void drawCoarse(SegmentRange segments);
     void drawTopLayer();
+    QRect placeOf(SegmentRange segments) const;
     void learnSpeed(std::uint64_t segments, qint64 nanoseconds);
 
     QOpenGLFunctions_3_3_Core& m_gl;
@@ -93,6 +94,8 @@ private:
     bool m_isQuickBegun = false;
     SegmentRange m_coarseLeft;
     bool m_hasPicture = false;
+    /** Where the picture is another than the finished one, in pixels of the window's part. */
+    QRect m_changed;
     /** The renderer is set up for the view of the full picture. */
     bool m_begun = false;
 };

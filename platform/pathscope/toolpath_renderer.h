@@ -57,6 +57,8 @@ public:
     void draw(SegmentRange segments);
     void drawCoarse(SegmentRange segments);
 
+    /** Of the points that were uploaded. */
+    const PathBatches& batches() const { return m_batches; }
     std::uint64_t uploadedBytes() const { return m_uploadedBytes; }
     /** Segments handed to OpenGL so far, the hidden ones among them. */
     std::uint64_t drawnSegments() const { return m_drawnSegments; }

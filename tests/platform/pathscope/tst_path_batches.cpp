@@ -60,6 +60,7 @@ private slots:
     void neverLeavesOutWhatIsSeen();
     void growsWithTheFile();
     void tellsThinFromThick();
+    void theBoxOfARangeHoldsIt();
 };
 
 void tst_PathBatches::hasNothingToShowAtFirst()
@@ -165,6 +166,25 @@ void tst_PathBatches::tellsThinFromThick()
 
     QCOMPARE(thin + thick, paths->segmentCount);
     QVERIFY(std::abs(double(thick) - 70'000) < 2 * PathBatches::kSegments);
+}
+
+void tst_PathBatches::theBoxOfARangeHoldsIt()
+{
+    const auto paths = lines(70'000);
+    PathBatches batches;
+    batches.append(*paths, paths->segmentCount);
+
+    for (const SegmentRange range :
+         {SegmentRange{0, 1}, SegmentRange{4000, 4200}, SegmentRange{131'000, 131'200}}) {
+        const PathBatches::Box box = batches.boxAround(range);
+        for (std::uint64_t segment = range.first; segment < range.end; ++segment) {
+            const PathPoint& end = paths->endOf(segment);
+            QVERIFY(box.min.x() <= end.x && end.x <= box.max.x());
+            QVERIFY(box.min.y() <= end.y && end.y <= box.max.y());
+        }
+        QVERIFY(box.max.y() - box.min.y() < 3 * PathBatches::kSegments);
+    }
+    QVERIFY(batches.boxAround({5, 5}).min.x() > batches.boxAround({5, 5}).max.x());
 }
 
 QTEST_APPLESS_MAIN(tst_PathBatches)
