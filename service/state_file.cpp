@@ -1,13 +1,17 @@
 #include "state_file.h"
 
+#include "system.h"
+
 #include <rpcwire/json_text.h>
 #include <trovek/log.h>
 #include <trovek/text.h>
 
 #include <QFile>
-#include <QSaveFile>
+#include <QFileInfo>
 
+#include <filesystem>
 #include <string>
+#include <system_error>
 
 namespace trovek::service {
 
@@ -42,11 +46,23 @@ bool writeStateFile(const QString& path, const Json::Value& value)
 
 bool writeStateBytes(const QString& path, const QByteArray& bytes)
 {
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())
-        return true;
-    TROVEK_LOG(0) << "Cannot write " << toStdString(path) << ": " << toStdString(file.errorString())
+    // One name for a whole folder: what a kill leaves there goes with the next write.
+    QFile file(QFileInfo(path).path() + QStringLiteral("/unfinished"));
+    QString error;
+    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.flush() &&
+        syncToDisk(file)) {
+        file.close();
+        std::error_code problem;
+        std::filesystem::rename(file.fileName().toStdU16String(), path.toStdU16String(), problem);
+        if (!problem)
+            return true;
+        error = QString::fromStdString(problem.message());
+    } else {
+        error = file.errorString();
+    }
+    TROVEK_LOG(0) << "Cannot write " << toStdString(path) << ": " << toStdString(error)
                   << std::endl;
+    file.remove();
     return false;
 }
 

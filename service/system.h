@@ -6,6 +6,8 @@
 
 #include <memory>
 
+class QFileDevice;
+
 namespace trovek::service {
 
 /**
@@ -20,6 +22,9 @@ void makePrivateFolder(const QString& path);
 /** Writes a file anew that only its owner can read, at no moment anybody else. @return false on
  * failure */
 bool writePrivateFile(const QString& path, const QByteArray& bytes);
+
+/** Returns when what was written and flushed is on the disk. @return false on failure */
+bool syncToDisk(const QFileDevice& file);
 
 /** True for a socket file that nobody listens on any more or still listens on; not for other files.
  */

@@ -81,6 +81,12 @@ bool writePrivateFile(const QString& path, const QByteArray& bytes)
     return ::close(descriptor) == 0 && written;
 }
 
+bool syncToDisk(const QFileDevice& file)
+{
+    // Some file systems know no such thing.
+    return ::fsync(file.handle()) == 0 || errno == EINVAL;
+}
+
 bool isSocketFile(const QString& path)
 {
     struct stat info = {};

@@ -43,6 +43,12 @@ bool writePrivateFile(const QString& path, const QByteArray& bytes)
     return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.flush();
 }
 
+// Renaming is journaled with the data here.
+bool syncToDisk(const QFileDevice&)
+{
+    return true;
+}
+
 // A local socket is a named pipe here and leaves no file.
 bool isSocketFile(const QString&)
 {

@@ -370,6 +370,14 @@ void tst_OnboardMemory::aKilledServiceLeavesTheOldOrTheNew()
         for (const EepromBackup& backup : memory.backups())
             memory.readBackup(backup.name);
     }
+    // However often it was killed, nothing has piled up.
+    const QDir state(folder.path());
+    const QStringList known = {QStringLiteral("backups"), QStringLiteral("memory.bin"),
+                               QStringLiteral("state.json"), QStringLiteral("unfinished")};
+    for (const QString& name : state.entryList(QDir::AllEntries | QDir::NoDotAndDotDot))
+        QVERIFY2(known.contains(name), qPrintable(name));
+    const int files = QDir(state.filePath(QStringLiteral("backups"))).entryList(QDir::Files).size();
+    QVERIFY2(files <= OnboardBackups::kKept + 2, qPrintable(QString::number(files)));
 }
 
 int main(int argc, char** argv)
