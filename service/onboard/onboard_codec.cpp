@@ -4,6 +4,7 @@
 #include <QtEndian>
 
 #include <algorithm>
+#include <cfloat>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -77,6 +78,12 @@ QByteArray bytesOfReal(Real number)
     return bytesOf(bits);
 }
 
+/** What is told of the largest one is above what a conversion takes. */
+float singleOf(double number)
+{
+    return static_cast<float>(std::clamp(number, -double(FLT_MAX), double(FLT_MAX)));
+}
+
 template <typename Bits, typename Real>
 std::optional<Json::Value> realOf(const QByteArray& bytes)
 {
@@ -138,7 +145,7 @@ QByteArray encodeElement(const Json::Value& value, const OnboardEntry& entry)
     case 'q':
         return bytesOf(static_cast<qint64>(value.asInt64()));
     case 'f':
-        return bytesOfReal<quint32>(static_cast<float>(value.asDouble()));
+        return bytesOfReal<quint32>(singleOf(value.asDouble()));
     case 'd':
         return bytesOfReal<quint64>(value.asDouble());
     default:

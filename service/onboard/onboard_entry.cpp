@@ -29,6 +29,8 @@ struct TypeTraits
 };
 
 constexpr double kTwoTo63 = 9223372036854775808.0;
+// FLT_MAX as it is told, a little above it.
+constexpr double kLargestSingle = 3.4028235e38;
 constexpr TypeTraits kTypes[] = {
     {'B', 1, 0, 255},
     {'b', 1, -128, 127},
@@ -37,7 +39,7 @@ constexpr TypeTraits kTypes[] = {
     {'I', 4, 0, 4294967295.0},
     {'i', 4, -2147483648.0, 2147483647},
     {'q', 8, -kTwoTo63, kTwoTo63},
-    {'f', 4, -double(FLT_MAX), double(FLT_MAX)},
+    {'f', 4, -kLargestSingle, kLargestSingle},
     {'d', 8, -DBL_MAX, DBL_MAX},
     {'s', kTextBytes, 0, 0},
 };
