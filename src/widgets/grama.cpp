@@ -317,7 +317,9 @@ std::shared_ptr<GramaItem> Grama::addRow(QWidget* const label, QWidget* const fi
     }
     const int row = parent ? d->rowOf(*parent) + 1 : d->layout->rowCount();
     const std::shared_ptr<GramaItem> item = d->makeItem(parent ? *parent : *d->root, label, field);
-    VisibilityChange change(d->layout);
+    // Rows come in bunches: a form that was laid out for each would take the square of their
+    // number.
+    VisibilityChange change(d->layout, VisibilityChange::Later);
     d->insert(*item, row, change);
     d->countRow(*item);
     d->judgeSeparatorsAround(*item, change);

@@ -7,9 +7,10 @@
 
 namespace trovek {
 
-VisibilityChange::VisibilityChange(QLayout* layout)
+VisibilityChange::VisibilityChange(QLayout* layout, LayOut layOut)
     : m_layout(layout)
     , m_form(layout->parentWidget())
+    , m_layOut(layOut)
 {}
 
 VisibilityChange::~VisibilityChange()
@@ -19,10 +20,14 @@ VisibilityChange::~VisibilityChange()
     m_layout->setEnabled(true);
     if (!m_form->isVisible())
         return;
-    m_layout->activate();
-    // A scroll bar that comes or goes makes every row narrower or wider, which asks again.
-    QCoreApplication::sendPostedEvents(m_form->parentWidget(), QEvent::LayoutRequest);
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::UpdateLater);
+    if (m_layOut == AtOnce) {
+        m_layout->activate();
+        // A scroll bar that comes or goes makes every row narrower or wider, which asks again.
+        QCoreApplication::sendPostedEvents(m_form->parentWidget(), QEvent::LayoutRequest);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::UpdateLater);
+    } else {
+        m_layout->update();
+    }
     for (QWidget* widget : m_silent)
         widget->setAttribute(Qt::WA_UpdatesDisabled, false);
     m_form->update();

@@ -17,8 +17,12 @@ namespace trovek {
 class VisibilityChange
 {
 public:
+    /** When a form that is shown is laid out: at the end, or once for all changes until it paints.
+     */
+    enum LayOut { AtOnce, Later };
+
     /** @param layout that of the form, whose rows are its widget's children */
-    explicit VisibilityChange(QLayout* layout);
+    explicit VisibilityChange(QLayout* layout, LayOut layOut = AtOnce);
     ~VisibilityChange();
 
     VisibilityChange(const VisibilityChange&) = delete;
@@ -32,6 +36,7 @@ private:
 
     QLayout* const m_layout;
     QWidget* const m_form;
+    const LayOut m_layOut;
     std::vector<QWidget*> m_silent;
     bool m_isRunning = false;
 };

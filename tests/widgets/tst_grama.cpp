@@ -55,6 +55,29 @@ bool paintsSomething(QWidget* widget)
     return false;
 }
 
+/** Counts the events of one type that a widget gets. */
+class EventCounter : public QObject
+{
+public:
+    EventCounter(QWidget* widget, QEvent::Type type)
+        : m_type(type)
+    {
+        widget->installEventFilter(this);
+    }
+
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        count += event->type() == m_type ? 1 : 0;
+        return false;
+    }
+
+private:
+    const QEvent::Type m_type;
+};
+
 /** "T(B, A(X)), U" as it is shown: children in reverse, the line of each below its children. */
 void appendExpected(const Item& item, QStringList* rows)
 {
@@ -90,6 +113,7 @@ private slots:
     void showsAnArrowOnlyWithChildren();
     void announcesACollapse();
     void showsARowThatIsAddedWhileShown();
+    void laysOutAShownFormOnceForManyRows();
     void showsANewChildOfACollapsedRow();
     void keepsAFieldThatItsOwnerHid();
     void laysOutAShownFormAfterACollapse();
@@ -422,6 +446,25 @@ void tst_Grama::showsARowThatIsAddedWhileShown()
     QVERIFY(child->field()->isVisible());
     QCOMPARE(FormRows(form).shown(), words("P A --"));
     QTRY_VERIFY(child->leftContainer()->y() >= parent->leftContainer()->geometry().bottom());
+}
+
+void tst_Grama::laysOutAShownFormOnceForManyRows()
+{
+    TestLog log;
+    Grama form;
+    const Item parent = add(form, "P");
+    form.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&form));
+    EventCounter resizes(form.widget(), QEvent::Resize);
+
+    for (int i = 0; i < 50; ++i)
+        add(form, QString::number(i), i % 2 ? parent : nullptr);
+    const Item last = add(form, "Q");
+    QCOMPARE(resizes.count, 0);
+
+    QTRY_VERIFY(last->leftContainer()->y() > 50 * parent->leftContainer()->height());
+    QCOMPARE(last->field()->x(), parent->field()->x());
+    QVERIFY2(resizes.count <= 3, qPrintable(QString::number(resizes.count)));
 }
 
 void tst_Grama::showsANewChildOfACollapsedRow()
