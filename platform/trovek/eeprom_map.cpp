@@ -66,8 +66,13 @@ void normalizeEntry(Json::Value& entry)
             element = inKind(element, kind);
     }
     if (entry.isMember("sub_map") && entry["sub_map"].isObject()) {
-        for (Json::Value& child : entry["sub_map"])
-            normalizeEntry(child);
+        Json::Value& children = entry["sub_map"];
+        for (auto child = children.begin(); child != children.end(); ++child) {
+            // Children may be wrapped twice; the entry is then what is inside.
+            const bool isWrapper =
+                child.name() == "sub_map" && child->isObject() && child->isMember("sub_map");
+            normalizeEntry(isWrapper ? (*child)["sub_map"] : *child);
+        }
     }
 }
 

@@ -61,6 +61,9 @@ private slots:
     void tellsOfEveryEdit();
     void refusesAParentThatHasNoRow();
     void addsEntriesOfOtherDocuments();
+    void keepsFractionsOfWrappedEntries();
+    void showsEveryLanguage_data();
+    void showsEveryLanguage();
     void showsNothingForAnEntryThatIsMissing();
 };
 
@@ -656,6 +659,62 @@ void tst_EepromGrama::addsEntriesOfOtherDocuments()
     // Its document is none of the form's two.
     QVERIFY(!form.isModified());
     QCOMPARE(form.changedCount(), 0);
+}
+
+void tst_EepromGrama::keepsFractionsOfWrappedEntries()
+{
+    TestLog log;
+    // A whole number is written without a point, and yet is a real.
+    const EepromGrama form(documentOf(R"("g": {"sub_map": {"sub_map": {"sub_map":
+        {"sub_map": {"a": {"offset": 0, "type": "f", "value": [1]}}}}}})"));
+    auto* box = qobject_cast<JsonSpinBox*>(editorOf(form, "A"));
+
+    box->setValue(1.5);
+
+    QCOMPARE(box->value(), 1.5);
+    const Json::Value map = form.map();
+    const Json::Value& inner = map["eeprom_map"]["g"]["sub_map"]["sub_map"]["sub_map"]["sub_map"];
+    QVERIFY(inner["a"]["value"][0] == Json::Value(1.5));
+}
+
+void tst_EepromGrama::showsEveryLanguage_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("label");
+
+    const auto row = [](const char* language, const char* name, const char* label) {
+        QTest::newRow(language) << QString::fromUtf8(name) << QString::fromUtf8(label);
+    };
+    row("Russian", "смещение_дома", "Смещение Дома");
+    row("Greek", "άξονας", "Άξονας");
+    row("Arabic", "درجة_الحرارة", "درجة الحرارة");
+    row("Hebrew with vowels", "שָׁלוֹם", "שָׁלוֹם");
+    row("Thai", "อุณหภูมิ", "อุณหภูมิ");
+    row("Japanese", "原点_オフセット", "原点 オフセット");
+    row("a picture of several code points", "👩‍🔧_a", "👩‍🔧 A");
+}
+
+void tst_EepromGrama::showsEveryLanguage()
+{
+    TestLog log;
+    QFETCH(QString, name);
+    QFETCH(QString, label);
+    const QByteArray utf8 = name.toUtf8();
+    const Json::Value document =
+        documentOf('"' + utf8 + R"(": {"offset": 0, "type": "B", "value": [1], "unit": ")" + utf8 +
+                   R"(", "tooltip": ")" + utf8 + "\"}");
+    EepromGrama form(document);
+    form.show();
+
+    QCOMPARE(FormRows(form).shown(), QStringList({label, QStringLiteral("--")}));
+    const QLayout* layout = FormRows(form).field(0)->layout();
+    QCOMPARE(qobject_cast<JsonSpinBox*>(layout->itemAt(0)->widget())->suffix(),
+             QLatin1Char(' ') + name);
+    QCOMPARE(qobject_cast<QLabel*>(layout->itemAt(1)->widget())->text(), name);
+    form.filterByText(name);
+    QCOMPARE(FormRows(form).shown(), QStringList({label, QStringLiteral("--")}));
+    form.resetToMap(document);
+    QVERIFY(form.map() == document);
 }
 
 void tst_EepromGrama::showsNothingForAnEntryThatIsMissing()
