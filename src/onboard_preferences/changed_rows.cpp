@@ -1,6 +1,7 @@
 #include "onboard_preferences/changed_rows.h"
 
 #include "onboard_preferences/eeprom_entry.h"
+#include "onboard_preferences/eeprom_merge.h"
 #include "onboard_preferences/entry_label.h"
 #include "trovek-ui/eeprom_grama.h"
 
@@ -50,14 +51,14 @@ bool ChangedRows::restDiffers(const Json::Value& map, const Json::Value& referen
 {
     // The elements keep their places in memory: only what holds them changes hands.
     swapChangedValues();
-    const bool differs = map != reference;
+    const bool differs = !isSameDocument(map, reference);
     swapChangedValues();
     return differs;
 }
 
 void ChangedRows::followRow(Row& row)
 {
-    const bool changed = *row.values != row.reference;
+    const bool changed = !isSameDocument(*row.values, row.reference);
     if (changed == row.changed)
         return;
     row.changed = changed;

@@ -44,6 +44,15 @@ void checkKind(bool fits)
         throw std::runtime_error("Wrong type of value");
 }
 
+/** As a combo box reads them: "07" and " 7" are 7. */
+bool isAmong(const QStringList& allowed, qlonglong number)
+{
+    return std::any_of(allowed.begin(), allowed.end(), [number](const QString& text) {
+        bool ok = false;
+        return text.toLongLong(&ok) == number && ok;
+    });
+}
+
 QString readableElement(const EepromEntry& entry, const Json::Value& element)
 {
     if (element.isString())
@@ -197,8 +206,7 @@ void checkElement(const EepromEntry& entry, const Json::Value& element)
     }
     if (isListOfValues(entry.constraints)) {
         checkKind(element.type() == Json::intValue);
-        const QString value = QString::number(element.asInt64());
-        if (!allowedValues(entry.constraints).contains(value))
+        if (!isAmong(allowedValues(entry.constraints), element.asInt64()))
             throw std::runtime_error("Value out of range");
         return;
     }

@@ -4,6 +4,7 @@
 
 #include <trovek/text.h>
 
+#include <cmath>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -55,12 +56,12 @@ bool mergeOne(Json::Value& destination, const Json::Value& source)
 
 void checkLeaf(const std::string& name, const Json::Value& present, const Json::Value& loaded)
 {
-    if (present["value"] == loaded["value"])
+    if (isSameDocument(present["value"], loaded["value"]))
         return;
     try {
         const EepromEntry entry = readEepromEntry(&loaded);
         for (Json::ArrayIndex i = 0; i < loaded["value"].size(); ++i) {
-            if (loaded["value"][i] != present["value"][i])
+            if (!isSameDocument(loaded["value"][i], present["value"][i]))
                 checkElement(entry, loaded["value"][i]);
         }
     } catch (const std::exception& e) {
@@ -68,7 +69,37 @@ void checkLeaf(const std::string& name, const Json::Value& present, const Json::
     }
 }
 
+bool isNan(const Json::Value& value)
+{
+    return value.type() == Json::realValue && std::isnan(value.asDouble());
+}
+
+bool haveSameMembers(const Json::Value& first, const Json::Value& second)
+{
+    auto other = second.begin();
+    for (auto member = first.begin(); member != first.end(); ++member, ++other) {
+        if (member.name() != other.name() || !isSameDocument(*member, *other))
+            return false;
+    }
+    return true;
+}
+
 } // namespace
+
+bool isSameDocument(const Json::Value& first, const Json::Value& second)
+{
+    if (first.type() != second.type() || first.size() != second.size())
+        return false;
+    if (first.isObject())
+        return haveSameMembers(first, second);
+    if (!first.isArray())
+        return first == second || (isNan(first) && isNan(second));
+    for (Json::ArrayIndex i = 0; i < first.size(); ++i) {
+        if (!isSameDocument(first[i], second[i]))
+            return false;
+    }
+    return true;
+}
 
 // Both walks keep their own stack: a document may be nested more deeply than the thread's.
 

@@ -14,6 +14,9 @@ namespace trovek {
  */
 void mergeValues(Json::Value& destination, const Json::Value& source);
 
+/** Whether two documents are equal; what is not a number equals itself here. */
+bool isSameDocument(const Json::Value& first, const Json::Value& second);
+
 /**
  * Checks that every element of `loaded` that differs from the one in `present` could have been
  * entered by a user. Both have the same structure.

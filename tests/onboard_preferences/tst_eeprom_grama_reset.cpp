@@ -67,7 +67,12 @@ private slots:
     void takesOnlyValues();
     void refusesAnotherStructure_data();
     void refusesAnotherStructure();
+    void keepsWhatWasTakenBeforeTheFailure_data();
     void keepsWhatWasTakenBeforeTheFailure();
+    void isUnmodifiedAfterAResetToOddNumbers_data();
+    void isUnmodifiedAfterAResetToOddNumbers();
+    void takesAMapThatLooksLikeAnEntry();
+    void takesChildrenThatLookLikeAnEntry();
     void isUnmodifiedAgainAfterAFailure();
     void resetsAlsoWhatHasNoRow();
     void survivesItsDestructionInTheReset();
@@ -78,6 +83,7 @@ private slots:
     void showsOnlyWhatIsChanged();
     void loadsEdits();
     void loadsNumbersOfAnotherKind();
+    void loadsChoicesHoweverTheyAreWritten();
     void refusesToLoad_data();
     void refusesToLoad();
     void loadsWhatTheMachineHasWhateverItIs();
@@ -85,6 +91,7 @@ private slots:
     void isUnmodifiedWhileItsEditorsAreReset();
     void isModifiedExactlyWhenTheMapsDiffer();
     void takesDeepDocuments();
+    void takesManyEntries();
     void takesLargeDocuments();
     void takesHostileDocuments();
 };
@@ -195,18 +202,34 @@ void tst_EepromGramaReset::refusesAnotherStructure()
     QVERIFY(form.map() == document);
 }
 
+void tst_EepromGramaReset::keepsWhatWasTakenBeforeTheFailure_data()
+{
+    QTest::addColumn<QByteArray>("other");
+    QTest::addColumn<QByteArray>("text");
+
+    QTest::newRow("a group of another name")
+        << QByteArray(R"("bb": {"sub_map": {}})") << QByteArray("Member name mismatch");
+    QTest::newRow("an entry more in a group")
+        << QByteArray(R"("b": {"sub_map": {"d": {"offset": 0, "type": "B", "value": [1]}}})")
+        << QByteArray("Member size mismatch");
+}
+
 void tst_EepromGramaReset::keepsWhatWasTakenBeforeTheFailure()
 {
     TestLog log;
-    EepromGrama form(documentOf(R"("a": {"offset": 0, "type": "B", "value": [1]},
-                                   "b": {}, "c": {"offset": 0, "type": "B", "value": [1]})"));
-    const Json::Value other = documentOf(R"("a": {"offset": 0, "type": "B", "value": [2]},
-                                   "bb": {}, "c": {"offset": 0, "type": "B", "value": [2]})");
+    QFETCH(QByteArray, other);
+    QFETCH(QByteArray, text);
+    EepromGrama form(
+        documentOf(R"("a": {"offset": 0, "type": "B", "value": [1]}, "b": {"sub_map": {}},
+                      "c": {"offset": 0, "type": "B", "value": [1]})"));
+    const Json::Value document =
+        documentOf(R"("a": {"offset": 0, "type": "B", "value": [2]},)" + other +
+                   R"(, "c": {"offset": 0, "type": "B", "value": [2]})");
     QList<bool> modified;
     connect(&form, &EepromGrama::mapReset, this, [&] { modified.append(form.isModified()); });
 
-    log.expectError("Member name mismatch");
-    QCOMPARE(thrownText([&] { form.resetToMap(other); }), std::string("Member name mismatch"));
+    log.expectError(text.constData());
+    QCOMPARE(thrownText([&] { form.resetToMap(document); }), text.toStdString());
 
     QCOMPARE(boxOf(form, "A")->value(), 2.0);
     QCOMPARE(boxOf(form, "C")->value(), 1.0);
@@ -217,6 +240,85 @@ void tst_EepromGramaReset::keepsWhatWasTakenBeforeTheFailure()
     QVERIFY(!isMarked(form, "C"));
     QCOMPARE(log.sink().entries().back().file,
              std::string("src\\onboard_preferences\\eeprom_grama"));
+}
+
+void tst_EepromGramaReset::isUnmodifiedAfterAResetToOddNumbers_data()
+{
+    QTest::addColumn<double>("number");
+    QTest::addColumn<QByteArray>("type");
+
+    using Limits = std::numeric_limits<double>;
+    QTest::newRow("not a number") << Limits::quiet_NaN() << QByteArray("d");
+    QTest::newRow("not a number, without an editor") << Limits::quiet_NaN() << QByteArray("x");
+    QTest::newRow("infinity") << Limits::infinity() << QByteArray("f");
+    QTest::newRow("minus infinity") << -Limits::infinity() << QByteArray("d");
+    QTest::newRow("the smallest number") << Limits::denorm_min() << QByteArray("d");
+}
+
+void tst_EepromGramaReset::isUnmodifiedAfterAResetToOddNumbers()
+{
+    TestLog log;
+    log.allowErrors("Invalid type: x");
+    QFETCH(double, number);
+    QFETCH(QByteArray, type);
+    const Json::Value plain =
+        documentOf("\"e\": {\"offset\": 0, \"type\": \"" + type + "\", \"value\": [1.5]}");
+    Json::Value odd = plain;
+    valuesOf(odd, "e")[0] = number;
+    EepromGrama form(plain);
+
+    form.resetToMap(odd);
+    QVERIFY(!form.isModified());
+    QCOMPARE(form.changedCount(), 0);
+    form.loadEdits(odd);
+    QVERIFY(!form.isModified());
+    form.resetToMap(plain);
+    QVERIFY(!form.isModified());
+    QVERIFY(form.map() == plain);
+}
+
+void tst_EepromGramaReset::takesAMapThatLooksLikeAnEntry()
+{
+    TestLog log;
+    const QByteArray entry = R"({"offset": 0, "type": "B", "value": [1]})";
+    const Json::Value document = parse("{\"eeprom_map\": {\"offset\": " + entry +
+                                       ", \"type\": " + entry + ", \"value\": " + entry + "}}");
+    EepromGrama form(document);
+    QCOMPARE(FormRows(form).all(), words("Offset|--|Type|--|Value|--"));
+    boxOf(form, "Type")->setValue(7);
+    QCOMPARE(form.changedCount(), 1);
+
+    // Its "value" is no array, and the map counts as one entry.
+    log.expectError("Value size mismatch");
+    QCOMPARE(thrownText([&] { form.resetToMap(document); }), std::string("Value size mismatch"));
+    QCOMPARE(thrownText([&] { form.loadEdits(document); }), std::string("Value size mismatch"));
+    QVERIFY(form.isModified());
+    QCOMPARE(boxOf(form, "Type")->value(), 7.0);
+}
+
+void tst_EepromGramaReset::takesChildrenThatLookLikeAnEntry()
+{
+    TestLog log;
+    const auto document = [](const char* own, const char* child) {
+        return documentOf(QByteArray(R"("g": {"sub_map": {"offset": 0, "type": "B", "value": [)") +
+                          own + R"(], "z": {"offset": 0, "type": "B", "value": [)" + child +
+                          "]}}}");
+    };
+    EepromGrama form(document("1", "1"));
+    QCOMPARE(FormRows(form).all(), words("G|Z|--|Value|--|Type|--|--"));
+    form.resetToMap(document("1", "1"));
+    QVERIFY(!form.isModified());
+
+    // Only what such an entry holds is taken; its children keep their values, as edits.
+    form.resetToMap(document("2", "2"));
+    QVERIFY(form.map() == document("2", "1"));
+    QCOMPARE(boxOf(form, "Z")->value(), 1.0);
+    QVERIFY(form.isModified());
+
+    boxOf(form, "Z")->setValue(2);
+    QVERIFY(form.map() == document("2", "2"));
+    form.resetToMap(document("2", "2"));
+    QVERIFY(!form.isModified());
 }
 
 void tst_EepromGramaReset::isUnmodifiedAgainAfterAFailure()
@@ -420,6 +522,21 @@ void tst_EepromGramaReset::loadsNumbersOfAnotherKind()
     QCOMPARE(map["eeprom_map"]["h"]["type"].asString(), std::string("H"));
 }
 
+void tst_EepromGramaReset::loadsChoicesHoweverTheyAreWritten()
+{
+    TestLog log;
+    Json::Value document =
+        documentOf(R"("e": {"offset": 0, "type": "B", "value": [1], "constraints": "l, 1, 2,03"})");
+    EepromGrama form(document);
+
+    for (const int choice : {2, 3}) {
+        valuesOf(document, "e")[0] = choice;
+        form.loadEdits(document);
+        QVERIFY(form.map() == document);
+        QCOMPARE(qobject_cast<EepromComboBox*>(editorOf(form, "E"))->currentIndex(), choice - 1);
+    }
+}
+
 void tst_EepromGramaReset::refusesToLoad_data()
 {
     QTest::addColumn<QByteArray>("entry");
@@ -576,6 +693,29 @@ void tst_EepromGramaReset::takesDeepDocuments()
     (*group)["value"][0] = 2;
     form.loadEdits(document);
     QVERIFY(form.isModified());
+    form.resetToMap(document);
+    QVERIFY(!form.isModified());
+}
+
+void tst_EepromGramaReset::takesManyEntries()
+{
+    TestLog log;
+    constexpr int kEntryCount = 5000;
+    Json::Value document(Json::objectValue);
+    for (int i = 0; i < kEntryCount; ++i) {
+        Json::Value& entry = document["eeprom_map"]["e" + std::to_string(i)];
+        entry["offset"] = i;
+        entry["type"] = "B";
+        entry["value"][0] = i % 200;
+    }
+
+    EepromGrama form(document);
+    QCOMPARE(FormRows(form).layout()->rowCount(), 2 * kEntryCount);
+    valuesOf(document, "e4999")[0] = 7;
+    form.loadEdits(document);
+    QCOMPARE(form.changedCount(), 1);
+    form.setShowChangedOnly(true);
+    QCOMPARE(FormRows(form).shown(), words("E4999|--"));
     form.resetToMap(document);
     QVERIFY(!form.isModified());
 }
