@@ -82,6 +82,10 @@ function(trovek_add_test name)
     TIMEOUT ${arg_TIMEOUT}
     LABELS "${arg_LABELS}"
     ENVIRONMENT "QT_QPA_PLATFORM=${platform};LC_ALL=C.UTF-8;QT_LOGGING_RULES=qt.qpa.*=false")
+  if(NOT arg_X11)
+    # The offscreen platform would borrow OpenGL from a display that happens to be there.
+    set_tests_properties(${name} PROPERTIES ENVIRONMENT_MODIFICATION DISPLAY=unset:)
+  endif()
   if(TROVEK_SANITIZE)
     math(EXPR arg_TIMEOUT "${arg_TIMEOUT} * 4")
     set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT})

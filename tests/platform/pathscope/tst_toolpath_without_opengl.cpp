@@ -60,7 +60,7 @@ void tst_ToolpathWithoutOpenGL::tellsTheFileInWords()
     QVERIFY2(notice.contains(QStringLiteral("Layers: 50\n")), qPrintable(notice));
     QVERIFY2(notice.contains(QStringLiteral("Size: 20.8 x 20.8 x 10.0 mm\n")), qPrintable(notice));
     QVERIFY2(notice.contains(QStringLiteral("Time: ")), qPrintable(notice));
-    QVERIFY2(notice.contains(QStringLiteral("0.20 m")), qPrintable(notice));
+    QVERIFY2(notice.contains(QStringLiteral("0.20\u00a0m")), qPrintable(notice));
 }
 
 void tst_ToolpathWithoutOpenGL::theControlsWork()
