@@ -73,6 +73,19 @@ QString readableElement(const EepromEntry& entry, const Json::Value& element)
     return axes.isEmpty() ? EepromText::tr("none") : axes.join(QStringLiteral(", "));
 }
 
+/** What a machine may hold, which at some ends is more than the form lets a user enter. */
+NumberRange storedRange(const EepromEntry& entry)
+{
+    if (entry.isFloatingPoint)
+        return {-128.0, 127.0 + 255.0 / 256.0};
+    const NumberRange offered = rangeOfType(entry.type);
+    if (entry.type == 'h')
+        return {-32768.0, offered.second};
+    // With the fewest digits that stand for it the largest single is told a little above itself.
+    constexpr double largestSingle = 3.4028235e38;
+    return entry.type == 'f' ? NumberRange(-largestSingle, largestSingle) : offered;
+}
+
 } // namespace
 
 bool isEepromLeaf(const Json::Value& json)
@@ -214,7 +227,7 @@ void checkElement(const EepromEntry& entry, const Json::Value& element)
         checkKind(element.type() == Json::realValue);
     else
         checkKind(element.type() == (entry.type == 'I' ? Json::uintValue : Json::intValue));
-    const NumberRange range = entry.isFloatingPoint ? fixedPointRange() : rangeOfType(entry.type);
+    const NumberRange range = storedRange(entry);
     if (!(element.asDouble() >= range.first && element.asDouble() <= range.second))
         throw std::runtime_error("Value out of range");
 }

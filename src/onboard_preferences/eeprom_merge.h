@@ -19,10 +19,10 @@ bool isSameDocument(const Json::Value& first, const Json::Value& second);
 
 /**
  * Checks that every element of `loaded` that differs from the one in `present` could have been
- * entered by a user. Both have the same structure.
+ * entered by a user or read from a machine. Both have the same structure.
  *
  * @throws std::runtime_error "Wrong type of value: " or "Value out of range: " and the label of the
- *         first entry that could not
+ *         first entry that could not be
  */
 void checkLoadedValues(const Json::Value& present, const Json::Value& loaded);
 

@@ -36,6 +36,8 @@ private slots:
     void refusesAFile();
     void namesTheValueThatAFileHasWrong_data();
     void namesTheValueThatAFileHasWrong();
+    void takesWhatAPrinterMayHold_data();
+    void takesWhatAPrinterMayHold();
     void remembersTheFolderAndTheWindow();
     void remembersNothingWithoutSettings();
     void goesToTheFilter();
@@ -249,6 +251,45 @@ void tst_OnboardPreferencesSources::namesTheValueThatAFileHasWrong()
     world.click("loadFromFileButton");
     QVERIFY(!world.grama().isModified());
     QCOMPARE(world.grama().map().toStyledString(), sampleMap().toStyledString());
+}
+
+void tst_OnboardPreferencesSources::takesWhatAPrinterMayHold_data()
+{
+    QTest::addColumn<QString>("entry");
+    QTest::addColumn<QString>("value");
+
+    QTest::newRow("the largest fixed-point number")
+        << text("nozzle_diameter") << text("127.99609375");
+    QTest::newRow("the least fixed-point number") << text("nozzle_diameter") << text("-128.0");
+    QTest::newRow("the largest single, as it is told")
+        << text("filament/density") << text("3.4028235e+38");
+    QTest::newRow("the least short") << text("heater_temperature") << text("-32768");
+}
+
+// The boxes offer less; a backup or a file brings it along.
+void tst_OnboardPreferencesSources::takesWhatAPrinterMayHold()
+{
+    QFETCH(QString, entry);
+    QFETCH(QString, value);
+    TestLog log;
+    Json::Value map = sampleMap();
+    map["eeprom_map"]["heater_temperature"]["type"] = "h";
+    PreferencesWorld world(map);
+    world.open();
+    entryOf(map, entry.toStdString())[0] = parse("[" + value.toStdString() + "]")[0];
+    const QString path = world.folder.filePath(text("far.json"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(QByteArray::fromStdString(map.toStyledString()));
+    file.close();
+
+    ModalDriver driver;
+    chooseFile(driver, path);
+    world.click("loadFromFileButton");
+
+    QVERIFY(driver.isDone());
+    QVERIFY(world.grama().isModified());
+    QCOMPARE(world.grama().map().toStyledString(), map.toStyledString());
 }
 
 void tst_OnboardPreferencesSources::remembersTheFolderAndTheWindow()
