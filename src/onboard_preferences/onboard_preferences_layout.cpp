@@ -74,8 +74,10 @@ void OnboardPreferencesLayout::build(const Json::Value& map, const Printer& mach
             filter->setFocus(Qt::ShortcutFocusReason);
             filter->selectAll();
         });
+        // Before the form with all that is in it.
+        QWidget::setTabOrder(dialog->findChild<QPushButton*>(QStringLiteral("noticeButton")),
+                             filter);
         QWidget::setTabOrder(filter, showChangedOnly);
-        QWidget::setTabOrder(showChangedOnly, grama);
         filter->setFocus();
     }
     dialog->resize(860, 680);
@@ -104,16 +106,21 @@ void OnboardPreferencesLayout::buildButtons(QDialog* dialog)
         OnboardPreferences::tr("&Write Changes"), "writeButton",
         OnboardPreferences::tr("Save changes to the onboard preferences to the printer"), dialog);
 
+    // In two rows, or the window would be wider than a small screen.
+    auto* const sources = new QHBoxLayout;
+    for (QPushButton* const button : {backups, loadFromFile, saveToFile})
+        sources->addWidget(button);
+    sources->addStretch();
+    sources->addWidget(changedCount);
     auto* const row = new QHBoxLayout;
-    for (QPushButton* const button : {factoryReset, backups, loadFromFile, saveToFile})
-        row->addWidget(button);
+    row->addWidget(factoryReset);
     row->addStretch();
-    row->addSpacing(12);
-    row->addWidget(changedCount);
-    row->addSpacing(12);
     row->addWidget(cancel);
     row->addWidget(write);
-    static_cast<QVBoxLayout*>(dialog->layout())->addLayout(row);
+    QWidget::setTabOrder(saveToFile, factoryReset);
+    auto* const rows = static_cast<QVBoxLayout*>(dialog->layout());
+    rows->addLayout(sources);
+    rows->addLayout(row);
 }
 
 void OnboardPreferencesLayout::showPrinter(const Printer& machine)

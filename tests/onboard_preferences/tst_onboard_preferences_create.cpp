@@ -21,6 +21,8 @@ private slots:
     void opensWithAnOddDocument();
     void hasItsButtonsWithTheirTextsAndToolTips();
     void namesThePrinterWithoutMarkup();
+    void fitsOnASmallScreen();
+    void goesFromTheFilterToTheFormAndToTheButtonsAsTheyStand();
 };
 
 void tst_OnboardPreferencesCreate::refusesNoPrinter()
@@ -172,6 +174,48 @@ void tst_OnboardPreferencesCreate::namesThePrinterWithoutMarkup()
     world.open();
     QCOMPARE(world.child<QLabel>("printer").text(), text("Left <b>one</b>, firmware 7.2"));
     QCOMPARE(world.child<QLabel>("printer").textFormat(), Qt::PlainText);
+}
+
+void tst_OnboardPreferencesCreate::fitsOnASmallScreen()
+{
+    TestLog log;
+    PreferencesWorld world;
+    world.open();
+    world.setHeater(230);
+    const QSize least = world.dialog->minimumSizeHint();
+    QVERIFY2(least.width() <= 640, qPrintable(QString::number(least.width())));
+    QVERIFY2(least.height() <= 480, qPrintable(QString::number(least.height())));
+    // Nothing is cut off then.
+    world.dialog->resize(least);
+    for (const QPushButton* button : world.dialog->findChildren<QPushButton*>()) {
+        if (button->isVisible())
+            QVERIFY2(button->width() >= button->minimumSizeHint().width(),
+                     qPrintable(button->text()));
+    }
+}
+
+void tst_OnboardPreferencesCreate::goesFromTheFilterToTheFormAndToTheButtonsAsTheyStand()
+{
+    TestLog log;
+    PreferencesWorld world;
+    world.open();
+    world.setHeater(230);
+    QWidget& first = world.child<QWidget>("axis0");
+    world.child<QWidget>("filterEdit").setFocus();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    QCOMPARE(QApplication::focusWidget()->objectName(), text("showChangedOnly"));
+    while (QApplication::focusWidget() != &first) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        QVERIFY(world.grama().isAncestorOf(QApplication::focusWidget()));
+    }
+    while (world.grama().isAncestorOf(QApplication::focusWidget()))
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    QCOMPARE(QApplication::focusWidget()->objectName(), text("backupsButton"));
+    for (const char* next : {"loadFromFileButton", "saveToFileButton", "factoryResetButton",
+                             "cancelButton", "writeButton", "filterEdit"}) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        QCOMPARE(QApplication::focusWidget()->objectName(), text(next));
+    }
 }
 
 QTEST_MAIN(tst_OnboardPreferencesCreate)
