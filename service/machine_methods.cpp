@@ -3,9 +3,12 @@
 #include "machine.h"
 #include "machine_list.h"
 #include "method_table.h"
+#include "onboard/onboard_map.h"
 #include "running_job.h"
 
 #include <trovek/wire.h>
+
+#include <set>
 
 namespace trovek::service {
 
@@ -33,6 +36,17 @@ Json::Value disconnectFromPort(const MachineList& machines, const Call& call)
     return Json::Value();
 }
 
+/** What a machine can be given, and what it has. */
+Json::Value firmwareVersions(Machine& machine)
+{
+    std::set<FirmwareVersion> versions = OnboardMaps::firmwareVersions(machine.definition().type);
+    versions.emplace(machine.driver().firmwareVersion());
+    Json::Value list(Json::arrayValue);
+    for (const FirmwareVersion& version : versions)
+        list.append(version.str());
+    return list;
+}
+
 Json::Value simulatedMachines(const MachineList& machines)
 {
     Json::Value list(Json::arrayValue);
@@ -44,6 +58,8 @@ Json::Value simulatedMachines(const MachineList& machines)
         entry["type"] = int(definition.type);
         entry["type_name"] = machineTypeName(definition.type);
         entry["plugged_in"] = machine->isPluggedIn();
+        entry["firmware_version"] = machine->driver().firmwareVersion();
+        entry["firmware_versions"] = firmwareVersions(*machine);
         list.append(entry);
     }
     return list;

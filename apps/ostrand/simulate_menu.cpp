@@ -7,6 +7,8 @@
 #include <trovek/log.h>
 #include <trovek/text.h>
 
+#include <QActionGroup>
+
 #include <exception>
 
 namespace ostrand {
@@ -18,6 +20,12 @@ QString textMember(const Json::Value& object, const char* name)
 {
     return object.isObject() && object[name].isString() ? trovek::toQString(object[name].asString())
                                                         : QString();
+}
+
+/** No letter of a name is a key. */
+QString inMenu(QString name)
+{
+    return name.replace(QLatin1Char('&'), QLatin1String("&&"));
 }
 
 } // namespace
@@ -42,19 +50,16 @@ SimulateMenu::SimulateMenu(trovek::TrovekQt& facade, QWidget* parent)
 
 void SimulateMenu::fill()
 {
+    for (QMenu* menu : findChildren<QMenu*>(QString(), Qt::FindDirectChildrenOnly))
+        menu->deleteLater();
     clear();
     if (m_facade.isConnected()) {
         try {
             const Json::Value machines = m_facade.simulatedMachines();
             if (machines.isArray()) {
-                for (const Json::Value& machine : machines) {
-                    const QString name = textMember(machine, "name");
-                    if (name.isEmpty())
-                        continue;
-                    const Json::Value& pluggedIn = machine["plugged_in"];
-                    addMachine(name, textMember(machine, "type_name"),
-                               pluggedIn.isBool() && pluggedIn.asBool());
-                }
+                for (const Json::Value& machine : machines)
+                    addMachine(machine);
+                addFirmwares(machines);
             }
         } catch (const std::exception& e) {
             // A service for real machines only does not know the question.
@@ -65,12 +70,15 @@ void SimulateMenu::fill()
         addAction(tr("No virtual machines"))->setEnabled(false);
 }
 
-void SimulateMenu::addMachine(const QString& name, const QString& typeName, bool pluggedIn)
+void SimulateMenu::addMachine(const Json::Value& machine)
 {
-    QString text =
-        typeName.isEmpty() || typeName == name ? name : tr("%1 (%2)").arg(name, typeName);
-    text.replace(QLatin1Char('&'), QLatin1String("&&"));
-    QAction* action = addAction(text);
+    const QString name = textMember(machine, "name");
+    if (name.isEmpty())
+        return;
+    const bool pluggedIn = machine["plugged_in"].isBool() && machine["plugged_in"].asBool();
+    const QString typeName = textMember(machine, "type_name");
+    QAction* action = addAction(
+        inMenu(typeName.isEmpty() || typeName == name ? name : tr("%1 (%2)").arg(name, typeName)));
     action->setData(name);
     action->setCheckable(true);
     action->setChecked(pluggedIn);
@@ -82,13 +90,56 @@ void SimulateMenu::addMachine(const QString& name, const QString& typeName, bool
         [this, name](bool checked) { setPluggedIn(name, checked); }, Qt::QueuedConnection);
 }
 
+void SimulateMenu::addFirmwares(const Json::Value& machines)
+{
+    QMenu* firmwares = nullptr;
+    for (const Json::Value& machine : machines) {
+        const QString name = textMember(machine, "name");
+        if (name.isEmpty() || !machine["firmware_versions"].isArray())
+            continue;
+        if (!firmwares) {
+            addSeparator();
+            firmwares = addMenu(tr("&Firmware"));
+        }
+        QMenu* choices = firmwares->addMenu(inMenu(name));
+        auto* group = new QActionGroup(choices);
+        for (const Json::Value& offered : machine["firmware_versions"]) {
+            if (!offered.isString())
+                continue;
+            const QString version = trovek::toQString(offered.asString());
+            QAction* action = group->addAction(choices->addAction(inMenu(version)));
+            action->setCheckable(true);
+            action->setChecked(version == textMember(machine, "firmware_version"));
+            action->setStatusTip(
+                tr("Give this virtual machine firmware %1 and plug it in again").arg(version));
+            connect(
+                action, &QAction::triggered, this,
+                [this, name, version] { setFirmware(name, version); }, Qt::QueuedConnection);
+        }
+    }
+}
+
 void SimulateMenu::setPluggedIn(const QString& name, bool pluggedIn)
 {
-    try {
+    ask([this, machine = trovek::toStdString(name), pluggedIn] {
         if (pluggedIn)
-            m_facade.simulatePlugIn(trovek::toStdString(name));
+            m_facade.simulatePlugIn(machine);
         else
-            m_facade.simulateUnplug(trovek::toStdString(name));
+            m_facade.simulateUnplug(machine);
+    });
+}
+
+void SimulateMenu::setFirmware(const QString& name, const QString& version)
+{
+    ask([&] {
+        m_facade.simulateFirmware(trovek::toStdString(name), trovek::toStdString(version));
+    });
+}
+
+void SimulateMenu::ask(const std::function<void()>& request)
+{
+    try {
+        request();
     } catch (const std::exception& e) {
         TROVEK_LOG(0) << e.what() << std::endl;
         emit failed(QString::fromUtf8(e.what()));

@@ -1,7 +1,11 @@
 #pragma once
 
+#include <json/value.h>
+
 #include <QMenu>
 #include <QTimer>
+
+#include <functional>
 
 namespace trovek {
 class TrovekQt;
@@ -9,7 +13,8 @@ class TrovekQt;
 
 namespace ostrand {
 
-/** The service's virtual machines, each to be plugged in and out. */
+/** The service's virtual machines, each to be plugged in and out or to be given another firmware.
+ */
 class SimulateMenu : public QMenu
 {
     Q_OBJECT
@@ -24,8 +29,12 @@ signals:
 
 private:
     void fill();
-    void addMachine(const QString& name, const QString& typeName, bool pluggedIn);
+    void addMachine(const Json::Value& machine);
+    void addFirmwares(const Json::Value& machines);
     void setPluggedIn(const QString& name, bool pluggedIn);
+    void setFirmware(const QString& name, const QString& version);
+    /** Asks something of the service, and shows what has become of it. */
+    void ask(const std::function<void()>& request);
 
     trovek::TrovekQt& m_facade;
     QTimer m_fillTimer;

@@ -9,6 +9,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -91,6 +92,9 @@ public:
 
     /** What there is, in no particular order. */
     static std::vector<OnboardLayout> layouts();
+
+    /** The firmwares of a machine type that have a map. */
+    static std::set<FirmwareVersion> firmwareVersions(Printer::Type type);
 
 private:
     mutable std::map<OnboardLayout, std::unique_ptr<const OnboardMap>> m_maps;

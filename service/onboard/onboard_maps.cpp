@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 static void initializeOnboardMapsResource()
 {
@@ -61,6 +62,19 @@ std::vector<OnboardLayout> OnboardMaps::layouts()
     for (const QString& name : folder.entryList(QDir::Files))
         layouts.push_back(OnboardMap(parsed(folder.filePath(name))).layout());
     return layouts;
+}
+
+std::set<FirmwareVersion> OnboardMaps::firmwareVersions(Printer::Type type)
+{
+    initializeOnboardMapsResource();
+    const QString prefix = toQString(machineTypeName(type)) + QLatin1Char('-');
+    std::set<FirmwareVersion> versions;
+    for (const QFileInfo& file : QDir{QLatin1String(kFolder)}.entryInfoList(QDir::Files)) {
+        const QString name = file.completeBaseName();
+        if (name.startsWith(prefix))
+            versions.emplace(toStdString(name.mid(prefix.size())));
+    }
+    return versions;
 }
 
 } // namespace trovek::service

@@ -65,6 +65,8 @@ private slots:
     void listsTheMachines();
     void plugsInAndOut();
     void saysWhatWasRefused();
+    void givesAnotherFirmware();
+    void leavesOutOddFirmwares();
     void survivesAServiceWithoutVirtualMachines();
     void survivesAnOddAnswer_data();
     void survivesAnOddAnswer();
@@ -124,6 +126,67 @@ void tst_SimulateMenu::saysWhatWasRefused()
     QCOMPARE(failed.first().first().toString(), QStringLiteral("It is stuck"));
     // The tick is where the service says.
     QTRY_VERIFY(world.menu.actions().at(0)->isChecked());
+}
+
+void tst_SimulateMenu::givesAnotherFirmware()
+{
+    TestLog log;
+    World world;
+    Json::Value machines = two();
+    for (const char* version : {"7.5", "7.6"})
+        machines[1]["firmware_versions"].append(version);
+    machines[1]["firmware_version"] = "7.5";
+    world.offer(machines);
+    world.service.onRequest("simulate_firmware", [](const Json::Value&) { return Json::Value(); });
+    world.facade.connectToDaemon(world.service.address());
+    QTRY_COMPARE(world.texts(),
+                 QStringList({QStringLiteral("Dual 1 (Orvane Fabrino (Dual))"),
+                              QStringLiteral("R&&D"), QString(), QStringLiteral("&Firmware")}));
+    const QMenu* firmware = world.menu.actions().at(3)->menu();
+    QVERIFY(firmware);
+    QCOMPARE(firmware->actions().size(), 1);
+    QCOMPARE(firmware->actions().at(0)->text(), QStringLiteral("R&&D"));
+    const QList<QAction*> versions = firmware->actions().at(0)->menu()->actions();
+    QCOMPARE(versions.size(), 2);
+    QCOMPARE(versions[0]->text(), QStringLiteral("7.5"));
+    QVERIFY(versions[0]->isChecked() && !versions[1]->isChecked());
+
+    machines[1]["firmware_version"] = "7.6";
+    world.offer(machines);
+    versions[1]->trigger();
+
+    QTRY_COMPARE(world.service.requests("simulate_firmware").size(), std::size_t(1));
+    const Json::Value request = world.service.lastRequest("simulate_firmware");
+    QCOMPARE(request["name"].asString(), std::string("R&D"));
+    QCOMPARE(request["version"].asString(), std::string("7.6"));
+    // The menu follows, and the one before has gone.
+    QTRY_VERIFY(
+        world.menu.actions().at(3)->menu()->actions().at(0)->menu()->actions().at(1)->isChecked());
+    QTRY_COMPARE(world.menu.findChildren<QMenu*>().size(), 2);
+    world.service.failAlways("simulate_firmware", wire::makeError("Odd", "It is printing"));
+    QSignalSpy failed(&world.menu, &SimulateMenu::failed);
+    log.expectError("It is printing");
+    world.menu.actions().at(3)->menu()->actions().at(0)->menu()->actions().at(0)->trigger();
+    QTRY_COMPARE(failed.count(), 1);
+    QCOMPARE(failed.first().first().toString(), QStringLiteral("It is printing"));
+}
+
+void tst_SimulateMenu::leavesOutOddFirmwares()
+{
+    TestLog log;
+    World world;
+    Json::Value machines = two();
+    machines[0]["firmware_versions"] = "7.5";
+    machines[1]["firmware_versions"].append(7.5);
+    machines[1]["firmware_versions"].append("7.6");
+    machines[1]["firmware_version"] = 7;
+    world.offer(machines);
+    world.facade.connectToDaemon(world.service.address());
+    QTRY_COMPARE(world.texts().size(), 4);
+    const QList<QAction*> offered = world.menu.actions().at(3)->menu()->actions();
+    QCOMPARE(offered.size(), 1);
+    QCOMPARE(offered[0]->menu()->actions().size(), 1);
+    QVERIFY(!offered[0]->menu()->actions().at(0)->isChecked());
 }
 
 void tst_SimulateMenu::survivesAServiceWithoutVirtualMachines()

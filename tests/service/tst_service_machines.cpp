@@ -214,6 +214,17 @@ void tst_ServiceMachines::plugsInAndOut()
     QCOMPARE(list[0]["type_name"].asString(), std::string("fabrino_2"));
     QCOMPARE(list[0]["plugged_in"].asBool(), true);
     QCOMPARE(list[5]["plugged_in"].asBool(), false);
+    QCOMPARE(list[0]["firmware_version"].asString(), std::string("7.5"));
+    QCOMPARE(list[0]["firmware_versions"].size(), 2U);
+    QCOMPARE(list[0]["firmware_versions"][0].asString(), std::string("7.5"));
+    QCOMPARE(list[0]["firmware_versions"][1].asString(), std::string("7.6"));
+    QCOMPARE(list[5]["firmware_versions"].size(), 1U);
+    // One that no map is known of is told as well.
+    client.simulateFirmware("virtual_cubio_dual", "3.9");
+    const Json::Value older = client.simulatedMachines()[5];
+    QCOMPARE(older["firmware_version"].asString(), std::string("3.9"));
+    QCOMPARE(older["firmware_versions"].size(), 2U);
+    QCOMPARE(older["firmware_versions"][0].asString(), std::string("3.9"));
 }
 
 void tst_ServiceMachines::unpluggingAPrintingMachineFailsItsJob()
