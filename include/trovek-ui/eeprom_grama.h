@@ -36,6 +36,8 @@ public:
     int changedCount() const;
     /** The working copy: the document read and the edits. */
     Json::Value map() const;
+    /** The document last read from the machine. */
+    Json::Value reference() const;
 
     /**
      * Takes the values of a document that was read from the machine or written to it.

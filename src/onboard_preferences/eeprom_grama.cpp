@@ -250,6 +250,11 @@ Json::Value EepromGrama::map() const
     return d->map;
 }
 
+Json::Value EepromGrama::reference() const
+{
+    return d->reference;
+}
+
 void EepromGrama::resetToMap(const Json::Value& map)
 {
     try {

@@ -101,7 +101,7 @@ bool isSameDocument(const Json::Value& first, const Json::Value& second)
     return true;
 }
 
-// Both walks keep their own stack: a document may be nested more deeply than the thread's.
+// The walks keep their own stack: a document may be nested more deeply than the thread's.
 
 void mergeValues(Json::Value& destination, const Json::Value& source)
 {
@@ -146,6 +146,29 @@ void checkLoadedValues(const Json::Value& present, const Json::Value& loaded)
             checkLeaf(name, before, after);
         else
             enter(before, after);
+    }
+}
+
+void takeEdits(Json::Value& present, const Json::Value& read, const Json::Value& edited)
+{
+    struct Place
+    {
+        Json::Value* present;
+        const Json::Value* read;
+        const Json::Value* edited;
+    };
+    std::vector<Place> pending = {{&present, &read, &edited}};
+    while (!pending.empty()) {
+        const Place at = pending.back();
+        pending.pop_back();
+        if (isEepromLeaf(*at.present)) {
+            const Json::Value& value = (*at.edited)["value"];
+            if (value != (*at.read)["value"])
+                (*at.present)["value"] = value;
+        } else if (at.present->isObject()) {
+            for (const std::string& name : at.present->getMemberNames())
+                pending.push_back({&(*at.present)[name], &(*at.read)[name], &(*at.edited)[name]});
+        }
     }
 }
 

@@ -26,4 +26,10 @@ bool isSameDocument(const Json::Value& first, const Json::Value& second);
  */
 void checkLoadedValues(const Json::Value& present, const Json::Value& loaded);
 
+/**
+ * Gives the entries of `present` that differ between `read` and `edited` their edited values. All
+ * three have the same structure.
+ */
+void takeEdits(Json::Value& present, const Json::Value& read, const Json::Value& edited);
+
 } // namespace trovek

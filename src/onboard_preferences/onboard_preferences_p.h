@@ -13,6 +13,7 @@
 #include <QSettings>
 #include <QString>
 
+#include <optional>
 #include <string>
 
 namespace trovek {
@@ -114,8 +115,13 @@ private:
     QString lastDir() const;
     void rememberDirOf(const QString& path);
 
-    /** The document with the changes that were not written when the printer came back, or null. */
-    Json::Value m_unwritten;
+    /** What was read and what it had been changed to when the printer came back. */
+    struct Unwritten
+    {
+        Json::Value read;
+        Json::Value edited;
+    };
+    std::optional<Unwritten> m_unwritten;
     /** The printer is back and its values are still to be read. */
     bool m_readPending = false;
     int m_openWindows = 0;

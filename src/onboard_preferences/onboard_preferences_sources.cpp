@@ -93,7 +93,7 @@ void OnboardPreferences::Private::loadChanges(const Json::Value& map, const QStr
         tellFailure(tr("Failed to load onboard preferences"), whyRefused(source, error.what()));
         return;
     }
-    m_unwritten = Json::Value();
+    m_unwritten.reset();
     ui.notice->showNotice(
         ui.grama->isModified()
             ? tr("%1 has been loaded. The printer keeps its own values until you write the "

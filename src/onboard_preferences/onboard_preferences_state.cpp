@@ -1,5 +1,6 @@
 // What the dialog shows of its printer, which may go away, come back and be another one.
 
+#include "onboard_preferences/eeprom_merge.h"
 #include "onboard_preferences/onboard_preferences_p.h"
 #include "onboard_preferences/preferences_notice.h"
 #include "onboard_preferences/wait_cursor.h"
@@ -58,6 +59,7 @@ void OnboardPreferences::Private::readAgain()
     if (!ui.grama)
         return;
     const bool wasModified = ui.grama->isModified();
+    const Json::Value read = ui.grama->reference();
     const Json::Value before = ui.grama->map();
     bool isOfAnotherKind = printer->type() != type;
     try {
@@ -73,7 +75,7 @@ void OnboardPreferences::Private::readAgain()
         return;
     }
     if (wasModified)
-        m_unwritten = before;
+        m_unwritten = Unwritten{read, before};
     portName = printer->portName();
     ui.showPrinter(*printer);
     ui.setPrinterUsable(true);
@@ -103,10 +105,13 @@ void OnboardPreferences::Private::refuseRead(bool isOfAnotherKind, const Json::V
 
 void OnboardPreferences::Private::restoreChanges()
 {
-    const Json::Value changes = m_unwritten;
+    const Unwritten unwritten = m_unwritten.value_or(Unwritten());
     forgetUnwritten();
     try {
-        ui.grama->loadEdits(changes);
+        // Of the rest the printer may have other values by now, which are not to be lost.
+        Json::Value map = ui.grama->map();
+        takeEdits(map, unwritten.read, unwritten.edited);
+        ui.grama->loadEdits(map);
     } catch (const std::exception& error) {
         TROVEK_LOG(0) << error.what() << std::endl;
         tellFailure(tr("Your changes cannot be restored"),
@@ -116,13 +121,13 @@ void OnboardPreferences::Private::restoreChanges()
 
 void OnboardPreferences::Private::forgetUnwritten()
 {
-    m_unwritten = Json::Value();
+    m_unwritten.reset();
     ui.notice->clear();
 }
 
 void OnboardPreferences::Private::showReadAnew()
 {
-    if (m_unwritten.isNull()) {
+    if (!m_unwritten) {
         ui.notice->clear();
         return;
     }

@@ -24,6 +24,7 @@ private slots:
     void readsThePrinterAnewWhenItIsBack();
     void enablesWritingWhenThePrinterIsBack();
     void offersTheChangesOfBeforeAgain();
+    void restoresTheChangesAndNothingElse();
     void forgetsTheChangesOfBeforeOnceWritten();
     void keepsTheChangesOfBeforeOverAnotherLoss();
     void mindsOnlyItsOwnPrinter();
@@ -110,6 +111,34 @@ void tst_OnboardPreferencesPrinter::offersTheChangesOfBeforeAgain()
     QVERIFY(world.grama().isModified());
     QCOMPARE(world.notice(), QString());
     QCOMPARE(world.enabled(), text("FRW"));
+}
+
+void tst_OnboardPreferencesPrinter::restoresTheChangesAndNothingElse()
+{
+    TestLog log;
+    PreferencesWorld world;
+    world.open();
+    world.setHeater(230);
+    PreferencesWorld::type(world.density(), text("1.3"));
+    world.unplug();
+    // Somebody else has changed settings meanwhile, one that is changed here and one that is not.
+    Json::Value map = sampleMapWithHeater(190);
+    entryOf(map, "nozzle_diameter")[0] = 0.8;
+    world.service.setEeprom("left", map);
+    world.plugIn();
+    QTRY_COMPARE(world.noticeButton(), text("Restore Changes"));
+    // And the user goes on meanwhile.
+    auto& material = *world.grama().findChild<QComboBox*>();
+    material.setFocus();
+    QTest::keyClick(&material, Qt::Key_Down);
+
+    world.click("noticeButton");
+
+    entryOf(map, "heater_temperature")[0] = 230;
+    entryOf(map, "filament/density")[0] = 1.3;
+    entryOf(map, "filament/material")[0] = 2;
+    QCOMPARE(world.grama().map().toStyledString(), map.toStyledString());
+    QCOMPARE(world.grama().changedCount(), 3);
 }
 
 void tst_OnboardPreferencesPrinter::forgetsTheChangesOfBeforeOnceWritten()
