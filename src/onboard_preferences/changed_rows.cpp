@@ -20,22 +20,29 @@ QString toolTipFor(const Json::Value& leaf, const Json::Value& reference)
 void ChangedRows::add(Json::Value* leaf, EntryLabel* label, GramaItem* item, Owner owner)
 {
     Json::Value& values = (*leaf)["value"];
-    for (const Json::Value& element : values)
-        m_rowOfElement.emplace(&element, m_rows.size());
-    m_rows.push_back({leaf, &values, values, label, item, owner, false});
+    for (Json::ArrayIndex i = 0; i < values.size(); ++i)
+        m_places.emplace(&values[i], Place{m_rows.size(), i});
+    m_rows.push_back(
+        {leaf, &values, values, label, item, owner, std::vector<bool>(values.size()), 0, false});
 }
 
 void ChangedRows::follow(const Json::Value* element)
 {
-    const auto found = m_rowOfElement.find(element);
-    if (found != m_rowOfElement.end())
-        followRow(m_rows[found->second]);
+    const auto found = m_places.find(element);
+    if (found == m_places.end())
+        return;
+    Row& row = m_rows[found->second.row];
+    compare(row, found->second.index);
+    showChange(row);
 }
 
 void ChangedRows::followAll()
 {
-    for (Row& row : m_rows)
-        followRow(row);
+    for (Row& row : m_rows) {
+        for (Json::ArrayIndex i = 0; i < row.differs.size(); ++i)
+            compare(row, i);
+        showChange(row);
+    }
 }
 
 void ChangedRows::takeReferences()
@@ -56,9 +63,18 @@ bool ChangedRows::restDiffers(const Json::Value& map, const Json::Value& referen
     return differs;
 }
 
-void ChangedRows::followRow(Row& row)
+void ChangedRows::compare(Row& row, Json::ArrayIndex index)
 {
-    const bool changed = !isSameDocument(*row.values, row.reference);
+    const bool differs = !isSameDocument((*row.values)[index], row.reference[index]);
+    if (differs == row.differs[index])
+        return;
+    row.differs[index] = differs;
+    row.differCount += differs ? 1 : -1;
+}
+
+void ChangedRows::showChange(Row& row)
+{
+    const bool changed = row.differCount > 0;
     if (changed == row.changed)
         return;
     row.changed = changed;

@@ -13,7 +13,7 @@ class GramaItem;
 
 /**
  * Which entries of a form differ from the values that were read from the machine, counted and
- * marked in their labels. An edit is followed without a look at other entries.
+ * marked in their labels. An edit is followed without a look at other values.
  */
 class ChangedRows
 {
@@ -29,7 +29,7 @@ public:
 
     int changedCount() const { return m_changedCount; }
 
-    /** Looks at the entry that has this element among its values, if there is one. */
+    /** Looks at this element, if it is one of an entry's values. */
     void follow(const Json::Value* element);
     void followAll();
     /** Takes the present values of our own entries as those read. */
@@ -47,14 +47,23 @@ private:
         EntryLabel* label;
         GramaItem* item;
         Owner owner;
+        /** For each value whether it differs from the one read, and how many do. */
+        std::vector<bool> differs;
+        int differCount;
         bool changed;
     };
+    struct Place
+    {
+        std::size_t row;
+        Json::ArrayIndex index;
+    };
 
-    void followRow(Row& row);
+    static void compare(Row& row, Json::ArrayIndex index);
+    void showChange(Row& row);
     void swapChangedValues();
 
     std::vector<Row> m_rows;
-    std::unordered_map<const Json::Value*, std::size_t> m_rowOfElement;
+    std::unordered_map<const Json::Value*, Place> m_places;
     int m_changedCount = 0;
 };
 

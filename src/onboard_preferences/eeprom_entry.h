@@ -57,7 +57,8 @@ NumberRange rangeOfType(char type);
 bool isRealType(char type);
 
 /**
- * Whether an editor of the entry could have written this element, or a machine may hold it.
+ * Whether an editor of the entry could have written this element, or a machine may hold it. Any
+ * text passes: machines have some that cannot be typed.
  * @throws std::runtime_error "Wrong type of value" or "Value out of range" when not
  */
 void checkElement(const EepromEntry& entry, const Json::Value& element);

@@ -77,6 +77,7 @@ private slots:
     void resetsAlsoWhatHasNoRow();
     void survivesItsDestructionInTheReset();
     void marksWhatIsChanged();
+    void marksAnEntryUntilAllItsValuesAreBack();
     void tellsTheValueRead_data();
     void tellsTheValueRead();
     void keepsItsPlaceWhenMarked();
@@ -400,6 +401,34 @@ void tst_EepromGramaReset::marksWhatIsChanged()
     QVERIFY(!isMarked(form, "A"));
 }
 
+void tst_EepromGramaReset::marksAnEntryUntilAllItsValuesAreBack()
+{
+    TestLog log;
+    EepromGrama form(documentOf(kEntries));
+    const auto boxes = editorOf(form, "C")->findChildren<JsonSpinBox*>();
+
+    boxes[0]->setValue(8);
+    boxes[1]->setValue(9);
+    QCOMPARE(form.changedCount(), 1);
+    boxes[0]->setValue(1.5);
+    QVERIFY(isMarked(form, "C"));
+    boxes[1]->setValue(2.5);
+    QVERIFY(!isMarked(form, "C"));
+    QCOMPARE(form.changedCount(), 0);
+
+    // One value goes back while the other one changes.
+    boxes[0]->setValue(8);
+    Json::Value document = documentOf(kEntries);
+    document["eeprom_map"]["b"]["sub_map"]["c"]["value"][1] = 9.5;
+    form.loadEdits(document);
+    QVERIFY(isMarked(form, "C"));
+    QCOMPARE(form.changedCount(), 1);
+    form.resetToMap(document);
+    QVERIFY(!isMarked(form, "C"));
+    boxes[1]->setValue(2.5);
+    QCOMPARE(labelOf(form, "C")->toolTip(), QStringLiteral("Read from the machine: 1.5, 9.5"));
+}
+
 void tst_EepromGramaReset::tellsTheValueRead_data()
 {
     QTest::addColumn<QByteArray>("entry");
@@ -556,7 +585,7 @@ void tst_EepromGramaReset::refusesToLoad_data()
     row("less than a byte", "a", "-1", "Value out of range: A");
     row("a negative number for an unsigned one", "g", "-1", "Wrong type of value: G");
     row("more than 32 bits", "g", "4294967297", "Value out of range: G");
-    row("a fixed-point number that is too large", "h", "127.5", "Value out of range: H");
+    row("a fixed-point number that is too large", "h", "128", "Value out of range: H");
     row("none of the choices", "k", "4", "Value out of range: K");
     row("neither on nor off", "e", "2", "Value out of range: E");
     row("text for a choice", "k", R"("1")", "Wrong type of value: K");
