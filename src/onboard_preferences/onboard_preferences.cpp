@@ -230,8 +230,13 @@ void OnboardPreferences::printerAdded(Printer* printer)
 
 void OnboardPreferences::printerRemoved(Printer* printer)
 {
-    if (printer != d->printer || !d->ui.grama)
+    if (!d->ui.grama)
         return;
+    if (printer != d->printer) {
+        if (!d->printer->isConnected() && printer->portName() == d->portName)
+            d->showGone();
+        return;
+    }
     d->m_readPending = false;
     d->ui.setPrinterUsable(false);
     d->showGone();

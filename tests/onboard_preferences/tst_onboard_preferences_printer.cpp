@@ -211,7 +211,12 @@ void tst_OnboardPreferencesPrinter::saysThatAnotherPrinterIsInItsPlace()
                                   "this one. Connect this one again to go on."));
     QCOMPARE(world.enabled(), text("---"));
     QVERIFY(world.service.requests().empty());
+    // That one unplugged somewhere else changes nothing here.
+    world.service.removePrinter("elsewhere");
+    QTRY_VERIFY(!world.printer("elsewhere"));
+    QVERIFY(world.notice().startsWith(text("Another printer, ")));
     world.service.removePrinter("right");
+    QTRY_COMPARE(world.notice(), kGone);
     world.plugIn();
     QCOMPARE(world.notice(), QString());
     QCOMPARE(world.enabled(), text("FRW"));
