@@ -40,6 +40,26 @@ QVector4D unpacked(std::uint32_t colour)
     return {channel(0), channel(8), channel(16), channel(24)};
 }
 
+// How far a feature's beads stand one on another, so that their sides are seen: 0 to 1.
+float wallShare(Feature feature)
+{
+    switch (feature) {
+    case Feature::OuterWall:
+    case Feature::InnerWall:
+    case Feature::Overhang:
+    case Feature::Support:
+    case Feature::PrimeTower:
+        return 1;
+    case Feature::Unknown:
+    case Feature::Custom:
+    case Feature::SparseInfill:
+    case Feature::GapFill:
+        return 0.5F;
+    default:
+        return 0;
+    }
+}
+
 } // namespace
 
 struct ToolpathRenderer::Programs
@@ -201,7 +221,7 @@ void ToolpathRenderer::setStyles(const std::vector<MoveStyle>& styles,
     int extruding = 0;
     for (std::size_t i = 0; i < std::min<std::size_t>(styles.size(), kMaxStyles); ++i) {
         texels.push_back({i < colours.size() ? colours[i] : kGrey, bits(styles[i].width),
-                          bits(styles[i].height), 0});
+                          bits(styles[i].height), bits(wallShare(styles[i].feature))});
         if (styles[i].width > 0) {
             widths += styles[i].width;
             ++extruding;

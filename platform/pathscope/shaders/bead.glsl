@@ -22,6 +22,8 @@ struct Bead
     vec3 colour;
     float halfWidth;
     float halfHeight;
+    // 1 for what stands on its like, layer on layer; 0 for what lies beside it.
+    float wall;
 };
 
 uint kindOf(uint kindAndStyle)
@@ -42,9 +44,9 @@ Bead beadOf(uint kindAndStyle)
         colour = uColour.rgb;
     uint kind = kindOf(kindAndStyle);
     if (kind != kExtrude)
-        return Bead(uKindColours[kind], 0.0, 0.0);
+        return Bead(uKindColours[kind], 0.0, 0.0, 0.0);
     vec2 halves = 0.5 * uFactors * uintBitsToFloat(style.yz);
-    return Bead(colour, halves.x, halves.y);
+    return Bead(colour, halves.x, halves.y, uintBitsToFloat(style.w));
 }
 
 // How a bead's side towards the eye lies, in the plane across it.
@@ -54,6 +56,9 @@ struct Section
     vec3 edge;
     // Light that the edge gets, and the ridge that faces the eye: between -1 and 1.
     vec2 light;
+    // Light that the surface gets of which the bead is a part, where beads are too fine to be told
+    // apart: round shapes show by it.
+    float surface;
 };
 
 Section sectionOf(Bead bead, vec3 direction, vec3 toEye)
@@ -69,7 +74,10 @@ Section sectionOf(Bead bead, vec3 direction, vec3 toEye)
     ridge = ridgeLength > 1e-9 ? ridge / ridgeLength : vec2(0.0, 1.0);
     vec2 edge = vec2(ridge.y, -ridge.x);
     vec2 light = vec2(dot(uLight, across), dot(uLight, up));
+    float outward = clamp(8.0 * dot(toEye, across), -1.0, 1.0) * length(toEye.xy);
+    vec3 side = across * (outward * bead.wall) + vec3(0.0, 0.0, mix(1.0, 0.4, bead.wall) * toEye.z);
     return Section(across * (edge.x * axes.x) + up * (edge.y * axes.y),
                    vec2(dot(normalize(edge * axes.yx), light),
-                        dot(normalize(ridge * axes.yx), light)));
+                        dot(normalize(ridge * axes.yx), light)),
+                   dot(side, uLight) * inversesqrt(max(dot(side, side), 1e-6)));
 }

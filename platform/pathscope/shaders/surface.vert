@@ -50,7 +50,7 @@ void main()
         point += section.edge * side;
         // Beads that are hardly wider than a pixel would make patterns that are not there.
         float detail = smoothstep(1.0, 4.0, length(section.edge) / pixel);
-        vAcross = vec2(side * detail, section.light.y);
+        vAcross = vec2(side * detail, mix(section.surface, section.light.y, detail));
     } else {
         if (length2 > 0.0) {
             vec3 across = cross(direction, toEye);

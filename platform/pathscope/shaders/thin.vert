@@ -15,13 +15,12 @@ void main()
     vec3 way = aTo - aFrom;
     float length2 = dot(way, way);
     vec3 direction = length2 > 0.0 ? way * inversesqrt(length2) : vec3(1.0, 0.0, 0.0);
-    // The mean over a round bead.
-    const float kMeanRise = 0.785;
+    const float kRise = 1.0;
     float light = 0.8;
     if (kind == kExtrude) {
         vec3 toEye = normalize(uEye.xyz - aFrom * uEye.w);
-        light = kMeanRise * sectionOf(bead, direction, toEye).light.y;
+        light = sectionOf(bead, direction, toEye).surface;
     }
-    vColour = vec4(lit(bead.colour, light, kMeanRise), isShown(kind) ? 1.0 : 0.0);
+    vColour = vec4(lit(bead.colour, light, kRise), isShown(kind) ? 1.0 : 0.0);
     gl_Position = uViewProjection * vec4(aFrom.xy, aFrom.z - bead.halfHeight, 1.0);
 }
