@@ -82,7 +82,10 @@ function(trovek_add_test name)
     TIMEOUT ${arg_TIMEOUT}
     LABELS "${arg_LABELS}"
     ENVIRONMENT "QT_QPA_PLATFORM=${platform};LC_ALL=C.UTF-8;QT_LOGGING_RULES=qt.qpa.*=false")
-  if(NOT arg_X11)
+  if(arg_X11)
+    # Windows of two tests would lie over each other in the pictures.
+    set_tests_properties(${name} PROPERTIES RESOURCE_LOCK display)
+  else()
     # The offscreen platform would borrow OpenGL from a display that happens to be there.
     set_tests_properties(${name} PROPERTIES ENVIRONMENT_MODIFICATION DISPLAY=unset:)
   endif()
