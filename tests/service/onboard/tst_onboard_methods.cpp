@@ -114,6 +114,7 @@ private slots:
     void backupsAreNamedNotFound();
     void aResetGivesFactoryValues();
     void aResetOccupiesItsMachineOnly();
+    void aResetOutlivesItsClient();
     void aResetEndsWithThePlug();
     void theServiceEndsInAReset();
     void aBusyMachineIsLeftAlone();
@@ -330,6 +331,29 @@ void tst_OnboardMethods::aResetOccupiesItsMachineOnly()
     QVERIFY(answer.isMember("result") && answer["result"].isNull());
     QTRY_COMPARE(world.printer()->state(), Printer::Idle);
     world.read();
+}
+
+void tst_OnboardMethods::aResetOutlivesItsClient()
+{
+    TestLog log;
+    World world(4);
+    const Json::Value factory = world.read();
+    Json::Value document = factory;
+    setValue(document, kName, R"(["mine"])");
+    world.write(document);
+    {
+        RawClient raw(world.service.address());
+        raw.greet();
+        Json::Value params(Json::objectValue);
+        params["machine"] = kKey.name();
+        raw.call(7, wire::method::kResetEepromCompletely, params);
+        QTRY_COMPARE(world.printer()->state(), Printer::Running);
+    }
+
+    QTRY_COMPARE_WITH_TIMEOUT(world.printer()->state(), Printer::Idle, 60000);
+
+    QVERIFY(world.read() == factory);
+    QCOMPARE(world.client->eepromBackups(world.printer()).size(), std::size_t(2));
 }
 
 void tst_OnboardMethods::aResetEndsWithThePlug()
