@@ -4,6 +4,8 @@
 
 #include <functional>
 
+class QWidget;
+
 namespace trovek::ui {
 class OnboardPreferences;
 }
