@@ -7,6 +7,9 @@
 #include <QLabel>
 #include <QListWidget>
 
+#include <atomic>
+#include <thread>
+
 using namespace trovek;
 
 namespace {
@@ -17,11 +20,10 @@ constexpr int kSlow = 60000;
 class World
 {
 public:
-    World()
+    explicit World(double timeScale = ServiceWorld::kFast)
+        : service(timeScale)
     {
-        service.start();
-        facade.connectToDaemon(service.address());
-        connectMachine();
+        start();
     }
 
     ~World()
@@ -29,6 +31,13 @@ public:
         delete dialog;
         facade.disconnectFromDaemon();
         PreferencesWorld::settle();
+    }
+
+    void start()
+    {
+        service.start();
+        facade.connectToDaemon(service.address());
+        connectMachine();
     }
 
     void connectMachine()
@@ -113,6 +122,7 @@ private slots:
     void findsWhatItWrote();
     void resetsToFactoryValues();
     void bringsBackWhatWasBeforeTheReset();
+    void survivesTheEndOfTheServiceInAReset();
     void leavesABusyMachineAlone();
     void comesBackWithAnotherFirmware();
     void comesBackWithAFirmwareWithoutAMap();
@@ -179,6 +189,43 @@ void tst_OnboardPreferencesService::bringsBackWhatWasBeforeTheReset()
     QVERIFY(world.form().map() == edited);
     world.write();
     QVERIFY(world.read() == edited);
+}
+
+void tst_OnboardPreferencesService::survivesTheEndOfTheServiceInAReset()
+{
+    TestLog log;
+    log.allowErrors("");
+    // The reset needs many seconds.
+    World world(0.5);
+    world.open();
+    world.edit();
+    const Json::Value edited = world.form().map();
+    world.write();
+    const QDir backups(world.service.stateDir() +
+                       QStringLiteral("/machines/virtual_fabrino_2/backups"));
+    QCOMPARE(backups.entryList(QDir::Files).size(), 1);
+
+    // The dialog waits for the service without an event loop.
+    std::atomic<bool> isOver{false};
+    std::thread stopper([&] {
+        while (!isOver && backups.entryList({QStringLiteral("*.bin")}, QDir::Files).size() < 2)
+            std::this_thread::yield();
+        world.service.stop();
+    });
+    world.driver.expectMessage(texts::kConfirmReset, text("&Reset"));
+    world.driver.expectMessage(texts::kFailedReset);
+    world.click("factoryResetButton");
+    isOver = true;
+    stopper.join();
+    QVERIFY(world.driver.isDone());
+    QTRY_VERIFY(!world.form().isEnabled());
+    QTRY_COMPARE(world.notice(), text("The printer is not connected. Connect it again to go on."));
+
+    world.start();
+    QTRY_VERIFY_WITH_TIMEOUT(world.form().isEnabled(), kSlow);
+    QVERIFY(world.form().map() == edited);
+    QVERIFY(!world.form().isModified());
+    QVERIFY(world.notice().isEmpty());
 }
 
 void tst_OnboardPreferencesService::leavesABusyMachineAlone()
