@@ -7,6 +7,7 @@
 #include <QFileInfo>
 
 #include <stdexcept>
+#include <string>
 
 #include <windows.h>
 
@@ -43,10 +44,18 @@ bool writePrivateFile(const QString& path, const QByteArray& bytes)
     return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.flush();
 }
 
-// Renaming is journaled with the data here.
-bool syncToDisk(const QFileDevice&)
+// The toolkit keeps its own handle to itself; any other one to the same file does as well.
+bool syncToDisk(const QFileDevice& file)
 {
-    return true;
+    const std::wstring path = QDir::toNativeSeparators(file.fileName()).toStdWString();
+    const HANDLE handle =
+        CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE)
+        return false;
+    const bool isSynced = FlushFileBuffers(handle) != 0;
+    CloseHandle(handle);
+    return isSynced;
 }
 
 // A local socket is a named pipe here and leaves no file.
