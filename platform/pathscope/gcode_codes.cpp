@@ -10,6 +10,7 @@ namespace {
 constexpr double kLargestCelsius = 2000;
 /** Special numbers, such as 255 and 1000, unload or park and are no tools. */
 constexpr double kLargestTool = 99;
+constexpr double kLargestPercentage = 1000;
 /**
  * A line of ten bytes can ask for thousands of chords. Real files have far fewer than one for two
  * bytes; beyond that arcs get as many as keep memory in proportion to the file.
@@ -98,6 +99,9 @@ void GCodeInterpreter::runCommand(char letter, double code, const Parameters& wo
         if (words.has('D'))
             m_extruderUnit = words['D'] > 0 ? 1 / m_filamentArea : 1;
         break;
+    case 2200:
+        setSpeedFactor(words);
+        break;
     default:
         break;
     }
@@ -150,8 +154,7 @@ bool GCodeInterpreter::arc(int code, const Parameters& words, const MoveWords& m
         ++m_skipped.badArcs;
         return this->move(move);
     }
-    if (move.has(F) && move.values[F] > 0)
-        m_builder.setSpeed(std::min(move.values[F] * m_unit, kLargestFeed) / 60);
+    takeFeed(move);
     drawArc(arc, takeFilament(move));
     return true;
 }
@@ -222,6 +225,18 @@ void GCodeInterpreter::setFan(const Parameters& words)
         return;
     // Some firmwares count to 255, some to 1.
     m_builder.setFan(value > 1 ? value / 255 : value);
+}
+
+/** Of all moves, from here on; B keeps the factor that holds now, R takes the kept one again. */
+void GCodeInterpreter::setSpeedFactor(const Parameters& words)
+{
+    if ((words.present & bit('B')) != 0)
+        m_keptSpeedFactor = m_speedFactor;
+    if ((words.present & bit('R')) != 0)
+        m_speedFactor = m_keptSpeedFactor;
+    if (words.has('S') && words['S'] > 0 && words['S'] <= kLargestPercentage)
+        m_speedFactor = words['S'] / 100;
+    m_builder.setSpeed(m_feed * m_speedFactor);
 }
 
 void GCodeInterpreter::selectTool(double number)

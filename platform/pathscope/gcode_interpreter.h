@@ -42,8 +42,9 @@ private:
     /** What lies farther out is a mistake, and a float there hardly tells tenths. */
     static constexpr double kLargestCoordinate = 1e6;
     static constexpr double kLargestFilament = 1e9;
-    /** Millimetres a minute. */
+    /** Millimetres a minute; what is slower would take longer than can be counted. */
     static constexpr double kLargestFeed = 1e7;
+    static constexpr double kSmallestFeed = 0.001;
 
     static bool isIn(double value, double limit) { return value >= -limit && value <= limit; }
     static constexpr unsigned bit(char letter) { return 1U << (letter - 'A'); }
@@ -108,14 +109,22 @@ private:
         return pushed * m_extruderUnit;
     }
 
+    PATHSCOPE_INLINE void takeFeed(const MoveWords& words)
+    {
+        const double feed = words.has(F) ? words.values[F] * m_unit : 0;
+        if (!(feed >= kSmallestFeed))
+            return;
+        m_feed = std::min(feed, kLargestFeed) / 60;
+        m_builder.setSpeed(m_feed * m_speedFactor);
+    }
+
     /** False, and nothing has happened, when a number makes no sense. */
     PATHSCOPE_INLINE bool move(const MoveWords& words)
     {
         Place to;
         if (!target(words, &to))
             return false;
-        if (words.has(F) && words.values[F] > 0)
-            m_builder.setSpeed(std::min(words.values[F] * m_unit, kLargestFeed) / 60);
+        takeFeed(words);
         m_builder.moveTo(to, takeFilament(words));
         return true;
     }
@@ -131,6 +140,7 @@ private:
     void setPlace(const Parameters& words);
     void setTemperature(const Parameters& words);
     void setFan(const Parameters& words);
+    void setSpeedFactor(const Parameters& words);
     void selectTool(double number);
     void skip(const char* begin, const char* end);
 
@@ -154,6 +164,10 @@ private:
     /** Millimetres of filament for one of E: less than one where E counts cubic millimetres. */
     double m_extruderUnit = 1;
     ArcPlane m_plane = ArcPlane::XY;
+    /** Millimetres a second, as the file tells them. */
+    double m_feed = ToolpathBuilder::kDefaultSpeed;
+    double m_speedFactor = 1;
+    double m_keptSpeedFactor = 1;
     std::array<double, kToolCount> m_celsius{};
 };
 

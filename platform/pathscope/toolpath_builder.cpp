@@ -7,8 +7,6 @@ namespace pathscope {
 namespace {
 
 constexpr double kPi = 3.14159265358979323846;
-/** Of a file that never sets one. */
-constexpr float kDefaultSpeed = 25;
 /** Of a layer about whose height nothing is known. */
 constexpr double kDefaultLayerHeight = 0.2;
 /** Less than this apart are two heights of one layer. */
@@ -37,7 +35,7 @@ void add(Amount* amount, double seconds, double millimetres, double filament)
 ToolpathBuilder::ToolpathBuilder(double filamentDiameter)
     : m_filamentArea(kPi / 4 * filamentDiameter * filamentDiameter)
 {
-    m_style.speed = kDefaultSpeed;
+    m_style.speed = static_cast<float>(kDefaultSpeed);
     beginChunk(PathPoint(), kPointsAtOnce + 1);
 }
 

@@ -33,6 +33,9 @@ struct Place
 class ToolpathBuilder
 {
 public:
+    /** Millimetres a second, until one is set. */
+    static constexpr double kDefaultSpeed = 25;
+
     /** @param filamentDiameter in millimetres, positive */
     explicit ToolpathBuilder(double filamentDiameter);
     ~ToolpathBuilder();

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <stdexcept>
@@ -13,6 +14,7 @@
 using namespace pathscope;
 
 Q_DECLARE_METATYPE(std::string)
+Q_DECLARE_METATYPE(std::function<bool(QString)>)
 
 namespace {
 
@@ -34,6 +36,8 @@ struct Sums
     double filament = 0;
     int extruding = 0;
     int layers = 0;
+    /** What comes before the first mark counts in the first layer. */
+    std::vector<double> layerSeconds = {0};
     std::array<double, 3> min = {1e9, 1e9, 1e9};
     std::array<double, 3> max = {-1e9, -1e9, -1e9};
 };
@@ -41,14 +45,19 @@ struct Sums
 Sums sumsOf(const QString& path)
 {
     Sums sums;
-    std::map<char, double> at;
+    std::map<char, double> at = {{'F', 1500}};
     bool relative = false;
     std::ifstream file(path.toStdString());
     for (std::string line; std::getline(file, line);) {
-        sums.layers += line == ";LAYER_CHANGE";
+        if (line == ";LAYER_CHANGE" && sums.layers++ > 0)
+            sums.layerSeconds.push_back(0);
         relative = line.rfind("M83", 0) == 0 || (relative && line.rfind("M82", 0) != 0);
         if (line.rfind("G92 E0", 0) == 0)
             at['E'] = 0;
+        if (line.rfind("G28 X0", 0) == 0) {
+            sums.layerSeconds.back() += at['X'] / at['F'] * 60;
+            at['X'] = 0;
+        }
         if (line.rfind("G1 ", 0) != 0)
             continue;
         std::map<char, double> to = at;
@@ -63,6 +72,8 @@ Sums sumsOf(const QString& path)
         }
         const double length =
             std::hypot(std::hypot(to['X'] - at['X'], to['Y'] - at['Y']), to['Z'] - at['Z']);
+        sums.layerSeconds.back() +=
+            (length > 0 ? length : std::abs(to['E'] - at['E'])) / to['F'] * 60;
         if (length > 0 && to['E'] > at['E']) {
             sums.length += length;
             sums.filament += to['E'] - at['E'];
@@ -137,6 +148,8 @@ private slots:
     void stopsWhenCanceled();
     void saysWhyAFileCannotBeRead();
     void readsAFileWithAnyName();
+    void takesAFileThatChangesWhileItIsRead_data();
+    void takesAFileThatChangesWhileItIsRead();
     void takesNoMoreMemoryThanPointsNeed();
 };
 
@@ -161,6 +174,14 @@ void tst_GcodeFiles::agreesWithIndependentSums()
     QCOMPARE(paths->layers.size(), std::size_t(sums.layers));
     QVERIFY(std::abs(paths->total.millimetres - sums.length) < 1e-6 * sums.length);
     QVERIFY(std::abs(paths->total.filament - sums.filament) < 1e-6 * sums.filament);
+    for (std::size_t i = 0; i < paths->layers.size(); ++i) {
+        const double seconds = paths->layers[i].amount.seconds;
+        QVERIFY2(std::abs(seconds - sums.layerSeconds[i]) < 1e-6 * seconds,
+                 qPrintable(QStringLiteral("layer %1: %2 s, not %3 s")
+                                .arg(i)
+                                .arg(seconds)
+                                .arg(sums.layerSeconds[i])));
+    }
     for (std::size_t i = 0; i < 3; ++i) {
         QCOMPARE(paths->bounds.min[i], sums.min[i]);
         QCOMPARE(paths->bounds.max[i], sums.max[i]);
@@ -402,6 +423,72 @@ void tst_GcodeFiles::readsAFileWithAnyName()
     file.close();
 
     QCOMPARE(movesInWords(*parseGCodeFile(path.toStdString())), QStringLiteral("extrude 1 0 0"));
+}
+
+void tst_GcodeFiles::takesAFileThatChangesWhileItIsRead_data()
+{
+    using Change = std::function<bool(QString)>;
+    QTest::addColumn<Change>("change");
+    QTest::addColumn<int>("moves");
+
+    const auto resized = [](qint64 size) {
+        return Change([size](const QString& path) { return QFile::resize(path, size); });
+    };
+    const auto written = [](QIODevice::OpenMode mode, const QByteArray& text) {
+        return Change([mode, text](const QString& path) {
+            QFile file(path);
+            return file.open(mode) && file.write(text) == text.size();
+        });
+    };
+    QTest::newRow("as it is") << Change([](const QString&) { return true; }) << 5000;
+    QTest::newRow("cut to nothing") << resized(0) << 100;
+    QTest::newRow("cut in a later line") << resized(90'003) << 3000;
+    QTest::newRow("grows") << written(QIODevice::Append, QByteArray(30'000, '\n')) << 5000;
+    QTest::newRow("grows by moves")
+        << written(QIODevice::Append, QByteArray("G1 X1\nG1 X2\n").repeated(2)) << 5004;
+    QTest::newRow("written anew, shorter")
+        << written(QIODevice::WriteOnly, QByteArray("; nothing\n")) << 100;
+    QTest::newRow("removed") << Change([](const QString& path) { return QFile::remove(path); })
+                             << 5000;
+    QTest::newRow("another in its place") << Change([](const QString& path) {
+        QFile other(path + QStringLiteral(".new"));
+        return other.open(QIODevice::WriteOnly) && other.write("G1 X1\n") > 0 &&
+               QFile::remove(path) && other.rename(path);
+    }) << 5000;
+}
+
+/** What stood there when the reading came by is shown; nothing crashes, nothing waits. */
+void tst_GcodeFiles::takesAFileThatChangesWhileItIsRead()
+{
+    QFETCH(std::function<bool(QString)>, change);
+    QFETCH(int, moves);
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("a.gcode"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    // 30 bytes a move, so that one block holds a hundred.
+    for (int i = 0; i < 5000; ++i)
+        file.write(i % 2 == 0 ? "G1 X1 E1 ; 0123456789abcdefgh\n"
+                              : "G1 X2 E2 ; 0123456789abcdefgh\n");
+    file.close();
+    QCOMPARE(file.size(), 150'000);
+    ParseOptions options;
+    options.blockBytes = 3000;
+    bool isChanged = false;
+    bool changed = true;
+    options.progress = [&](double) {
+        if (!isChanged)
+            changed = change(path);
+        isChanged = true;
+    };
+
+    const auto paths = parseGCodeFile(path.toStdString(), options);
+
+    QVERIFY(changed && isChanged);
+    QVERIFY(paths->complete);
+    // The stream reads ahead of what the reader takes.
+    const auto ahead = double(paths->segmentCount) - moves;
+    QVERIFY2(ahead >= -1 && ahead <= 300, qPrintable(QString::number(ahead)));
 }
 
 void tst_GcodeFiles::takesNoMoreMemoryThanPointsNeed()

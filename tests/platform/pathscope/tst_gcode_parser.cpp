@@ -291,6 +291,17 @@ void tst_GcodeParser::styleFollowsTheMachine_data()
     row("feed", "G1 F1200\n", 20, 0, 0, 0);
     row("feed of an earlier travel", "G0 X5 F600\n", 10, 0, 0, 0);
     row("feed of none", "G1 F600\nG1 F0\nG1 F-5\n", 10, 0, 0, 0);
+    row("feed too small to count",
+        "G1 F600\nG1 F.00000000000000000000000000000000000000000000001\n", 10, 0, 0, 0);
+    row("speed factor", "G1 F600\nM220 S50\n", 5, 0, 0, 0);
+    row("speed factor before the feed", "M220 S50\nG1 F1200\n", 10, 0, 0, 0);
+    row("speed factor without a feed", "M220 S200\n", 50, 0, 0, 0);
+    row("speed factors do not add up", "G1 F600\nM220 S50\nM220 S50\n", 5, 0, 0, 0);
+    row("speed factor kept and taken again", "G1 F600\nM220 S80\nM220 B\nM220 S10\nM220 R\n", 8, 0,
+        0, 0);
+    row("no speed factor", "G1 F600\nM220\nM220 S0\nM220 S-5\nM220 Snan\nM220 S1001\n", 10, 0, 0,
+        0);
+    row("flow factor", "G1 F600\nM221 S50\n", 10, 0, 0, 0);
     row("feed in inches", "G20\nG1 F60\nG21\n", 25.4, 0, 0, 0);
     row("temperature", "M104 S200\n", 25, 200, 0, 0);
     row("temperature waited for", "M109 R210\n", 25, 210, 0, 0);
