@@ -3,6 +3,7 @@
 #include "pathscope/gcode_parser.h"
 #include "pathscope/printed_bounds.h"
 
+#include <trovek/log.h>
 #include <trovek/text.h>
 
 #include <QDir>
@@ -17,6 +18,8 @@
 namespace pathscope {
 
 namespace {
+
+constexpr char kLogUnit[] = "platform\\pathscope\\toolpath_loader";
 
 enum class Outcome { Running, Finished, Failed, OutOfMemory };
 
@@ -153,15 +156,18 @@ private:
         const QString name = QDir::toNativeSeparators(file);
         if (news.outcome == Outcome::OutOfMemory)
             return tr("There is not enough memory to read %1.").arg(name);
-        // The reader's own texts are in English; these are what users meet.
+        // What the reader says is in English; these are what users meet.
         const QFileInfo info(file);
         if (!info.exists())
             return tr("The file %1 does not exist.").arg(name);
         if (info.isDir())
             return tr("%1 is a folder.").arg(name);
+        if (!info.isFile())
+            return tr("%1 is not a file.").arg(name);
         if (!info.isReadable())
             return tr("The file %1 may not be read.").arg(name);
-        return tr("The file %1 cannot be read: %2").arg(name, trovek::toQString(news.reason));
+        TROVEK_LOG(1) << news.reason << std::endl;
+        return tr("The file %1 cannot be read.").arg(name);
     }
 };
 

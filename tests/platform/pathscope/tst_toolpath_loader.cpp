@@ -16,6 +16,8 @@
 #include <stdexcept>
 #include <thread>
 
+#include <sys/stat.h>
+
 using namespace pathscope;
 
 namespace {
@@ -251,6 +253,7 @@ void tst_ToolpathLoader::filesThatCannotBeReadFail_data()
     QTest::newRow("a file that is not there")
         << QStringLiteral("none.gcode") << QStringLiteral("The file %1 does not exist.");
     QTest::newRow("a folder") << QStringLiteral("folder") << QStringLiteral("%1 is a folder.");
+    QTest::newRow("a pipe") << QStringLiteral("pipe") << QStringLiteral("%1 is not a file.");
 }
 
 void tst_ToolpathLoader::filesThatCannotBeReadFail()
@@ -259,6 +262,7 @@ void tst_ToolpathLoader::filesThatCannotBeReadFail()
     QFETCH(QString, reason);
     QTemporaryDir folder;
     QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("folder")));
+    QCOMPARE(::mkfifo(QFile::encodeName(folder.filePath(QStringLiteral("pipe"))), 0600), 0);
     const QString path = folder.filePath(name);
     ToolpathLoader loader;
     Heard ear(loader);
@@ -277,7 +281,7 @@ void tst_ToolpathLoader::whatIsThrownFails_data()
     QTest::addColumn<QString>("reason");
 
     QTest::newRow("an error of the reader")
-        << false << QStringLiteral("The file %1 cannot be read: torn \u20ac");
+        << false << QStringLiteral("The file %1 cannot be read.");
     QTest::newRow("no memory") << true << QStringLiteral("There is not enough memory to read %1.");
 }
 
