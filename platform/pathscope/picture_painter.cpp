@@ -51,6 +51,26 @@ Orvane::BoundingBox groundBox(const ToolpathScene& scene)
             paths.xMax + kMargin, paths.yMax + kMargin, z};
 }
 
+/** Visits neighbouring layers of one colour together: each change of it is a call to OpenGL more.
+ */
+template <typename Visit>
+void visitRuns(const std::vector<std::uint32_t>& colours, std::size_t first, std::size_t end,
+               Visit visit)
+{
+    while (first < end) {
+        std::size_t stop = first + 1;
+        while (stop < end && colours[stop] == colours[first])
+            ++stop;
+        visit(first, stop - 1);
+        first = stop;
+    }
+}
+
+SegmentRange overlap(SegmentRange a, SegmentRange b)
+{
+    return {std::max(a.first, b.first), std::min(a.end, b.end)};
+}
+
 } // namespace
 
 /** What a picture depends on beside the range of segments. */
@@ -274,14 +294,16 @@ void PicturePainter::drawSegments(SegmentRange segments)
         m_renderer.draw(segments);
         return;
     }
+    if (segments.isEmpty())
+        return;
     const Toolpaths& toolpaths = *m_look->toolpaths;
-    for (std::size_t layer = toolpaths.layerOf(segments.first);
-         layer < toolpaths.layers.size() && toolpaths.layers[layer].segments.first < segments.end;
-         ++layer) {
-        const SegmentRange& all = toolpaths.layers[layer].segments;
-        m_renderer.setColour(colours[layer]);
-        m_renderer.draw({std::max(all.first, segments.first), std::min(all.end, segments.end)});
-    }
+    const std::vector<Layer>& layers = toolpaths.layers;
+    visitRuns(colours, toolpaths.layerOf(segments.first), toolpaths.layerOf(segments.end - 1) + 1,
+              [&](std::size_t first, std::size_t last) {
+                  m_renderer.setColour(colours[first]);
+                  m_renderer.draw(
+                      overlap(segments, {layers[first].segments.first, layers[last].segments.end}));
+              });
     m_renderer.setColour(0);
 }
 
@@ -332,14 +354,13 @@ void PicturePainter::drawCoarse(SegmentRange segments)
         m_renderer.drawCoarse(segments);
         return;
     }
-    for (std::size_t layer = 0; layer < colours.size(); ++layer) {
-        SegmentRange one = m_coarse.part(layer, layer).segments;
-        one = {std::max(one.first, segments.first), std::min(one.end, segments.end)};
-        if (one.isEmpty())
-            continue;
-        m_renderer.setColour(colours[layer]);
-        m_renderer.drawCoarse(one);
-    }
+    visitRuns(colours, 0, colours.size(), [&](std::size_t first, std::size_t last) {
+        const SegmentRange wanted = overlap(segments, m_coarse.part(first, last).segments);
+        if (wanted.isEmpty())
+            return;
+        m_renderer.setColour(colours[first]);
+        m_renderer.drawCoarse(wanted);
+    });
     m_renderer.setColour(0);
 }
 

@@ -3,6 +3,7 @@
 #include "gl_program.h"
 #include "picture_painter.h"
 
+#include "pathscope/camera_gestures.h"
 #include "pathscope/toolpath_loader.h"
 #include "pathscope/toolpath_overlay.h"
 #include "pathscope/toolpath_scene.h"
@@ -19,8 +20,6 @@
 #include <QPointer>
 #include <QTimer>
 
-#include <cmath>
-
 namespace pathscope {
 
 namespace {
@@ -33,7 +32,6 @@ constexpr int kSliceMilliseconds = 8;
 /** The first picture after a change of size is drawn at once, if it takes no longer. */
 constexpr int kFirstPictureMilliseconds = 100;
 constexpr int kRestMilliseconds = 300;
-constexpr double kZoomAStep = 1.15;
 
 QGLFormat wantedFormat()
 {
@@ -53,8 +51,6 @@ QGLFormat wantedFormat()
 class ToolpathGLWidget::Private
 {
 public:
-    enum class Gesture { None, Turn, Move };
-
     Private(ToolpathGLWidget& view, SceneSetting setting)
         : q(view)
         , scene(std::move(setting))
@@ -67,6 +63,7 @@ public:
     void goTo(int preset);
     void setCamera(const Camera& camera);
     void cameraMoved();
+    void showGesture();
     void updateMotion();
     void takeSize();
     void work();
@@ -78,6 +75,11 @@ public:
     void completeIfDone();
 
     QSizeF window() const { return notice->size(); }
+    /** A place of the view's where there is a picture. */
+    bool isOnPicture(QPoint position) const
+    {
+        return why.isEmpty() && notice->geometry().contains(position);
+    }
     QPointF inPicture(QPointF position) const { return position - QPointF(notice->pos()); }
     bool isOrthographic() const { return scene.viewModel()->isOrthographic(); }
 
@@ -97,8 +99,7 @@ public:
     /** By painters that are gone. */
     std::uint64_t uploadedBefore = 0;
 
-    Gesture gesture = Gesture::None;
-    QPointF lastPosition;
+    CameraGestures gestures;
     /** Once the user has looked somewhere, the view does not look elsewhere by itself. */
     bool cameraIsTheUsers = false;
     /** A file was asked for, and pictureComplete() was not emitted yet. */
@@ -287,6 +288,21 @@ void ToolpathGLWidget::Private::cameraMoved()
     updateMotion();
 }
 
+void ToolpathGLWidget::Private::showGesture()
+{
+    switch (gestures.kind()) {
+    case CameraGestures::Kind::None:
+        q.setCursor(Qt::OpenHandCursor);
+        break;
+    case CameraGestures::Kind::Turn:
+        q.setCursor(Qt::ClosedHandCursor);
+        break;
+    case CameraGestures::Kind::Move:
+        q.setCursor(Qt::SizeAllCursor);
+        break;
+    }
+}
+
 void ToolpathGLWidget::Private::updateMotion()
 {
     if (painter != nullptr)
@@ -459,58 +475,44 @@ void ToolpathGLWidget::changeEvent(QEvent* event)
 
 void ToolpathGLWidget::mousePressEvent(QMouseEvent* event)
 {
-    const bool left = event->button() == Qt::LeftButton;
-    if ((!left && event->button() != Qt::MiddleButton) ||
-        !d->notice->geometry().contains(event->pos()) || !d->why.isEmpty()) {
+    if (!d->isOnPicture(event->pos()) ||
+        !d->gestures.press(event->button(), event->modifiers(), d->inPicture(event->localPos()))) {
         event->ignore();
         return;
     }
-    const bool moves = !left || (event->modifiers() & Qt::ShiftModifier) != 0;
-    d->gesture = moves ? Private::Gesture::Move : Private::Gesture::Turn;
-    d->lastPosition = event->localPos();
-    setCursor(moves ? Qt::SizeAllCursor : Qt::ClosedHandCursor);
+    d->showGesture();
 }
 
 void ToolpathGLWidget::mouseMoveEvent(QMouseEvent* event)
 {
-    if (d->gesture == Private::Gesture::None)
-        return;
-    const QPointF delta = event->localPos() - d->lastPosition;
-    d->lastPosition = event->localPos();
     Camera camera = d->scene.camera();
-    if (d->gesture == Private::Gesture::Turn)
-        camera.orbit(delta);
-    else
-        camera.pan(delta, d->window(), d->isOrthographic());
-    d->setCamera(camera);
+    if (d->gestures.drag(camera, event->buttons(), d->inPicture(event->localPos()), d->window(),
+                         d->isOrthographic()))
+        d->setCamera(camera);
+    d->showGesture();
 }
 
-void ToolpathGLWidget::mouseReleaseEvent(QMouseEvent* /*event*/)
+void ToolpathGLWidget::mouseReleaseEvent(QMouseEvent* event)
 {
-    d->gesture = Private::Gesture::None;
-    setCursor(Qt::OpenHandCursor);
+    d->gestures.release(event->button());
+    d->showGesture();
 }
 
 void ToolpathGLWidget::mouseDoubleClickEvent(QMouseEvent* event)
 {
-    if (event->button() != Qt::LeftButton || !d->notice->geometry().contains(event->pos()))
-        return;
-    d->goTo(-1);
+    if (event->button() == Qt::LeftButton && d->isOnPicture(event->pos()))
+        d->goTo(-1);
 }
 
 void ToolpathGLWidget::wheelEvent(QWheelEvent* event)
 {
-    if (!d->notice->geometry().contains(event->position().toPoint()) || !d->why.isEmpty()) {
-        event->ignore();
+    event->setAccepted(d->isOnPicture(event->position().toPoint()));
+    if (!event->isAccepted())
         return;
-    }
-    constexpr double kUnitsAStep = 120;
-    const double steps = event->angleDelta().y() / kUnitsAStep;
     Camera camera = d->scene.camera();
-    camera.zoom(float(std::pow(kZoomAStep, steps)), d->inPicture(event->position()), d->window(),
-                d->isOrthographic());
-    d->setCamera(camera);
-    event->accept();
+    if (CameraGestures::wheel(camera, event->angleDelta().y(), d->inPicture(event->position()),
+                              d->window(), d->isOrthographic()))
+        d->setCamera(camera);
 }
 
 } // namespace pathscope

@@ -2,7 +2,10 @@
 
 #include "support/test_log.h"
 
+#include <QGLContext>
 #include <QLabel>
+#include <QOpenGLContext>
+#include <QPointer>
 #include <QScreen>
 #include <QWindow>
 
@@ -81,6 +84,7 @@ private slots:
     void movingIsCoarseAndThenFull();
     void resizingKeepsThePictureRight();
     void survivesAnotherParent();
+    void rebuildsALostContext();
     void sharesAContext();
     void aMissingFileIsToldAndLeavesTheViewEmpty();
     void aSecondFileTakesThePlaceOfTheFirst();
@@ -488,6 +492,35 @@ void tst_ToolpathGLWidget::survivesAnotherParent()
     shown.view->show();
     QVERIFY(shown.settle());
     QTRY_VERIFY(shown.settle() && isRed(shown.picture().pixel(onTheWall(shown, 5))));
+}
+
+void tst_ToolpathGLWidget::rebuildsALostContext()
+{
+    trovek::TestLog log;
+    ViewInAWindow shown;
+    QVERIFY(shown.open(towerText(50)));
+    const QImage before = shown.picture();
+    QSignalSpy complete(shown.view, &ToolpathGLWidget::pictureComplete);
+
+    // Twice: what is built in the place of the first one may be lost as well.
+    for (int i = 1; i <= 2; ++i) {
+        const QPointer<QOpenGLContext> lost = shown.view->context()->contextHandle();
+        const std::uint64_t uploaded = shown.view->uploadedBytes();
+
+        shown.view->setContext(new QGLContext(shown.view->context()->requestedFormat()));
+        QVERIFY(lost.isNull());
+        shown.view->update();
+
+        QTRY_VERIFY_WITH_TIMEOUT(shown.view->uploadedBytes() > uploaded, kPatienceMs);
+        QVERIFY(shown.settle());
+        QCOMPARE(shown.view->whyNoPicture(), QString());
+        QVERIFY(shown.picture() == before);
+    }
+    shown.model()->layerDown();
+    QVERIFY(shown.settle());
+    QVERIFY(shown.picture() != before);
+    // Of the file, which was read long before.
+    QCOMPARE(complete.count(), 0);
 }
 
 void tst_ToolpathGLWidget::sharesAContext()
