@@ -9,6 +9,12 @@ HeightBox::HeightBox(QWidget* parent)
     setSuffix(tr(" mm"));
 }
 
+QValidator::State HeightBox::validate(QString& input, int& position) const
+{
+    input.replace(QLatin1Char('.'), locale().decimalPoint());
+    return QDoubleSpinBox::validate(input, position);
+}
+
 void HeightBox::stepBy(int steps)
 {
     emit stepped(steps);

@@ -6,6 +6,7 @@
 #include <QWheelEvent>
 
 #include <algorithm>
+#include <utility>
 
 namespace pathscope {
 namespace {
@@ -54,13 +55,11 @@ void LayerSlider::setLayers(int count, int first, int last, bool single)
     count = std::max(count, 0);
     last = std::clamp(last, 0, std::max(count - 1, 0));
     first = single ? last : std::clamp(first, 0, last);
-    if (count == m_count && first == m_first && last == m_last && single == m_single)
-        return;
+    if (count != m_count || single != m_single)
+        update();
     m_count = count;
-    m_first = first;
-    m_last = last;
     m_single = single;
-    update();
+    place(first, last);
 }
 
 QSize LayerSlider::sizeHint() const
@@ -223,10 +222,21 @@ void LayerSlider::moveTo(int first, int last)
 {
     if (first == m_first && last == m_last)
         return;
+    place(first, last);
+    emit rangeMoved(first, last);
+}
+
+void LayerSlider::place(int first, int last)
+{
+    const QRectF upper = upperHandle();
+    const QRectF lower = lowerHandle();
     m_first = first;
     m_last = last;
-    update();
-    emit rangeMoved(first, last);
+    // A step draws what lies between the old and the new place, not all of the groove.
+    for (const auto& [before, now] : {std::pair(upper, upperHandle()), {lower, lowerHandle()}}) {
+        if (before != now)
+            update(before.united(now).toAlignedRect().adjusted(-1, -1, 1, 1));
+    }
 }
 
 void LayerSlider::wheelEvent(QWheelEvent* event)

@@ -57,6 +57,7 @@ private:
     void drag(qreal y);
     void setHover(Part part);
     void moveTo(int first, int last);
+    void place(int first, int last);
     void moveLast(int last);
     void moveFirst(int first);
 

@@ -39,6 +39,24 @@ QString shareText(double share)
     return LegendList::tr("%1 %").arg(QLocale().toString(std::lround(share * 100)));
 }
 
+void fill(QListWidgetItem& item, const LegendEntry& entry)
+{
+    const QString share = shareText(entry.share);
+    const QString time = durationText(entry.amount.seconds);
+    const QString filament =
+        entry.amount.filament > 0 ? filamentText(entry.amount.filament) : QString();
+    QStringList words{entry.name, time, filament, LegendList::tr("%1 of the time").arg(share)};
+    words.removeAll(QString());
+    const QString sentence = words.join(QStringLiteral(", "));
+    item.setText(entry.name);
+    item.setData(Qt::DecorationRole, entry.colour);
+    item.setData(ShareRole, share);
+    item.setData(TimeRole, time);
+    item.setData(FilamentRole, filament);
+    item.setToolTip(Qt::convertFromPlainText(sentence, Qt::WhiteSpaceNormal));
+    item.setData(Qt::AccessibleTextRole, sentence);
+}
+
 /** Two lines: swatch, name and share; below, smaller, time and filament. */
 class EntryDelegate : public QStyledItemDelegate
 {
@@ -108,26 +126,16 @@ LegendList::LegendList(QWidget* parent)
 
 void LegendList::setEntries(const std::vector<LegendEntry>& entries)
 {
-    const bool isOtherHeight = int(entries.size()) != count();
-    clear();
-    for (const LegendEntry& entry : entries) {
-        const QString share = shareText(entry.share);
-        const QString time = durationText(entry.amount.seconds);
-        const QString filament =
-            entry.amount.filament > 0 ? filamentText(entry.amount.filament) : QString();
-        auto* item = new QListWidgetItem(entry.name, this);
-        item->setFlags(Qt::ItemIsEnabled);
-        item->setData(Qt::DecorationRole, entry.colour);
-        item->setData(ShareRole, share);
-        item->setData(TimeRole, time);
-        item->setData(FilamentRole, filament);
-        QStringList words{entry.name, time, filament, tr("%1 of the time").arg(share)};
-        words.removeAll(QString());
-        const QString sentence = words.join(QStringLiteral(", "));
-        item->setToolTip(Qt::convertFromPlainText(sentence, Qt::WhiteSpaceNormal));
-        item->setData(Qt::AccessibleTextRole, sentence);
-    }
-    if (isOtherHeight)
+    const int before = count();
+    const int wanted = int(entries.size());
+    // Rows are used again, so that the list stays where a user has scrolled it to.
+    while (count() > wanted)
+        delete takeItem(count() - 1);
+    while (count() < wanted)
+        (new QListWidgetItem(this))->setFlags(Qt::ItemIsEnabled);
+    for (int row = 0; row < wanted; ++row)
+        fill(*item(row), entries[std::size_t(row)]);
+    if (wanted != before)
         updateGeometry();
 }
 

@@ -24,6 +24,7 @@ namespace pathscope {
 namespace {
 
 constexpr int kProgressSteps = 1000;
+constexpr Qt::Alignment kBeginning = Qt::AlignLeft | Qt::AlignVCenter;
 
 QString tr(const char* text)
 {
@@ -47,9 +48,15 @@ Box* numberBox(QWidget* parent, const char* name, const QString& toolTip, const 
     box->setKeyboardTracking(false);
     box->setGroupSeparatorShown(true);
     box->setAlignment(Qt::AlignRight);
-    box->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    box->setMinimumWidth(box->fontMetrics().horizontalAdvance(QStringLiteral("000000")) + 34);
     return box;
+}
+
+/** Wide enough for the numbers of nearly all files, so that the boxes stand as one column. */
+QSize sizeOf(const QAbstractSpinBox& box)
+{
+    constexpr int kFrameAndArrows = 34;
+    const int width = box.fontMetrics().horizontalAdvance(QStringLiteral("0,000,000"));
+    return box.minimumSizeHint().expandedTo({width + kFrameAndArrows, 0});
 }
 
 QCheckBox* checkBox(QWidget* parent, const char* name, const QString& text, const QString& toolTip)
@@ -110,12 +117,12 @@ OverlayForm::OverlayForm(QWidget& panel)
     : slider(named(new LayerSlider(&panel), "layerSlider",
                    tr("Drag the handles to choose the layers that are shown"), tr("Layers")))
 {
-    auto* area = new QScrollArea(&panel);
-    area->setFrameShape(QFrame::NoFrame);
-    area->setWidgetResizable(true);
-    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    area->setFocusPolicy(Qt::NoFocus);
-    m_column = new QWidget(area);
+    m_area = new QScrollArea(&panel);
+    m_area->setFrameShape(QFrame::NoFrame);
+    m_area->setWidgetResizable(true);
+    m_area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_area->setFocusPolicy(Qt::NoFocus);
+    m_column = new QWidget(m_area);
     auto* column = new ShrinkingColumn(m_column);
     column->setContentsMargins(2, 0, 2, 0);
     column->setSpacing(6);
@@ -127,14 +134,13 @@ OverlayForm::OverlayForm(QWidget& panel)
     makeSwitches(*column);
     makeViews(*column);
     column->addStretch(1);
-    area->setWidget(m_column);
-    area->setMinimumWidth(column->minimumSize().width() +
-                          area->verticalScrollBar()->sizeHint().width());
+    m_area->setWidget(m_column);
+    takeFont();
 
     auto* row = new QHBoxLayout;
     row->setSpacing(6);
     row->addWidget(slider);
-    row->addWidget(area, 1);
+    row->addWidget(m_area, 1);
     auto* rows = new QVBoxLayout(&panel);
     rows->setContentsMargins(6, 8, 6, 8);
     rows->addLayout(row, 1);
@@ -150,7 +156,10 @@ void OverlayForm::makeNavigation(QBoxLayout& column)
     height = numberBox<HeightBox>(m_column, "heightBox",
                                   tr("The height of the topmost layer: type one to go there"),
                                   tr("Height of the top layer"));
+    // A point in it is one of decimals; see HeightBox.
+    height->setGroupSeparatorShown(false);
     layerInfo = textLabel(m_column, "layerInfo");
+    layerInfo->setWordWrap(false);
     from = numberBox<QSpinBox>(m_column, "fromBox", tr("The lowest layer that is shown"),
                                tr("Lowest layer"));
     move = numberBox<QSpinBox>(m_column, "moveBox",
@@ -165,18 +174,18 @@ void OverlayForm::makeNavigation(QBoxLayout& column)
     grid->setHorizontalSpacing(6);
     grid->setVerticalSpacing(4);
     grid->addWidget(buddyLabel(tr("&Layer:"), layer), 0, 0);
-    grid->addWidget(layer, 0, 1);
-    grid->addWidget(layerCount, 0, 2);
+    grid->addWidget(layer, 0, 1, kBeginning);
+    grid->addWidget(layerCount, 0, 2, kBeginning);
     grid->addWidget(buddyLabel(tr("Hei&ght:"), height), 1, 0);
-    grid->addWidget(height, 1, 1);
-    grid->addWidget(layerInfo, 2, 0, 1, 3);
+    grid->addWidget(height, 1, 1, kBeginning);
+    grid->addWidget(layerInfo, 2, 0, 1, 3, kBeginning);
     grid->addWidget(buddyLabel(tr("Fr&om:"), from), 3, 0);
-    grid->addWidget(from, 3, 1);
+    grid->addWidget(from, 3, 1, kBeginning);
     grid->addWidget(buddyLabel(tr("Mov&es:"), move), 4, 0);
-    grid->addWidget(move, 4, 1);
-    grid->addWidget(moveCount, 4, 2);
+    grid->addWidget(move, 4, 1, kBeginning);
+    grid->addWidget(moveCount, 4, 2, kBeginning);
     grid->addWidget(moves, 5, 0, 1, 3);
-    grid->setColumnStretch(1, 1);
+    grid->setColumnStretch(2, 1);
     column.addLayout(grid);
 }
 
@@ -270,6 +279,33 @@ void OverlayForm::makeProgress(QWidget& panel, QBoxLayout& rows)
     progress->setFormat(tr("Reading: %p %"));
     progress->hide();
     rows.addWidget(progress);
+}
+
+void OverlayForm::takeFont()
+{
+    for (QAbstractSpinBox* box :
+         std::initializer_list<QAbstractSpinBox*>{layer, height, from, move})
+        box->setFixedSize(sizeOf(*box));
+    for (QLabel* label : {layerCount, layerInfo, moveCount})
+        label->setFixedSize(label->minimumSizeHint());
+    widen();
+}
+
+void OverlayForm::growToContent(QWidget& widget)
+{
+    const QSize needed = widget.minimumSizeHint().expandedTo(widget.minimumSize());
+    if (needed == widget.minimumSize())
+        return;
+    widget.setFixedSize(needed);
+    widen();
+}
+
+void OverlayForm::widen()
+{
+    // Before that the layout answers with what it knew.
+    m_column->layout()->activate();
+    m_area->setMinimumWidth(m_column->layout()->minimumSize().width() +
+                            m_area->verticalScrollBar()->sizeHint().width());
 }
 
 void OverlayForm::setNavigable(bool navigable, bool singleLayer)

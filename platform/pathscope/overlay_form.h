@@ -9,6 +9,7 @@ class QComboBox;
 class QFrame;
 class QLabel;
 class QProgressBar;
+class QScrollArea;
 class QSlider;
 class QSpinBox;
 class QWidget;
@@ -35,6 +36,15 @@ public:
 
     /** Whether there are layers to go through, and whether a range has a beginning of its own. */
     void setNavigable(bool navigable, bool singleLayer);
+
+    /** Sizes the number boxes, and the labels beside and below them, for the font of the panel. */
+    void takeFont();
+
+    /**
+     * Gives one of those room for what it shows now. Their sizes are fixed and only grow: a step
+     * through the layers then lays nothing out anew, and nothing moves to and fro.
+     */
+    void growToContent(QWidget& widget);
 
     LayerSlider* slider = nullptr;
     QSpinBox* layer = nullptr;
@@ -64,6 +74,10 @@ private:
     void makeViews(QBoxLayout& column);
     void makeProgress(QWidget& panel, QBoxLayout& rows);
 
+    /** Makes the panel as wide as its contents and a scroll bar need. */
+    void widen();
+
+    QScrollArea* m_area = nullptr;
     QWidget* m_column = nullptr;
 };
 

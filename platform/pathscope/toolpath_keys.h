@@ -4,6 +4,8 @@
 
 #include <QObject>
 
+class QAction;
+
 namespace pathscope {
 
 class ToolpathOverlay;
@@ -15,7 +17,7 @@ class ToolpathScene;
  * Up and Down go by a layer, PageUp and PageDown by ten, Home and End to the first and the last;
  * O changes between perspective and orthographic, X shows one layer alone, F fits. They work
  * wherever the focus is in the context, in number boxes too, which would keep letters, Home and
- * End to themselves.
+ * End to themselves. Those that step repeat while they are held down.
  */
 class PATHSCOPE_EXPORT ToolpathKeys : public QObject
 {
@@ -34,7 +36,9 @@ protected:
 
 private:
     template <typename Receiver, typename Slot>
-    void add(const char* name, const QString& text, int key, Receiver* receiver, Slot slot);
+    QAction& add(const char* name, const QString& text, int key, Receiver* receiver, Slot slot);
+    template <typename Receiver, typename Slot>
+    void addSwitch(const char* name, const QString& text, int key, Receiver* receiver, Slot slot);
     void follow(QWidget* old, QWidget* now);
 
     QWidget& m_owner;

@@ -4,6 +4,7 @@
 #include "pathscope/layer_slider.h"
 #include "pathscope/legend_list.h"
 #include "pathscope/overlay_form.h"
+#include "pathscope/toolpath_colouring.h"
 #include "pathscope/toolpath_scene.h"
 #include "pathscope/toolpath_texts.h"
 #include "pathscope/toolpath_view_model.h"
@@ -27,18 +28,7 @@ namespace {
 
 constexpr int kWidth = 248;
 
-/** Keeps what a user is typing where the number is the same. */
-template <typename Box, typename Number>
-void put(Box& box, Number lowest, Number highest, Number value)
-{
-    const QSignalBlocker quiet(box);
-    if (box.minimum() != lowest || box.maximum() != highest)
-        box.setRange(lowest, highest);
-    if (box.value() != value)
-        box.setValue(value);
-}
-
-void put(QCheckBox& box, bool checked)
+void check(QCheckBox& box, bool checked)
 {
     const QSignalBlocker quiet(box);
     box.setChecked(checked);
@@ -66,6 +56,10 @@ public:
         , form(owner)
     {}
 
+    template <typename Box, typename Number>
+    void put(Box& box, Number lowest, Number highest, Number value);
+    void put(QLabel& label, const QString& text);
+
     void showAll();
     void showLayers();
     void showMoves();
@@ -79,6 +73,27 @@ public:
     OverlayForm form;
     QString error;
 };
+
+template <typename Box, typename Number>
+void ToolpathOverlay::Private::put(Box& box, Number lowest, Number highest, Number value)
+{
+    const QSignalBlocker quiet(box);
+    if (box.minimum() != lowest || box.maximum() != highest) {
+        box.setRange(lowest, highest);
+        form.growToContent(box);
+    }
+    // Keeps what a user is typing where the number is the same.
+    if (box.value() != value)
+        box.setValue(value);
+}
+
+void ToolpathOverlay::Private::put(QLabel& label, const QString& text)
+{
+    if (text == label.text())
+        return;
+    label.setText(text);
+    form.growToContent(label);
+}
 
 void ToolpathOverlay::Private::showAll()
 {
@@ -95,16 +110,16 @@ void ToolpathOverlay::Private::showLayers()
     const int last = model.lastLayer();
     form.slider->setLayers(count, model.firstLayer(), last, model.isSingleLayer());
     put(*form.layer, std::min(count, 1), count, last + 1);
-    form.layerCount->setText(ofText(count));
+    put(*form.layerCount, ofText(count));
     put(*form.from, std::min(count, 1), count, model.firstLayer() + 1);
-    put(*form.single, model.isSingleLayer());
+    check(*form.single, model.isSingleLayer());
     form.setNavigable(count > 0, model.isSingleLayer());
 
     const auto paths = scene.toolpaths();
     const auto index = static_cast<std::size_t>(last);
     if (index >= paths->layers.size()) {
         put(*form.height, 0.0, 0.0, 0.0);
-        form.layerInfo->clear();
+        put(*form.layerInfo, QString());
         return;
     }
     const Layer& layer = paths->layers[index];
@@ -112,19 +127,21 @@ void ToolpathOverlay::Private::showLayers()
     const double high = paths->bounds.valid ? paths->bounds.max[2] : 0;
     const double z = asShown(layer.z);
     put(*form.height, std::min({0.0, asShown(low), z}), std::max({0.0, asShown(high), z}), z);
-    form.layerInfo->setText(
-        tr("%1 mm thick, %2")
-            .arg(QLocale().toString(layer.height, 'f', 2), durationText(layer.amount.seconds)));
+    put(*form.layerInfo, tr("%1 mm thick, %2")
+                             .arg(QLocale().toString(layer.height, 'f', 2),
+                                  durationText(layer.amount.seconds * timeScaleOf(*paths))));
 }
 
 void ToolpathOverlay::Private::showMoves()
 {
     const int count = model.moveCount();
-    put(*form.moves, 0, count, model.shownMoves());
+    const QSignalBlocker quiet(form.moves);
+    form.moves->setRange(0, count);
+    form.moves->setValue(model.shownMoves());
     // About a hundred steps from end to end, whatever the layer.
     form.moves->setPageStep(std::max(1, count / 100));
     put(*form.move, 0, count, model.shownMoves());
-    form.moveCount->setText(ofText(count));
+    put(*form.moveCount, ofText(count));
 }
 
 void ToolpathOverlay::Private::showColours()
@@ -155,9 +172,9 @@ void ToolpathOverlay::Private::showTotals()
 
 void ToolpathOverlay::Private::showChoices()
 {
-    put(*form.travels, model.showsTravels());
-    put(*form.retractions, model.showsRetractions());
-    put(*form.orthographic, model.isOrthographic());
+    check(*form.travels, model.showsTravels());
+    check(*form.retractions, model.showsRetractions());
+    check(*form.orthographic, model.isOrthographic());
 }
 
 void ToolpathOverlay::Private::setHeight(double millimetres)
@@ -281,6 +298,13 @@ bool ToolpathOverlay::eventFilter(QObject* watched, QEvent* event)
         return true;
     }
     return QWidget::eventFilter(watched, event);
+}
+
+void ToolpathOverlay::changeEvent(QEvent* event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange)
+        d->form.takeFont();
 }
 
 } // namespace pathscope
