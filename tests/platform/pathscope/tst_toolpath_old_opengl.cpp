@@ -2,7 +2,6 @@
 
 #include "support/test_log.h"
 
-#include <QGLContext>
 #include <QLabel>
 
 using namespace pathscope;
