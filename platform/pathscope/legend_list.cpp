@@ -128,7 +128,7 @@ void LegendList::setEntries(const std::vector<LegendEntry>& entries)
 {
     const int before = count();
     const int wanted = int(entries.size());
-    // Rows are used again, so that the list stays where a user has scrolled it to.
+    // Rows are used again: whoever reads one, such as a screen reader, does not lose it.
     while (count() > wanted)
         delete takeItem(count() - 1);
     while (count() < wanted)

@@ -137,6 +137,7 @@ void tst_ToolpathOverlay::endsANumberWithoutTheDefaultButton()
     auto* button = new QPushButton(&opened.window);
     button->setDefault(true);
     opened.window.layout()->addWidget(button);
+    button->show();
     QSignalSpy clicks(button, &QPushButton::clicked);
     for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
         opened.type(opened.box("layerBox"), "9");
