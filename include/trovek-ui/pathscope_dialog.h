@@ -21,8 +21,8 @@ class Printer;
  *
  * accepted() comes when the user agrees, rejected() otherwise. The view opens where there is no
  * OpenGL too, and then tells in words what will be made. The keys of the view (Up, Down, PageUp,
- * PageDown, Home, End, O, X, F) work wherever the focus is. The dialog deletes itself when it is
- * closed. GUI thread only.
+ * PageDown, Home, End, O, X, F) work wherever the focus is. Its parent's window waits for the
+ * answer. The dialog deletes itself when it is closed. GUI thread only.
  */
 class TROVEK_UI_EXPORT PathscopeDialog : public QDialog
 {

@@ -72,6 +72,7 @@ PathscopeDialog::PathscopeDialog(QGLWidget* share, const Printer* printer,
     setObjectName(QStringLiteral("pathscopeDialog"));
     setWindowTitle(tr("Toolpath Visualization"));
     setAttribute(Qt::WA_DeleteOnClose);
+    setWindowModality(Qt::WindowModal);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 
     auto& view = *d->view;

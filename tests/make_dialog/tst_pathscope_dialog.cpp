@@ -50,6 +50,12 @@ private slots:
     void takesDigitsInTheNumberBoxes();
     void leavesKeysToAnOpenList();
     void leavesOtherWindowsTheirKeys();
+    void leavesKeysWithModifiersAlone();
+    void switchesOnceWhileAKeyIsHeld();
+    void goesOnFromATypedNumber();
+    void survivesItsEndWhileItReads_data();
+    void survivesItsEndWhileItReads();
+    void holdsUpItsParentOnly();
     void fitsASmallScreen();
 };
 
@@ -394,6 +400,98 @@ void tst_PathscopeDialog::leavesOtherWindowsTheirKeys()
     QCOMPARE(other.text(), QStringLiteral("oxf"));
     QCOMPARE(world.model().lastLayer(), before);
     QVERIFY(!world.model().isOrthographic());
+}
+
+void tst_PathscopeDialog::leavesKeysWithModifiersAlone()
+{
+    TestLog log;
+    const PreviewWorld world;
+    world.waitForLayers();
+    world.model().setLastLayer(20);
+    for (const char* name : {"acceptButton", "layerBox", "colorMode"}) {
+        auto* const focused = world.find<QWidget>(name);
+        focused->setFocus();
+        for (const Qt::KeyboardModifier modifier : {Qt::ControlModifier, Qt::MetaModifier}) {
+            for (const Qt::Key key : {Qt::Key_O, Qt::Key_X, Qt::Key_F, Qt::Key_Home})
+                QTest::keyClick(focused, key, modifier);
+        }
+        QCOMPARE(world.model().lastLayer(), 20);
+        QVERIFY(!world.model().isOrthographic());
+        QVERIFY(!world.model().isSingleLayer());
+    }
+    // Those of the number pad are the same keys.
+    auto* const layer = world.find<QWidget>("layerBox");
+    layer->setFocus();
+    QTest::keyClick(layer, Qt::Key_Up, Qt::KeypadModifier);
+    QCOMPARE(world.model().lastLayer(), 21);
+}
+
+void tst_PathscopeDialog::switchesOnceWhileAKeyIsHeld()
+{
+    TestLog log;
+    const PreviewWorld world;
+    world.waitForLayers();
+    world.model().setLastLayer(20);
+    const auto hold = [&world](Qt::Key key) {
+        const QString text = key < Qt::Key_Escape ? QString(QChar(key)) : QString();
+        for (int i = 0; i < 4; ++i)
+            qt_sendShortcutOverrideEvent(QApplication::focusWidget(), 0, key, Qt::NoModifier, text,
+                                         i > 0, 1);
+    };
+    hold(Qt::Key_O);
+    QVERIFY(world.model().isOrthographic());
+    hold(Qt::Key_X);
+    QVERIFY(world.model().isSingleLayer());
+    QSignalSpy fits(world.find<QAction>("fit"), &QAction::triggered);
+    hold(Qt::Key_F);
+    QCOMPARE(fits.count(), 1);
+    // Steps go on.
+    hold(Qt::Key_Down);
+    QCOMPARE(world.model().lastLayer(), 16);
+}
+
+void tst_PathscopeDialog::goesOnFromATypedNumber()
+{
+    TestLog log;
+    const PreviewWorld world;
+    world.waitForLayers();
+    auto* const layer = world.find<QSpinBox>("layerBox");
+    layer->setFocus();
+    layer->selectAll();
+    QTest::keyClicks(layer, QStringLiteral("12"));
+    QTest::keyClick(layer, Qt::Key_Up);
+    QCOMPARE(world.model().lastLayer(), 12);
+    QCOMPARE(layer->text(), QStringLiteral("13"));
+}
+
+void tst_PathscopeDialog::survivesItsEndWhileItReads_data()
+{
+    QTest::addColumn<bool>("started");
+
+    QTest::newRow("at once") << false;
+    QTest::newRow("when the first layers stand") << true;
+}
+
+void tst_PathscopeDialog::survivesItsEndWhileItReads()
+{
+    TestLog log;
+    QFETCH(bool, started);
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("large.gcode"));
+    MakeWorld::writeFile(file, PreviewWorld::towerCode().repeated(3000));
+    const PreviewWorld world(PreviewWorld::printerWith(1), file);
+    if (started)
+        QTRY_VERIFY_WITH_TIMEOUT(world.model().layerCount() > 0, 30000);
+    delete world.dialog.data();
+    QCoreApplication::processEvents();
+    QVERIFY(!world.dialog);
+}
+
+void tst_PathscopeDialog::holdsUpItsParentOnly()
+{
+    TestLog log;
+    const PreviewWorld world;
+    QCOMPARE(world.dialog->windowModality(), Qt::WindowModal);
 }
 
 void tst_PathscopeDialog::fitsASmallScreen()

@@ -99,6 +99,10 @@ private slots:
     void leavesKeysToTheRestOfTheWindow();
     void readsAFileAgainOnlyWhenItHasChanged();
     void goesOnToTheNextFile();
+    void goesOnToTheNextFileWhileItReads();
+    void survivesItsEndWhileItReads();
+    void tellsThatTheFileIsGone();
+    void leavesShortcutsOfTheWindowAlone();
     void drawsTheMachineThatItIsTold();
     void drawsAMachineThatComesLater();
     void actsOnKeysAfterAnotherMachine();
@@ -229,6 +233,72 @@ void tst_GCodePage::goesOnToTheNextFile()
     world.open("other.gcode", 20);
     QCOMPARE(&world.toolpaths(), before);
     QVERIFY(world.make().hasFocus());
+}
+
+void tst_GCodePage::goesOnToTheNextFileWhileItReads()
+{
+    World world;
+    world.view->setFile(world.write("large.gcode", layersOfCode(100000)));
+    world.open("small.gcode", 5);
+    QVERIFY(world.view->findChild<QWidget*>(QStringLiteral("progress"))->isHidden());
+    QCOMPARE(world.view->findChild<QLabel*>(QStringLiteral("fileName"))->text(),
+             QStringLiteral("small.gcode"));
+    // Nothing of the first one comes any more.
+    QSignalSpy changes(world.toolpaths().toolpathScene(),
+                       &pathscope::ToolpathScene::toolpathsChanged);
+    world.view->setFile(world.write("part.stl", "solid"));
+    world.view->setFile(world.write("large.gcode", layersOfCode(100000)));
+    world.open("small.gcode", 5);
+    QCOMPARE(changes.count(), 0);
+}
+
+void tst_GCodePage::survivesItsEndWhileItReads()
+{
+    for (const bool started : {false, true}) {
+        World world;
+        world.view->setFile(world.write("large.gcode", layersOfCode(100000)));
+        if (started)
+            QTRY_VERIFY_WITH_TIMEOUT(world.model().layerCount() > 0, 30000);
+    }
+    QCoreApplication::processEvents();
+}
+
+void tst_GCodePage::tellsThatTheFileIsGone()
+{
+    World world;
+    world.open("part.gcode", 10);
+    const QString path = world.view->file();
+    QVERIFY(QFile::remove(path));
+    world.view->setFile(path);
+    const auto* remark = world.view->findChild<QLabel*>(QStringLiteral("fileRemark"));
+    QVERIFY(remark->isVisible());
+    QCOMPARE(remark->text(), QStringLiteral("This file no longer exists."));
+    QVERIFY(!world.make().isEnabled());
+    const auto* totals = world.view->findChild<QLabel*>(QStringLiteral("totals"));
+    QTRY_COMPARE_WITH_TIMEOUT(totals->text(),
+                              QStringLiteral("The file %1 does not exist.").arg(path), 30000);
+    QCOMPARE(world.model().layerCount(), 0);
+    // And it is back.
+    world.open("part.gcode", 12);
+    QVERIFY(!remark->isVisible());
+    QVERIFY(totals->text().startsWith(QLatin1String("Layers: 12\n")));
+}
+
+void tst_GCodePage::leavesShortcutsOfTheWindowAlone()
+{
+    World world;
+    world.open("part.gcode", 10);
+    QAction open;
+    open.setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
+    world.window.addAction(&open);
+    QSignalSpy opens(&open, &QAction::triggered);
+    for (const char* name : {"makeButton", "layerBox", "toolpathView"}) {
+        auto* focused = world.view->findChild<QWidget*>(QString::fromLatin1(name));
+        focused->setFocus();
+        QTest::keyClick(focused, Qt::Key_O, Qt::ControlModifier);
+        QVERIFY(!world.model().isOrthographic());
+    }
+    QCOMPARE(opens.count(), 3);
 }
 
 void tst_GCodePage::drawsTheMachineThatItIsTold()
