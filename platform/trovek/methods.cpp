@@ -60,10 +60,14 @@ void slice::setMaterials(const std::vector<std::string>& materials)
     setParameter("materials", wire::toJson(materials));
 }
 
-void point_cloud_crop::setBox(const Vector& minimum, const Vector& maximum)
+void point_cloud_crop::setMinimum(const Vector& corner)
 {
-    setParameter("minimum", toJson(minimum));
-    setParameter("maximum", toJson(maximum));
+    setParameter("minimum", toJson(corner));
+}
+
+void point_cloud_crop::setMaximum(const Vector& corner)
+{
+    setParameter("maximum", toJson(corner));
 }
 
 void point_cloud_coarse_alignment::setPoints(const std::vector<Vector>& points)

@@ -283,7 +283,9 @@ class TROVEK_EXPORT point_cloud_crop : public AsynchronousMethod
 {
     TROVEK_REQUEST(point_cloud_crop)
     void setId(PointCloudID id) { setParameter("id", id.value()); }
-    void setBox(const Vector& minimum, const Vector& maximum);
+    /** The corners of the box, which belongs to what stays. */
+    void setMinimum(const Vector& corner);
+    void setMaximum(const Vector& corner);
 };
 
 /** Removes noise, and thins out. */

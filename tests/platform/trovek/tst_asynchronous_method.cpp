@@ -57,6 +57,14 @@ std::string paramsOf(const Request& request)
     return rpcwire::toJsonLine(request.parameters());
 }
 
+template <typename Request, typename Setter>
+std::string paramsSetBy(Setter set)
+{
+    Recording<Request> request;
+    set(request);
+    return paramsOf(request);
+}
+
 template <typename... Requests>
 Texts namesOf()
 {
@@ -90,6 +98,7 @@ private slots:
     void aHandlerMayCallTheClient();
     void everyRequestIsNamedAsItsClass();
     void parametersStandUnderTheirNames();
+    void filesAndNumbersStandUnderTheirNames();
 };
 
 void tst_AsynchronousMethod::theAnswerComesFromTheEventLoopOnce()
@@ -441,7 +450,8 @@ void tst_AsynchronousMethod::parametersStandUnderTheirNames()
 
     Recording<methods::point_cloud_crop> crop;
     crop.setId(PointCloudID(4));
-    crop.setBox({0, 0.5, 1}, {10, 20, 30});
+    crop.setMinimum({0, 0.5, 1});
+    crop.setMaximum({10, 20, 30});
     QCOMPARE(paramsOf(crop),
              std::string(R"({"id":4,"maximum":[10.0,20.0,30.0],"minimum":[0.0,0.5,1.0]})"));
 
@@ -464,6 +474,100 @@ void tst_AsynchronousMethod::parametersStandUnderTheirNames()
     reconstruct.setId(MeshID(6));
     reconstruct.setPointCloud(PointCloudID(4));
     QCOMPARE(paramsOf(reconstruct), std::string(R"({"id":6,"point_cloud":4})"));
+}
+
+void tst_AsynchronousMethod::filesAndNumbersStandUnderTheirNames()
+{
+    using digitizer::MeshID;
+    using digitizer::PointCloudID;
+
+    QCOMPARE(paramsSetBy<methods::create_calibrate_camera_job>(
+                 [](auto& request) { request.setPath("/p"); }),
+             std::string(R"({"path":"/p"})"));
+    QCOMPARE(paramsSetBy<methods::create_calibrate_turntable_job>(
+                 [](auto& request) { request.setPath("/p"); }),
+             std::string(R"({"path":"/p"})"));
+    QCOMPARE(paramsSetBy<methods::calibratecamera>([](auto& request) { request.setPath("/p"); }),
+             std::string(R"({"path":"/p"})"));
+    QCOMPARE(paramsSetBy<methods::calibratelaser>([](auto& request) { request.setPath("/p"); }),
+             std::string(R"({"path":"/p"})"));
+    QCOMPARE(paramsSetBy<methods::calibrateturntable>([](auto& request) { request.setPath("/p"); }),
+             std::string(R"({"path":"/p"})"));
+    QCOMPARE(paramsSetBy<methods::loadcalibration>([](auto& request) { request.setPath("/p"); }),
+             std::string(R"({"path":"/p"})"));
+    QCOMPARE(paramsSetBy<methods::savecalibration>([](auto& request) { request.setPath("/p"); }),
+             std::string(R"({"path":"/p"})"));
+    QCOMPARE(paramsSetBy<methods::capture_image_auto_exposure>(
+                 [](auto& request) { request.setPath("/p"); }),
+             std::string(R"({"path":"/p"})"));
+    QCOMPARE(paramsSetBy<methods::uploadfirmware>([](auto& request) {
+                 request.setMachine(MachineName("left"));
+                 request.setPath("/p");
+             }),
+             std::string(R"({"machine":"left","path":"/p"})"));
+    QCOMPARE(paramsSetBy<methods::getmachineversions>([](auto& request) {
+                 request.setMachine("Fabrino");
+                 request.setType(3);
+             }),
+             std::string(R"({"machine":"Fabrino","type":3})"));
+    QCOMPARE(
+        paramsSetBy<methods::digitizer_save_name>([](auto& request) { request.setName("Größe"); }),
+        std::string(R"({"name":"Größe"})"));
+    QCOMPARE(paramsSetBy<methods::captureimage>([](auto& request) {
+                 request.setPath("/p");
+                 request.setExposure(12.5);
+             }),
+             std::string(R"({"exposure":12.5,"path":"/p"})"));
+    QCOMPARE(paramsSetBy<methods::scan>([](auto& request) {
+                 request.setPointCloud(PointCloudID(4));
+                 request.setSteps(800);
+             }),
+             std::string(R"({"point_cloud":4,"steps":800})"));
+    QCOMPARE(paramsSetBy<methods::point_cloud_destroy>(
+                 [](auto& request) { request.setId(PointCloudID(4)); }),
+             std::string(R"({"id":4})"));
+    QCOMPARE(paramsSetBy<methods::point_cloud_load_from_id>([](auto& request) {
+                 request.setId(PointCloudID(4));
+                 request.setSource(PointCloudID(5));
+             }),
+             std::string(R"({"id":4,"source":5})"));
+    QCOMPARE(paramsSetBy<methods::point_cloud_save>([](auto& request) {
+                 request.setId(PointCloudID(4));
+                 request.setPath("/p");
+                 request.setFormat("ply");
+             }),
+             std::string(R"({"format":"ply","id":4,"path":"/p"})"));
+    QCOMPARE(paramsSetBy<methods::point_cloud_process>([](auto& request) {
+                 request.setId(PointCloudID(4));
+                 request.setGridSize(0.5);
+             }),
+             std::string(R"({"grid_size":0.5,"id":4})"));
+    QCOMPARE(paramsSetBy<methods::point_cloud_fine_alignment>([](auto& request) {
+                 request.setId(PointCloudID(4));
+                 request.setTarget(PointCloudID(5));
+             }),
+             std::string(R"({"id":4,"target":5})"));
+    QCOMPARE(paramsSetBy<methods::mesh_copy>([](auto& request) {
+                 request.setId(MeshID(6));
+                 request.setSource(MeshID(7));
+             }),
+             std::string(R"({"id":6,"source":7})"));
+    QCOMPARE(paramsSetBy<methods::mesh_destroy>([](auto& request) { request.setId(MeshID(6)); }),
+             std::string(R"({"id":6})"));
+    QCOMPARE(paramsSetBy<methods::mesh_load>([](auto& request) {
+                 request.setId(MeshID(6));
+                 request.setPath("/p");
+             }),
+             std::string(R"({"id":6,"path":"/p"})"));
+    QCOMPARE(paramsSetBy<methods::mesh_save>([](auto& request) {
+                 request.setId(MeshID(6));
+                 request.setPath("/p");
+                 request.setFormat("stl");
+             }),
+             std::string(R"({"format":"stl","id":6,"path":"/p"})"));
+    QCOMPARE(paramsSetBy<methods::mesh_place_on_platform>(
+                 [](auto& request) { request.setId(MeshID(6)); }),
+             std::string(R"({"id":6})"));
 }
 
 QTEST_GUILESS_MAIN(tst_AsynchronousMethod)
