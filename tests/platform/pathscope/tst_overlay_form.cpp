@@ -42,6 +42,9 @@ QStringList cutTexts(const QWidget& panel)
         if (isWhole && widget->isVisible() && widget->width() < widget->minimumSizeHint().width())
             cut.append(widget->objectName() + QLatin1Char(' ') +
                        (label != nullptr ? label->text() : QString()));
+        const int left = widget->mapTo(&panel, QPoint()).x();
+        if (isWhole && widget->isVisible() && (left < 0 || left + widget->width() > panel.width()))
+            cut.append(widget->objectName() + QStringLiteral(" beyond the edge"));
         // Wrapped ones break between words.
         if (label != nullptr && label->wordWrap() && label->isVisible() &&
             label->height() < label->heightForWidth(label->width()))
