@@ -25,7 +25,7 @@ struct Limits
     /** Bytes that may wait to be written; past it the other side counts as not reading. */
     qint64 pendingWriteBytes = 128 * 1024 * 1024;
     /** Requests of the other side that may wait for their answer; more get "TooManyRequests". */
-    int openRequests = 256;
+    int openRequests = 4096;
     /** Milliseconds that closeAfterWriting() gives the other side to read what was written. */
     int closingMs = 5000;
 };
