@@ -1,4 +1,5 @@
 #include "core/method_adapter_table.h"
+#include "core/method_adapter_world.h"
 #include "support/scripted_service.h"
 #include "support/test_log.h"
 #include "support/thrown_text.h"
@@ -7,7 +8,6 @@
 #include <trovek-ui/methods_qt.h>
 #include <trovek-ui/methods_qt_internal.h>
 #include <trovek-ui/trovekqt.h>
-#include <trovek/text.h>
 #include <trovek/wire.h>
 
 #include <QMetaMethod>
@@ -17,6 +17,7 @@
 #include <memory>
 #include <set>
 #include <stdexcept>
+#include <vector>
 
 using namespace trovek;
 using namespace trovek::methods::qt;
@@ -27,90 +28,7 @@ using trovek::methods::qt::internal::FinishedOrFailedQObject;
 
 namespace {
 
-QMetaMethod method(const QObject& object, const QByteArray& signature)
-{
-    return object.metaObject()->method(object.metaObject()->indexOfMethod(signature));
-}
-
-/** "versionReceived(int,int,int)" of a declaration with the parameters' names. */
-QByteArray signatureOf(const QByteArray& declaration)
-{
-    QByteArrayList parameters;
-    const int open = declaration.indexOf('(');
-    for (const QByteArray& parameter : declaration.mid(open + 1).chopped(1).split(','))
-        parameters.append(parameter.trimmed().split(' ').first());
-    return declaration.left(open) + '(' + parameters.join(',') + ')';
-}
-
-QByteArray declarationOf(const QMetaMethod& method)
-{
-    QByteArrayList parameters;
-    for (int i = 0; i < method.parameterCount(); ++i)
-        parameters.append(method.parameterTypes().at(i) + ' ' + method.parameterNames().at(i));
-    return method.name() + '(' + parameters.join(", ") + ')';
-}
-
-QString textOf(const QVariant& argument)
-{
-    const int type = argument.userType();
-    QStringList parts;
-    if (type == QMetaType::QString)
-        return QLatin1Char('"') + argument.toString() + QLatin1Char('"');
-    if (type == qMetaTypeId<std::string>())
-        return QLatin1Char('"') + toQString(argument.value<std::string>()) + QLatin1Char('"');
-    if (type == qMetaTypeId<MachineName>())
-        return QLatin1Char('"') + toQString(argument.value<MachineName>().name()) +
-               QLatin1Char('"');
-    if (type == qMetaTypeId<digitizer::MeshID>())
-        return QString::number(argument.value<digitizer::MeshID>().value());
-    if (type == qMetaTypeId<digitizer::PointCloudID>())
-        return QString::number(argument.value<digitizer::PointCloudID>().value());
-    if (type == qMetaTypeId<std::set<FirmwareVersion>>()) {
-        for (const FirmwareVersion& version : argument.value<std::set<FirmwareVersion>>())
-            parts.append(toQString(version.str() + ' ' + version.description()));
-        return QLatin1Char('{') + parts.join(QStringLiteral(", ")) + QLatin1Char('}');
-    }
-    if (type == qMetaTypeId<std::set<std::string>>()) {
-        for (const std::string& name : argument.value<std::set<std::string>>())
-            parts.append(toQString(name));
-        return QLatin1Char('{') + parts.join(QStringLiteral(", ")) + QLatin1Char('}');
-    }
-    return argument.toString();
-}
-
-/** What an adapter emits, as "signal(arguments)". */
-class Emissions
-{
-public:
-    Emissions(const QObject& adapter, const AdapterKind& kind)
-        : m_success(&adapter, method(adapter, signatureOf(kind.success)))
-        , m_failure(&adapter, method(adapter, signatureOf(kind.failure)))
-        , m_successName(QString::fromLatin1(kind.success.left(kind.success.indexOf('('))))
-    {}
-
-    /** The successes first. */
-    QStringList texts() const
-    {
-        return textsOf(m_success, m_successName) + textsOf(m_failure, QStringLiteral("failed"));
-    }
-
-private:
-    static QStringList textsOf(const QSignalSpy& spy, const QString& name)
-    {
-        QStringList texts;
-        for (const QList<QVariant>& arguments : spy) {
-            QStringList parts;
-            for (const QVariant& argument : arguments)
-                parts.append(textOf(argument));
-            texts.append(QStringLiteral("%1(%2)").arg(name, parts.join(QStringLiteral(", "))));
-        }
-        return texts;
-    }
-
-    QSignalSpy m_success;
-    QSignalSpy m_failure;
-    QString m_successName;
-};
+using digitizer::MeshID;
 
 /** Deletes what emits, in the slot. */
 class Deleter : public QObject
@@ -137,24 +55,6 @@ public slots:
 
 private:
     QPointer<QObject> m_adapter;
-};
-
-/** A connected facade. */
-struct World
-{
-    World() { facade.connectToDaemon(service.address()); }
-
-    void answer(const std::string& method, const std::string& json)
-    {
-        Json::Value value;
-        std::string error;
-        if (!rpcwire::parseJson(json, &value, &error))
-            qFatal("Not JSON: %s", json.c_str());
-        service.answerNext(method, value);
-    }
-
-    ScriptedService service;
-    TrovekQt facade;
 };
 
 const AdapterKind& fetchedKind()
@@ -204,6 +104,7 @@ private slots:
     void reachReceiversThroughTheQueue();
     void registerTheirSetsUnderTheSignalsText();
     void sendWhatWasSet();
+    void waitByTheThousand();
     void failAfterAReceiverOfTheJobThrows();
     void touchNothingAfterAReceiverDeletesAndThrows();
 };
@@ -496,6 +397,27 @@ void tst_MethodAdapters::sendWhatWasSet()
     QTRY_COMPARE(finished.count(), 1);
     QCOMPARE(rpcwire::toJsonLine(world.service.lastRequest("mesh_copy")),
              std::string(R"({"id":5,"source":3})"));
+}
+
+void tst_MethodAdapters::waitByTheThousand()
+{
+    TestLog log;
+    World world;
+    world.service.onRequest("mesh_create", [](const Json::Value&) { return Json::Value(7); });
+    constexpr int kInFlight = 1000;
+    int received = 0;
+    std::vector<std::unique_ptr<MeshCreate>> adapters;
+    for (int i = 0; i < kInFlight; ++i) {
+        adapters.push_back(std::make_unique<MeshCreate>());
+        connect(adapters.back().get(), &MeshCreate::meshIdReceived, this, [&received](MeshID id) {
+            if (id == MeshID(7))
+                ++received;
+        });
+        adapters.back()->issue(world.facade);
+    }
+    QCOMPARE(received, 0);
+
+    QTRY_COMPARE_WITH_TIMEOUT(received, kInFlight, 60000);
 }
 
 void tst_MethodAdapters::failAfterAReceiverOfTheJobThrows()
