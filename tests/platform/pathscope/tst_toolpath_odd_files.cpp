@@ -44,7 +44,7 @@ void tst_ToolpathOddFiles::isShown_data()
     QTest::newRow("a wall") << wall("") << 1 << true;
     QTest::newRow("all points at one place") << [] {
         QByteArray text("G1 X50 Y50 Z.2\nM83\n");
-        for (int i = 0; i < 20'000; ++i)
+        for (int i = 0; i < 2'000; ++i)
             text += "G1 E1\nG1 X50 E1\nG1 E-1\n";
         return text;
     }() << 1 << false;
@@ -57,25 +57,25 @@ void tst_ToolpathOddFiles::isShown_data()
     QTest::newRow("a wall with one point far out") << wall("") + "G1 X1000000 Y1000000 E4\n"
                                                    << 1 << false;
     QTest::newRow("below the platform") << wall("G92 Z0\n").replace("Z0.2", "Z-40") << 1 << true;
-    QTest::newRow("ten thousand layers") << [] {
+    QTest::newRow("two thousand layers") << [] {
         QByteArray text("M83\nG1 F1800\n");
-        text.reserve(600'000);
-        for (int i = 0; i < 10'000; ++i) {
+        text.reserve(120'000);
+        for (int i = 0; i < 2'000; ++i) {
             text += ";LAYER_CHANGE\nG1 X40 Y50 Z" + QByteArray::number(0.02 * (i + 1), 'f', 2) +
                     "\nG1 X240 E1\n";
         }
         return text;
-    }() << 10'000 << true;
+    }() << 2'000 << true;
     QTest::newRow("twenty thousand tool changes") << [] {
         QByteArray text = wall("") + "M83\n";
         for (int i = 0; i < 10'000; ++i)
             text += "T1\nT0\n";
         return text;
     }() << 1 << true;
-    QTest::newRow("more styles than can be kept") << [] {
+    QTest::newRow("a style a move") << [] {
         QByteArray text = wall("") + "M83\n";
-        for (int i = 0; i < 70'000; ++i)
-            text += "G1 X" + QByteArray(i % 2 == 0 ? "60" : "40") + " E1 F" +
+        for (int i = 0; i < 5'000; ++i)
+            text += "G1 X" + QByteArray(i % 2 == 0 ? "50.1" : "50") + " E1 F" +
                     QByteArray::number(600 + i) + "\n";
         return text;
     }() << 1 << true;
