@@ -7,6 +7,7 @@
 using namespace pathscope;
 
 Q_DECLARE_METATYPE(std::string)
+Q_DECLARE_METATYPE(pathscope::Feature)
 
 namespace {
 
@@ -291,8 +292,6 @@ void tst_SlicerComments::decodesBase64()
 
     QTEST(decodeBase64(text), "bytes");
 }
-
-Q_DECLARE_METATYPE(pathscope::Feature)
 
 QTEST_APPLESS_MAIN(tst_SlicerComments)
 #include "tst_slicer_comments.moc"
