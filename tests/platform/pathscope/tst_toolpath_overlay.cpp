@@ -62,6 +62,7 @@ private slots:
     void emitsOneChangeForOneStep();
     void keepsWhatIsTypedWhileTheFileGrows();
     void laysNothingOutForAStep();
+    void tellsALayersTimeAsTheSlicerEstimates();
     void takesNumbersAsTheUserWritesThem_data();
     void takesNumbersAsTheUserWritesThem();
 };
@@ -337,6 +338,17 @@ void tst_ToolpathOverlay::laysNothingOutForAStep()
     const LayoutCounter layouts(*opened.overlay);
     QVERIFY(goDown(20) > 10);
     QCOMPARE(layouts.count, 0);
+}
+
+void tst_ToolpathOverlay::tellsALayersTimeAsTheSlicerEstimates()
+{
+    Opened opened(0);
+    auto paths = std::make_shared<Toolpaths>(*tower(50));
+    paths->estimates.seconds = 2 * paths->total.seconds;
+
+    opened.scene.setToolpaths(paths);
+
+    QCOMPARE(opened.text("layerInfo"), QStringLiteral("0.20 mm thick, 8 s"));
 }
 
 void tst_ToolpathOverlay::takesNumbersAsTheUserWritesThem_data()
