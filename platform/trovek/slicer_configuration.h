@@ -91,3 +91,4 @@ private:
 } // namespace trovek
 
 Q_DECLARE_METATYPE(trovek::SlicerConfiguration::Slicer)
+Q_DECLARE_METATYPE(trovek::SlicerConfiguration::Preset)
