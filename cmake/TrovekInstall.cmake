@@ -17,6 +17,11 @@ foreach(program trovekd ostrand)
 endforeach()
 set_target_properties(${libraries} PROPERTIES INSTALL_RPATH "$ORIGIN")
 
+if(UNIX AND NOT APPLE)
+  configure_file(service/systemd/trovekd@.service.in ${CMAKE_BINARY_DIR}/trovekd@.service @ONLY)
+  install(FILES ${CMAKE_BINARY_DIR}/trovekd@.service DESTINATION lib/systemd/system)
+endif()
+
 install(DIRECTORY include/trovek-ui DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
         FILES_MATCHING PATTERN "*.h")
 foreach(folder rpcwire qtshared trovek pathscope)
