@@ -1,3 +1,4 @@
+#include "support/environment.h"
 #include "support/test_log.h"
 #include "support/thrown_text.h"
 
@@ -5,7 +6,7 @@
 #include <trovek-ui/util.h>
 
 #include <QComboBox>
-#include <QDesktopServices>
+#include <QDir>
 #include <QLabel>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -24,17 +25,6 @@ QString text(const char* utf8)
 {
     return QString::fromUtf8(utf8);
 }
-
-class FileReceiver : public QObject
-{
-    Q_OBJECT
-
-public:
-    QList<QUrl> opened;
-
-public slots:
-    void open(const QUrl& url) { opened += url; }
-};
 
 void wheelDown(QWidget* widget)
 {
@@ -95,7 +85,12 @@ private slots:
     void buttonIconHasThreeStates();
     void buttonIconNeedsAllThreePictures_data();
     void buttonIconNeedsAllThreePictures();
-    void opensTheTextEditor();
+    void opensTheDesktopsTextEditor_data();
+    void opensTheDesktopsTextEditor();
+    void opensTheUsersEditorWhereTheDesktopNamesNone_data();
+    void opensTheUsersEditorWhereTheDesktopNamesNone();
+    void tellsThatThereIsNoTextEditor_data();
+    void tellsThatThereIsNoTextEditor();
     void firmwareVersionsAreTheirText_data();
     void firmwareVersionsAreTheirText();
     void wheelOverAnUnfocusedBoxScrollsThePage_data();
@@ -196,14 +191,162 @@ void tst_Util::buttonIconNeedsAllThreePictures()
              std::string("Pixmap file not found"));
 }
 
-void tst_Util::opensTheTextEditor()
+#ifndef Q_OS_WIN
+namespace {
+
+/** A desktop of its own: programs that write down how they were called, and no others. */
+class FakeDesktop
+{
+public:
+    explicit FakeDesktop(const QDir& folder)
+        : m_folder(folder)
+        , m_path("PATH", folder.path().toLocal8Bit())
+        , m_dataHome("XDG_DATA_HOME", folder.path().toLocal8Bit())
+        , m_dataDirs("XDG_DATA_DIRS", folder.path().toLocal8Bit())
+        , m_visual("VISUAL", QByteArray())
+        , m_editor("EDITOR", QByteArray())
+    {
+        m_folder.mkpath(text("applications"));
+    }
+
+    void addProgram(const char* name, const QByteArray& script)
+    {
+        write(QLatin1String(name), "#!/bin/sh\n" + script);
+        QFile::setPermissions(m_folder.filePath(QLatin1String(name)),
+                              QFile::ReadOwner | QFile::ExeOwner);
+    }
+
+    /** One that writes its arguments, one a line, below its own name. */
+    void addRecorder(const char* name)
+    {
+        addProgram(name, QByteArray("printf '%s\\n' ") + name + " \"$@\" >'" +
+                             m_folder.filePath(text("new")).toLocal8Bit() + "'; /bin/mv '" +
+                             m_folder.filePath(text("new")).toLocal8Bit() + "' '" +
+                             calledFile().toLocal8Bit() + "'\n");
+    }
+
+    void setDefaultEditor(const QByteArray& entry, const QByteArray& content)
+    {
+        addProgram("xdg-mime", "[ \"$*\" = 'query default text/plain' ] && echo " + entry + "\n");
+        write(text("applications/") + QString::fromLatin1(entry), content);
+    }
+
+    bool wasCalled() const { return QFile::exists(calledFile()); }
+
+    QStringList called() const
+    {
+        QFile file(calledFile());
+        if (!file.open(QIODevice::ReadOnly))
+            return {};
+        return QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    }
+
+private:
+    QString calledFile() const { return m_folder.filePath(text("called")); }
+
+    void write(const QString& name, const QByteArray& content)
+    {
+        QFile file(m_folder.filePath(name));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write(content), content.size());
+    }
+
+    QDir m_folder;
+    const trovek::Environment m_path;
+    const trovek::Environment m_dataHome;
+    const trovek::Environment m_dataDirs;
+    const trovek::Environment m_visual;
+    const trovek::Environment m_editor;
+};
+
+} // namespace
+#endif
+
+void tst_Util::opensTheDesktopsTextEditor_data()
+{
+    QTest::addColumn<QByteArray>("entry");
+    QTest::addColumn<QStringList>("expected");
+    const QString path = text("a profile #1.json");
+    QTest::newRow("with a place for the file")
+        << QByteArray("[Desktop Entry]\nName=x\nExec=recorder --new \"%F\" %i\n"
+                      "[Desktop Action other]\nExec=recorder wrong\n")
+        << QStringList{text("recorder"), text("--new"), path};
+    QTest::newRow("with a place for an address")
+        << QByteArray("[Desktop Entry]\nExec=recorder %U\nTerminal=false\n")
+        << QStringList{text("recorder"), path};
+    QTest::newRow("without a place") << QByteArray("[Desktop Entry]\nExec=recorder 100%%\n")
+                                     << QStringList{text("recorder"), text("100%"), path};
+    QTest::newRow("in a terminal")
+        << QByteArray("[Desktop Entry]\nExec=recorder %f\nTerminal=true\n")
+        << QStringList{text("x-terminal-emulator"), text("-e"), text("recorder"), path};
+}
+
+void tst_Util::opensTheDesktopsTextEditor()
 {
 #ifndef Q_OS_WIN
-    FileReceiver editor;
-    QDesktopServices::setUrlHandler(text("file"), &editor, "open");
-    trovek::openInNotepad(path("a profile #1.json"));
-    QDesktopServices::unsetUrlHandler(text("file"));
-    QCOMPARE(editor.opened, QList<QUrl>{QUrl::fromLocalFile(path("a profile #1.json"))});
+    QFETCH(QByteArray, entry);
+    QFETCH(QStringList, expected);
+    FakeDesktop desktop(QDir(m_folder->path()));
+    desktop.setDefaultEditor("editor.desktop", entry);
+    desktop.addRecorder("recorder");
+    desktop.addRecorder("x-terminal-emulator");
+    trovek::openInNotepad(text("a profile #1.json"));
+    QTRY_VERIFY(desktop.wasCalled());
+    QCOMPARE(desktop.called(), expected);
+#endif
+}
+
+void tst_Util::opensTheUsersEditorWhereTheDesktopNamesNone_data()
+{
+    QTest::addColumn<QByteArray>("visual");
+    QTest::addColumn<QByteArray>("editor");
+    QTest::addColumn<QStringList>("expected");
+    const QStringList terminal{text("x-terminal-emulator"), text("-e")};
+    QTest::newRow("VISUAL first") << QByteArray("recorder --visual") << QByteArray("recorder")
+                                  << terminal + QStringList{text("recorder"), text("--visual"),
+                                                            text("a.json")};
+    QTest::newRow("EDITOR otherwise") << QByteArray() << QByteArray("recorder")
+                                      << terminal + QStringList{text("recorder"), text("a.json")};
+    QTest::newRow("EDITOR where VISUAL is not there")
+        << QByteArray("gone") << QByteArray("recorder")
+        << terminal + QStringList{text("recorder"), text("a.json")};
+}
+
+void tst_Util::opensTheUsersEditorWhereTheDesktopNamesNone()
+{
+#ifndef Q_OS_WIN
+    QFETCH(QByteArray, visual);
+    QFETCH(QByteArray, editor);
+    QFETCH(QStringList, expected);
+    FakeDesktop desktop(QDir(m_folder->path()));
+    desktop.addRecorder("recorder");
+    desktop.addRecorder("x-terminal-emulator");
+    qputenv("VISUAL", visual);
+    qputenv("EDITOR", editor);
+    trovek::openInNotepad(text("a.json"));
+    QTRY_VERIFY(desktop.wasCalled());
+    QCOMPARE(desktop.called(), expected);
+#endif
+}
+
+void tst_Util::tellsThatThereIsNoTextEditor_data()
+{
+    QTest::addColumn<bool>("hasEditor");
+    QTest::newRow("none named") << false;
+    QTest::newRow("no terminal for it") << true;
+}
+
+void tst_Util::tellsThatThereIsNoTextEditor()
+{
+#ifndef Q_OS_WIN
+    QFETCH(bool, hasEditor);
+    FakeDesktop desktop(QDir(m_folder->path()));
+    desktop.addRecorder("recorder");
+    if (hasEditor)
+        qputenv("EDITOR", "recorder");
+    m_log->expectError("There is no text editor to open a.json: ");
+    trovek::openInNotepad(text("a.json"));
+    QVERIFY(!desktop.wasCalled());
 #endif
 }
 
