@@ -1,0 +1,11 @@
+; End code for flexible filament.
+G21
+G90
+G92.1
+M104 T0 S{right_off}
+M104 T1 S{left_off}
+M140 S{platform_off}
+M107
+G1 Z{lowest} F900
+G28 X Y
+M84
