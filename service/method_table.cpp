@@ -3,6 +3,7 @@
 #include <trovek/log.h>
 #include <trovek/wire.h>
 
+#include <cmath>
 #include <exception>
 
 namespace trovek::service {
@@ -36,6 +37,11 @@ auto readArgument(Read read)
 }
 
 } // namespace
+
+JsonRpcException internalError(const std::string& text)
+{
+    return withCode(kInternal, text, rpcwire::InternalError);
+}
 
 Params::Params(Json::Value value)
     : m_value(std::move(value))
@@ -74,6 +80,22 @@ int Params::integer(const char* name, int least, int most) const
 bool Params::boolean(const char* name) const
 {
     return readArgument([&] { return wire::boolMember(m_value, name); });
+}
+
+double Params::number(const char* name) const
+{
+    const Json::Value& member = m_value[name];
+    if (!member.isNumeric() || !std::isfinite(member.asDouble()))
+        throw invalidArgument(std::string("Member \"") + name + "\" is not a number");
+    return member.asDouble();
+}
+
+const Json::Value& Params::array(const char* name) const
+{
+    const Json::Value& member = m_value[name];
+    if (!member.isArray())
+        throw invalidArgument(std::string("Member \"") + name + "\" is not a list");
+    return member;
 }
 
 std::vector<std::string> Params::strings(const char* name) const
@@ -126,7 +148,7 @@ void MethodTable::handle(const std::string& name, const Json::Value& params, Cli
         respond.error(error);
     } catch (const std::exception& error) {
         TROVEK_LOG(0) << "Request failed: " << error.what() << std::endl;
-        respond.error(withCode(kInternal, error.what(), rpcwire::InternalError));
+        respond.error(internalError(error.what()));
     }
 }
 

@@ -14,6 +14,9 @@
 
 namespace trovek::service {
 
+/** The service failed on its own. */
+JsonRpcException internalError(const std::string& text);
+
 /** The other end of a connection, as methods see it. */
 class Client : public QObject
 {
@@ -52,6 +55,11 @@ public:
     /** An integer within both bounds. */
     int integer(const char* name, int least, int most) const;
     bool boolean(const char* name) const;
+    /** A finite number. */
+    double number(const char* name) const;
+    const Json::Value& array(const char* name) const;
+    /** False for one that is null, too. */
+    bool has(const char* name) const { return !m_value[name].isNull(); }
     std::vector<std::string> strings(const char* name) const;
     SlicerConfiguration slicerConfiguration(const char* name) const;
     const Json::Value& object(const char* name) const;

@@ -132,6 +132,18 @@ constexpr char kProtocolVersion[] = "ProtocolVersionError";
 constexpr char kAccessDenied[] = "AccessDeniedError";
 constexpr char kTooManyRequests[] = "TooManyRequests";
 constexpr char kFirmwareUnavailable[] = "FirmwareUnavailableError";
+constexpr char kFirmwareCatalogue[] = "FirmwareCatalogueError";
+constexpr char kFirmwareImage[] = "FirmwareImageError";
+constexpr char kFirmwareCache[] = "FirmwareCacheError";
+constexpr char kFirmwareType[] = "FirmwareTypeError";
+constexpr char kFirmwareUpload[] = "FirmwareUploadError";
+constexpr char kUnknownPointCloud[] = "UnknownPointCloudError";
+constexpr char kUnknownMesh[] = "UnknownMeshError";
+constexpr char kEmptyShape[] = "EmptyShapeError";
+constexpr char kFileFormat[] = "FileFormatError";
+constexpr char kGeometry[] = "GeometryError";
+constexpr char kCanceled[] = "CanceledError";
+constexpr char kLimit[] = "LimitError";
 } // namespace error
 
 /** An error with data {"name", "message"}. */
