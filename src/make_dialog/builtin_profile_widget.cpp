@@ -1,0 +1,280 @@
+#include "trovek-ui/builtin_profile_widget.h"
+
+#include "trovek-ui/double_spin_box.h"
+#include "trovek-ui/spin_box.h"
+#include "trovek-ui/util.h"
+
+#include "make_dialog/builtin_profile_form.h"
+#include "make_dialog/field_label.h"
+#include "make_dialog/preset_values.h"
+
+#include <trovek/log.h>
+
+#include <QCheckBox>
+#include <QPushButton>
+#include <QScopedValueRollback>
+
+#include <optional>
+
+namespace trovek {
+
+namespace {
+
+static constexpr char kLogUnit[] = "src\\make_dialog\\builtin_profile_widget";
+
+constexpr int kMaxCelsius = 280;
+/** Flexible filament burns above. */
+constexpr int kMaxFlexibleCelsius = 250;
+constexpr int kPlatformCelsius = 110;
+
+SlicerConfiguration defaultsOf(SlicerConfiguration::Preset preset)
+{
+    const std::unique_ptr<SlicerConfiguration> defaults(
+        SlicerConfiguration::defaultConfiguration(preset));
+    return *defaults;
+}
+
+bool isKnown(Orvane::Material material)
+{
+    if (material == Orvane::UnknownMaterial)
+        TROVEK_LOG(0) << "Unknown material" << std::endl;
+    return material >= 0 && material < Orvane::kMaterialCount;
+}
+
+void setMaterialRange(SpinBox& temperature, Orvane::Material material)
+{
+    if (material == Orvane::Flexible)
+        temperature.setRange(0, kMaxFlexibleCelsius);
+    else if (material >= 0 && material <= Orvane::UnknownMaterial)
+        temperature.setRange(0, kMaxCelsius);
+}
+
+QString shown(const SpinBox& box, int value)
+{
+    return box.locale().toString(value) + box.suffix();
+}
+
+QString shown(const DoubleSpinBox& box, double value)
+{
+    return box.locale().toString(value, 'f', box.decimals()) + box.suffix();
+}
+
+/** Marks the field's label when the box shows another value; true when it does. */
+template <typename Box, typename Value>
+bool compare(FieldLabel& label, const Box& box, Value expected)
+{
+    const QString defaultText = shown(box, expected);
+    const bool overridden = shown(box, box.value()) != defaultText;
+    label.setMark(overridden ? BuiltInProfileWidget::tr("Default: %1").arg(defaultText)
+                             : QString());
+    return overridden;
+}
+
+} // namespace
+
+class BuiltInProfileWidget::Private
+{
+public:
+    explicit Private(BuiltInProfileWidget* owner)
+        : form(owner)
+    {}
+
+    void fillFromPreset();
+    void populateWidgets(const SlicerConfiguration& configuration);
+    void applyHeatedPlatform();
+    bool compareWithPreset();
+
+    BuiltInProfileForm form;
+    SlicerConfiguration::Preset preset = SlicerConfiguration::Standard;
+    Orvane::Material rightMaterial = Orvane::PLA;
+    Orvane::Material leftMaterial = Orvane::PLA;
+    bool hasHeatedPlatform = true;
+    /** While the fields change together; what the owner hears of is the result. */
+    bool filling = false;
+};
+
+BuiltInProfileWidget::BuiltInProfileWidget(QWidget* parent)
+    : QWidget(parent)
+    , d(std::make_unique<Private>(this))
+{
+    d->form.platformTemperature->setValue(kPlatformCelsius);
+    setMaterialRange(*d->form.rightTemperature, d->rightMaterial);
+    setMaterialRange(*d->form.leftTemperature, d->leftMaterial);
+    d->fillFromPreset();
+    ignoreWheelUnlessFocused(this);
+
+    const BuiltInProfileForm& form = d->form;
+    for (SpinBox* box : {form.infill, form.shells, form.rightTemperature, form.leftTemperature,
+                         form.platformTemperature, form.extrudingSpeed, form.travelingSpeed}) {
+        connect(box, QOverload<int>::of(&QSpinBox::valueChanged), this,
+                &BuiltInProfileWidget::emitOverridednessChanged);
+    }
+    connect(form.layerHeight, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
+            &BuiltInProfileWidget::emitOverridednessChanged);
+    connect(form.heatPlatform, &QCheckBox::toggled, this,
+            &BuiltInProfileWidget::heatPlatformToggled);
+    connect(form.defaultsButton, &QPushButton::clicked, this,
+            &BuiltInProfileWidget::resetToDefaults);
+    connect(form.createProfileButton, &QPushButton::clicked, this,
+            &BuiltInProfileWidget::createProfileClicked);
+}
+
+BuiltInProfileWidget::~BuiltInProfileWidget() = default;
+
+SlicerConfiguration::Preset BuiltInProfileWidget::preset() const
+{
+    return d->preset;
+}
+
+void BuiltInProfileWidget::setSlicerConfig(SlicerConfiguration::Preset preset)
+{
+    if (preset < SlicerConfiguration::Low || preset > SlicerConfiguration::High) {
+        TROVEK_LOG(0) << "Invalid slicer configuration type" << std::endl;
+        return;
+    }
+    d->preset = preset;
+    d->fillFromPreset();
+    emitOverridednessChanged();
+}
+
+void BuiltInProfileWidget::setMaterials(Orvane::Material rightOrOnly, Orvane::Material left)
+{
+    {
+        const QScopedValueRollback<bool> filling(d->filling, true);
+        d->rightMaterial = rightOrOnly;
+        d->leftMaterial = left;
+        setMaterialRange(*d->form.rightTemperature, rightOrOnly);
+        setMaterialRange(*d->form.leftTemperature, left);
+    }
+    d->fillFromPreset();
+    emitOverridednessChanged();
+}
+
+void BuiltInProfileWidget::setHasHeatedPlatform(bool hasHeatedPlatform)
+{
+    // The owner tells it again and again; the user's choice stays as long as the machine does.
+    if (hasHeatedPlatform == d->hasHeatedPlatform)
+        return;
+    {
+        const QScopedValueRollback<bool> filling(d->filling, true);
+        d->hasHeatedPlatform = hasHeatedPlatform;
+        d->applyHeatedPlatform();
+    }
+    emitOverridednessChanged();
+}
+
+void BuiltInProfileWidget::setDualExtrusion(bool dual)
+{
+    d->form.leftTemperatureLabel->setVisible(dual);
+    d->form.leftTemperature->setVisible(dual);
+    d->form.rightTemperatureLabel->setName(dual ? tr("Right Extruder:") : tr("Extruder:"));
+}
+
+SlicerConfiguration BuiltInProfileWidget::configuration() const
+{
+    const BuiltInProfileForm& form = d->form;
+    SlicerConfiguration configuration = defaultsOf(d->preset);
+    configuration.setInfill(form.infill->value() * 0.01);
+    configuration.setLayerHeight(form.layerHeight->value());
+    configuration.setShells(std::uint32_t(form.shells->value()));
+    configuration.setExtruderTemperature(std::uint32_t(form.rightTemperature->value()));
+    configuration.setLeftExtruderTemperature(std::uint32_t(form.leftTemperature->value()));
+    configuration.setHeatPlatform(form.heatPlatform->isChecked());
+    configuration.setPlatformTemperature(std::uint32_t(form.platformTemperature->value()));
+    configuration.setPrintSpeed(std::uint32_t(form.extrudingSpeed->value()));
+    configuration.setTravelSpeed(std::uint32_t(form.travelingSpeed->value()));
+    return configuration;
+}
+
+void BuiltInProfileWidget::setConfiguration(const SlicerConfiguration& configuration)
+{
+    {
+        const QScopedValueRollback<bool> filling(d->filling, true);
+        const BuiltInProfileForm& form = d->form;
+        form.infill->setValue(infillPercent(configuration));
+        form.layerHeight->setValue(configuration.layerHeight());
+        form.shells->setValue(int(configuration.shells()));
+        form.rightTemperature->setValue(int(configuration.extruderTemperature()));
+        form.leftTemperature->setValue(int(configuration.leftExtruderTemperature()));
+        form.heatPlatform->setChecked(d->hasHeatedPlatform && configuration.heatPlatform());
+        form.platformTemperature->setValue(int(configuration.platformTemperature()));
+        form.extrudingSpeed->setValue(int(configuration.printSpeed()));
+        form.travelingSpeed->setValue(int(configuration.travelSpeed()));
+    }
+    emitOverridednessChanged();
+}
+
+void BuiltInProfileWidget::resetToDefaults()
+{
+    setSlicerConfig(d->preset);
+}
+
+void BuiltInProfileWidget::heatPlatformToggled(bool checked)
+{
+    d->form.heatPlatform->setChecked(checked && d->hasHeatedPlatform);
+    emitOverridednessChanged();
+}
+
+void BuiltInProfileWidget::emitOverridednessChanged()
+{
+    if (!d->filling)
+        emit overridednessChanged(d->preset, d->compareWithPreset());
+}
+
+void BuiltInProfileWidget::Private::fillFromPreset()
+{
+    const QScopedValueRollback<bool> guard(filling, true);
+    SlicerConfiguration configuration = defaultsOf(preset);
+    if (needsHeatedPlatform(rightMaterial) || needsHeatedPlatform(leftMaterial))
+        configuration.setHeatPlatform(true);
+    populateWidgets(configuration);
+    applyHeatedPlatform();
+}
+
+void BuiltInProfileWidget::Private::populateWidgets(const SlicerConfiguration& configuration)
+{
+    if (isKnown(rightMaterial)) {
+        const PresetValues values(configuration, rightMaterial);
+        form.infill->setValue(values.infillPercent);
+        form.layerHeight->setValue(values.layerHeight);
+        form.shells->setValue(values.shells);
+        form.rightTemperature->setValue(values.extruderCelsius);
+        form.heatPlatform->setChecked(needsHeatedPlatform(rightMaterial));
+        // PLA sticks at many temperatures; the user's stays.
+        if (rightMaterial != Orvane::PLA)
+            form.platformTemperature->setValue(kPlatformCelsius);
+        form.extrudingSpeed->setValue(values.printSpeed);
+        form.travelingSpeed->setValue(values.travelSpeed);
+    }
+    if (isKnown(leftMaterial))
+        form.leftTemperature->setValue(leftExtruderCelsius(configuration, leftMaterial));
+}
+
+/** Either material may need the heat, whatever the right one alone asks for. */
+void BuiltInProfileWidget::Private::applyHeatedPlatform()
+{
+    form.heatPlatform->setChecked(hasHeatedPlatform && (needsHeatedPlatform(rightMaterial) ||
+                                                        needsHeatedPlatform(leftMaterial)));
+    form.heatPlatform->setEnabled(hasHeatedPlatform);
+    form.platformTemperature->setEnabled(hasHeatedPlatform);
+    form.platformTemperatureLabel->setEnabled(hasHeatedPlatform);
+}
+
+bool BuiltInProfileWidget::Private::compareWithPreset()
+{
+    if (!isKnown(rightMaterial))
+        return false;
+    const PresetValues expected(defaultsOf(preset), rightMaterial);
+    bool overridden = compare(*form.infillLabel, *form.infill, expected.infillPercent);
+    overridden |= compare(*form.layerHeightLabel, *form.layerHeight, expected.layerHeight);
+    overridden |= compare(*form.shellsLabel, *form.shells, expected.shells);
+    overridden |=
+        compare(*form.rightTemperatureLabel, *form.rightTemperature, expected.extruderCelsius);
+    overridden |= compare(*form.platformTemperatureLabel, *form.platformTemperature,
+                          expected.platformCelsius);
+    overridden |= compare(*form.extrudingSpeedLabel, *form.extrudingSpeed, expected.printSpeed);
+    overridden |= compare(*form.travelingSpeedLabel, *form.travelingSpeed, expected.travelSpeed);
+    return overridden;
+}
+
+} // namespace trovek
