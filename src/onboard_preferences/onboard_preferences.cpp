@@ -1,7 +1,7 @@
 #include "trovek-ui/onboard_preferences.h"
 
 #include "onboard_preferences/onboard_preferences_p.h"
-#include "onboard_preferences/wait_cursor.h"
+#include "util/wait_cursor.h"
 
 #include "trovek-ui/eeprom_grama.h"
 #include "trovek-ui/messages.h"

@@ -4,7 +4,7 @@
 #include "onboard_preferences/onboard_preferences_p.h"
 #include "onboard_preferences/preferences_file.h"
 #include "onboard_preferences/preferences_notice.h"
-#include "onboard_preferences/wait_cursor.h"
+#include "util/wait_cursor.h"
 
 #include "trovek-ui/eeprom_grama.h"
 #include "trovek-ui/file_chooser.h"
