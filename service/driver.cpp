@@ -8,4 +8,9 @@ MachineDriver::MachineDriver(QObject* parent)
 
 MachineDriver::~MachineDriver() = default;
 
+bool MachineDriver::simulateUploadFailure(std::optional<int>)
+{
+    return false;
+}
+
 } // namespace trovek::service

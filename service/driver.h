@@ -9,6 +9,7 @@
 
 #include <array>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -70,6 +71,16 @@ public:
      * @return false for a machine that is not virtual
      */
     virtual bool simulateFirmware(const std::string& version) = 0;
+    /**
+     * Lets an idle machine take firmware, for which it may need minutes. firmwareWritten() ends it,
+     * unless the machine is closed before. Until it has all of it, it keeps the earlier one.
+     */
+    virtual void writeFirmware(const std::string& version, const QByteArray& image) = 0;
+    /**
+     * Lets the next firmware fail when so much of it is written; without a value none.
+     * @return false for a machine that is not virtual
+     */
+    virtual bool simulateUploadFailure(std::optional<int> percent);
 
     /** Bytes of the onboard memory; fewer at its end. */
     virtual QByteArray readMemory(int offset, int size) const = 0;
@@ -91,6 +102,8 @@ signals:
     void finished();
     /** @param kept false when the memory is as it was */
     void memoryReset(bool kept);
+    /** @param failure for a user; empty when the machine has the new firmware */
+    void firmwareWritten(const QString& failure);
     /** @param reason for a user */
     void failed(const QString& reason);
 };

@@ -23,7 +23,8 @@ EmbeddedService::EmbeddedService(const Options& options)
 {
     const std::string stateDir = options.stateDir.empty() ? defaultStateDir() : options.stateDir;
     const ServiceOptions serviceOptions{toQString(stateDir), toQString(options.machinesFile),
-                                        options.timeScale};
+                                        options.timeScale, toQString(options.firmwareCatalogue),
+                                        toQString(options.firmwareCache)};
     const ServerOptions serverOptions{options.socketName, toQString(stateDir), options.tcpPort};
     const auto ready = std::make_shared<std::promise<void>>();
     std::future<void> isReady = ready->get_future();

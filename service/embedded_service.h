@@ -30,6 +30,9 @@ public:
         std::string machinesFile;
         double timeScale = 1.0;
         std::optional<quint16> tcpPort;
+        /** UTF-8; see ServiceOptions. */
+        std::string firmwareCatalogue;
+        std::string firmwareCache;
     };
 
     /** @throws std::runtime_error for a user: why the service cannot start */

@@ -76,22 +76,6 @@ std::vector<Printer::Data> MachineList::printers() const
     return printers;
 }
 
-std::vector<std::string> MachineList::machineNames() const
-{
-    std::vector<std::string> names;
-    const auto gather = [&names](const std::vector<MachineDefinition>& definitions) {
-        for (const MachineDefinition& definition : definitions) {
-            for (const std::string& name : definition.machineNames) {
-                if (std::find(names.begin(), names.end(), name) == names.end())
-                    names.push_back(name);
-            }
-        }
-    };
-    gather(m_definitions.machines);
-    gather(m_definitions.archetypes);
-    return names;
-}
-
 Machine* MachineList::find(const std::string& key) const
 {
     const auto found = std::find_if(m_machines.begin(), m_machines.end(),

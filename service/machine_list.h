@@ -40,8 +40,6 @@ public:
     std::vector<Port::Data> ports() const;
     /** Of open machines, then archetypes. */
     std::vector<Printer::Data> printers() const;
-    /** Names under which firmware may be offered, each once. */
-    std::vector<std::string> machineNames() const;
 
     /** A machine by name, plugged in or not. @throws JsonRpcException UnknownMachineError */
     Machine& machine(const std::string& key) const;

@@ -88,30 +88,6 @@ Json::Value simulateFirmware(const MachineList& machines, const Call& call)
     return Json::Value();
 }
 
-Json::Value refuseDownload(const Call& call)
-{
-    call.params.string("machine");
-    call.params.integer("type");
-    const std::string text =
-        "There is no firmware " + call.params.string("version") + " for this machine";
-    const JsonRpcException error = wire::makeError(wire::error::kFirmwareUnavailable, text);
-    Json::Value data = error.data();
-    data["error"] = text;
-    throw JsonRpcException(text, data);
-}
-
-Json::Value refuseUpload(const MachineList& machines, const Call& call)
-{
-    call.params.string("path");
-    const Machine& machine = machines.openMachine(call.params.string("machine"));
-    if (machine.job() != nullptr) {
-        throw wire::makeError(wire::error::kPrinterThreadNotIdle,
-                              "The machine is busy: " + machine.job()->data().name);
-    }
-    throw wire::makeError(wire::error::kFirmwareUnavailable,
-                          "This file is not in the service's firmware catalogue");
-}
-
 } // namespace
 
 void addMachineMethods(MethodTable& table, MachineList& machines)
@@ -133,16 +109,6 @@ void addMachineMethods(MethodTable& table, MachineList& machines)
     });
     table.add(kSimulateFirmware,
               [list](const Call& call) { return simulateFirmware(*list, call); });
-
-    table.add(kGetUploadableMachines,
-              [list](const Call&) { return wire::toJson(list->machineNames()); });
-    table.add(kGetMachineVersions, [](const Call& call) {
-        call.params.string("machine");
-        call.params.integer("type");
-        return Json::Value(Json::arrayValue);
-    });
-    table.add(kDownloadFirmware, refuseDownload);
-    table.add(kUploadFirmware, [list](const Call& call) { return refuseUpload(*list, call); });
 }
 
 } // namespace trovek::service

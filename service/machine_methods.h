@@ -6,7 +6,7 @@ class MachineList;
 class MethodTable;
 
 /**
- * Ports, simulation, onboard memory and firmware.
+ * Ports and simulation.
  * @param machines not owned; must outlive the table
  */
 void addMachineMethods(MethodTable& table, MachineList& machines);

@@ -8,6 +8,7 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
+#include <QRegularExpression>
 
 #include <cmath>
 #include <cstdio>
@@ -47,6 +48,15 @@ QStringList joinTcpPort(const QStringList& arguments)
     return joined;
 }
 
+/** A folder as an absolute path; addresses, which have a colon in front, as they are. */
+QString absoluteAddress(const QString& address)
+{
+    static constexpr char kScheme[] = "\\A[a-z]{2,}:";
+    const bool isFolder =
+        !address.isEmpty() && !QRegularExpression(QLatin1String(kScheme)).match(address).hasMatch();
+    return isFolder ? QDir(address).absolutePath() : address;
+}
+
 /** @throws std::runtime_error for a value that is none */
 Settings readSettings(const QStringList& arguments)
 {
@@ -59,6 +69,13 @@ Settings readSettings(const QStringList& arguments)
     const QCommandLineOption machines(QStringLiteral("machines"),
                                       QStringLiteral("JSON file with the virtual machines."),
                                       QStringLiteral("FILE"));
+    const QCommandLineOption firmware(
+        QStringLiteral("firmware"),
+        QStringLiteral("Folder or address with a catalogue of firmware."),
+        QStringLiteral("ADDRESS"));
+    const QCommandLineOption firmwareCache(QStringLiteral("firmware-cache"),
+                                           QStringLiteral("Folder for downloaded firmware."),
+                                           QStringLiteral("DIR"));
     const QCommandLineOption timeScale(
         QStringLiteral("time-scale"),
         QStringLiteral("Seconds of the virtual machines for each second of the clock."),
@@ -74,7 +91,7 @@ Settings readSettings(const QStringList& arguments)
     parser.setApplicationDescription(QStringLiteral("Drives virtual 3D printers for its clients."));
     parser.addHelpOption();
     parser.addVersionOption();
-    parser.addOptions({socket, state, machines, timeScale, tcp, log});
+    parser.addOptions({socket, state, machines, firmware, firmwareCache, timeScale, tcp, log});
     parser.process(arguments);
     if (!parser.positionalArguments().isEmpty()) {
         throw std::runtime_error("Unexpected argument: " +
@@ -84,6 +101,9 @@ Settings readSettings(const QStringList& arguments)
     Settings settings;
     settings.service.stateDir = QDir(parser.value(state)).absolutePath();
     settings.service.machinesFile = parser.value(machines);
+    settings.service.firmwareCatalogue = absoluteAddress(parser.value(firmware));
+    if (parser.isSet(firmwareCache))
+        settings.service.firmwareCache = QDir(parser.value(firmwareCache)).absolutePath();
     bool isNumber = false;
     settings.service.timeScale = parser.value(timeScale).toDouble(&isNumber);
     if (!isNumber || !std::isfinite(settings.service.timeScale) || settings.service.timeScale <= 0)

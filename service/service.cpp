@@ -1,5 +1,6 @@
 #include "service.h"
 
+#include "firmware/firmware_methods.h"
 #include "job_list.h"
 #include "job_methods.h"
 #include "machine.h"
@@ -97,6 +98,13 @@ std::unique_ptr<QLockFile> lockStateDir(const QString& stateDir)
     return lock;
 }
 
+QString firmwareCache(const ServiceOptions& options)
+{
+    return options.firmwareCache.isEmpty()
+               ? QDir(options.stateDir).filePath(QStringLiteral("firmware"))
+               : options.firmwareCache;
+}
+
 Json::Value nameOf(const Machine& machine)
 {
     Json::Value value(Json::objectValue);
@@ -133,8 +141,9 @@ public:
     JobList jobs;
     MethodTable table;
     std::vector<std::pair<const char*, Json::Value>> outbox;
-    // Goes first: a reset that is given up lets go of its machine, which is posted.
+    // These go first: a reset or upload that is given up lets go of its machine, which is posted.
     OnboardMethods onboard;
+    FirmwareMethods firmware;
 };
 
 Service::Private::Private(Service& owner, const ServiceOptions& options)
@@ -143,6 +152,7 @@ Service::Private::Private(Service& owner, const ServiceOptions& options)
     , machines(readDefinitions(options.machinesFile), options.stateDir, options.timeScale)
     , jobs(QDir(options.stateDir).filePath(QStringLiteral("jobs.json")))
     , onboard(machines)
+    , firmware(machines, options.firmwareCatalogue, firmwareCache(options))
 {
     pool.setMaxThreadCount(std::max(2, QThread::idealThreadCount()));
 }
@@ -187,6 +197,7 @@ void Service::Private::addMethods()
     addMachineMethods(table, machines);
     addJobMethods(table, machines, jobs, pool);
     onboard.addTo(table);
+    firmware.addTo(table);
     for (const char* name : kMissingMethods)
         table.addMissing(name);
 }

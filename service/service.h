@@ -21,6 +21,11 @@ struct ServiceOptions
     QString machinesFile;
     /** Seconds of the virtual machines for each second of the clock. */
     double timeScale = 1.0;
+    /** Where firmware comes from: a folder, or a "file:", "http:" or "https:" address of one; the
+     * compiled-in firmware when empty. */
+    QString firmwareCatalogue;
+    /** The folder of downloaded firmware; one in the state folder when empty. */
+    QString firmwareCache;
 };
 
 /**
@@ -33,7 +38,8 @@ class Service : public QObject
     Q_OBJECT
 
 public:
-    /** @throws std::runtime_error for a user: a state folder in use, a machines file with an error
+    /** @throws std::runtime_error for a user: a state folder in use, a machines file with an error,
+     * an address of firmware that is none
      */
     explicit Service(const ServiceOptions& options, QObject* parent = nullptr);
     /** Running jobs fail; machines keep their state. */

@@ -43,11 +43,16 @@ public:
 
     void load();
     void touch();
-    void save();
+    /** False when it cannot be written. */
+    bool save();
     void tick();
     void letTimePass(double seconds);
     void letResetPass(double seconds);
+    void letFirmwarePass(double seconds);
+    bool keepFirmware(const std::string& version);
     void wake();
+    /** Idle, with nothing under way. */
+    bool isFree() const { return state == Printer::Idle && !resetImage && !newFirmware; }
     void fall(const QString& reason);
 
     VirtualMachine& q;
@@ -61,6 +66,10 @@ public:
     /** What the memory will hold, while it is reset. */
     std::optional<QByteArray> resetImage;
     double resetSeconds = 0;
+    /** The version that is being written. */
+    std::optional<std::string> newFirmware;
+    double firmwareSeconds = 0;
+    std::optional<int> failsAtPercent;
     Printer::State state = Printer::UnknownState;
     double greetingSeconds = 0;
     std::optional<PlanRunner> runner;
@@ -122,10 +131,10 @@ void VirtualMachine::Private::touch()
         saveTimer.start();
 }
 
-void VirtualMachine::Private::save()
+bool VirtualMachine::Private::save()
 {
     if (!saveTimer.isActive())
-        return;
+        return true;
     saveTimer.stop();
     Json::Value saved(Json::objectValue);
     saved["tools"] = Json::Value(Json::arrayValue);
@@ -138,12 +147,12 @@ void VirtualMachine::Private::save()
     // What the definition says may change with it.
     if (firmwareVersion != definition.firmwareVersion)
         saved["firmware_version"] = firmwareVersion;
-    writeStateFile(stateFile, saved);
+    return writeStateFile(stateFile, saved);
 }
 
 void VirtualMachine::Private::wake()
 {
-    const bool needed = runner.has_value() || resetImage.has_value() ||
+    const bool needed = runner.has_value() || resetImage.has_value() || newFirmware.has_value() ||
                         state == Printer::Connecting || !body.isAtRest();
     if (needed == timer.isActive())
         return;
@@ -179,6 +188,40 @@ void VirtualMachine::Private::letResetPass(double seconds)
     emit q.memoryReset(q.writeMemory(0, image));
 }
 
+void VirtualMachine::Private::letFirmwarePass(double seconds)
+{
+    firmwareSeconds += seconds;
+    const double percent = 100 * firmwareSeconds / kFirmwareSeconds;
+    if (failsAtPercent && percent >= *failsAtPercent) {
+        const int reached = *failsAtPercent;
+        failsAtPercent.reset();
+        newFirmware.reset();
+        emit q.firmwareWritten(
+            QStringLiteral("The machine took no more of the firmware after %1 percent")
+                .arg(reached));
+        return;
+    }
+    if (percent < 100)
+        return;
+    const std::string version = *newFirmware;
+    newFirmware.reset();
+    emit q.firmwareWritten(keepFirmware(version)
+                               ? QString()
+                               : QStringLiteral("The machine did not keep the firmware"));
+}
+
+/** The earlier one when it cannot be written: half a step would be told otherwise after a restart.
+ */
+bool VirtualMachine::Private::keepFirmware(const std::string& version)
+{
+    const std::string earlier = std::exchange(firmwareVersion, version);
+    touch();
+    if (save())
+        return true;
+    firmwareVersion = earlier;
+    return false;
+}
+
 void VirtualMachine::Private::letTimePass(double seconds)
 {
     if (state == Printer::Connecting) {
@@ -194,6 +237,8 @@ void VirtualMachine::Private::letTimePass(double seconds)
         body.heat(seconds);
         if (resetImage)
             letResetPass(seconds);
+        else if (newFirmware)
+            letFirmwarePass(seconds);
         return;
     }
     try {
@@ -261,6 +306,7 @@ void VirtualMachine::close()
 {
     d->runner.reset();
     d->resetImage.reset();
+    d->newFirmware.reset();
     d->state = Printer::UnknownState;
     for (Heater& tool : d->body.tools)
         tool.setTarget(0);
@@ -271,7 +317,7 @@ void VirtualMachine::close()
 
 void VirtualMachine::run(std::shared_ptr<const MotionPlan> plan)
 {
-    if (d->state != Printer::Idle || d->resetImage)
+    if (!d->isFree())
         throw std::logic_error("The machine is not idle");
     d->runner.emplace(std::move(plan));
     d->state = Printer::Running;
@@ -312,6 +358,21 @@ bool VirtualMachine::simulateFirmware(const std::string& version)
     return true;
 }
 
+void VirtualMachine::writeFirmware(const std::string& version, const QByteArray&)
+{
+    if (!d->isFree())
+        throw std::logic_error("The machine is not idle");
+    d->newFirmware = version;
+    d->firmwareSeconds = 0;
+    d->wake();
+}
+
+bool VirtualMachine::simulateUploadFailure(std::optional<int> percent)
+{
+    d->failsAtPercent = percent;
+    return true;
+}
+
 QByteArray VirtualMachine::readMemory(int offset, int size) const
 {
     return offset < 0 || size < 0 ? QByteArray() : d->memory.mid(offset, size);
@@ -331,7 +392,7 @@ bool VirtualMachine::writeMemory(int offset, const QByteArray& bytes)
 
 void VirtualMachine::resetMemory(const QByteArray& image)
 {
-    if (d->state != Printer::Idle || d->resetImage)
+    if (!d->isFree())
         throw std::logic_error("The machine is not idle");
     d->resetImage = image;
     d->resetSeconds = kResetSeconds;

@@ -22,6 +22,7 @@ public:
     static constexpr int kMemoryBytes = 4096;
     /** Seconds of the machine. */
     static constexpr double kResetSeconds = 8;
+    static constexpr double kFirmwareSeconds = 40;
 
     /**
      * @param definition  not owned; must outlive the machine
@@ -41,6 +42,8 @@ public:
     void setPlatformTarget(int celsius) override;
     std::string firmwareVersion() const override;
     bool simulateFirmware(const std::string& version) override;
+    void writeFirmware(const std::string& version, const QByteArray& image) override;
+    bool simulateUploadFailure(std::optional<int> percent) override;
     QByteArray readMemory(int offset, int size) const override;
     bool writeMemory(int offset, const QByteArray& bytes) override;
     void resetMemory(const QByteArray& image) override;

@@ -3,7 +3,7 @@
 
 What the firmwares have in common is said once here, and the settings get their places one behind
 the other. The files are committed, so a build needs no Python. A firmware that has been given out
-never changes its layout: a new version is a new machine below.
+never changes its layout: a new version is one more below.
 """
 
 import json
@@ -18,7 +18,7 @@ AXES = "XYZAB"
 
 
 class Machine:
-    def __init__(self, name, version, extruders, platform, volume, steps, level, newer=False):
+    def __init__(self, name, extruders, platform, volume, steps, level, version, age):
         self.name = name
         self.version = version
         self.tools = ["right", "left"][:extruders]
@@ -27,7 +27,9 @@ class Machine:
         self.steps = steps
         # 1 the Cubios, 2 the first Fabrinos, 3 their successors
         self.level = level
-        self.newer = newer
+        # "old" has less than the others, "new" more
+        self.old = age == "old"
+        self.newer = age == "new"
         self.hottest = {1: 250, 2: 270, 3: 280}[level]
 
     @property
@@ -35,16 +37,20 @@ class Machine:
         return self.level == 3
 
 
-MACHINES = [
-    Machine("cubio_single", "4.1", 1, True, (100, 100, 120), (47.06, 47.06, 200, 50.23, 50.23), 1),
-    Machine("cubio_dual", "4.1", 2, True, (100, 100, 120), (47.06, 47.06, 200, 50.23, 50.23), 1),
-    Machine("fabrino_single", "6.2", 1, True, (220, 145, 150), (94.12, 94.12, 400, 96.39, 96.39), 2),
-    Machine("fabrino_dual", "6.2", 2, True, (220, 145, 150), (94.12, 94.12, 400, 96.39, 96.39), 2),
-    Machine("fabrino_2", "7.5", 1, False, (285, 150, 155), (88.89, 88.89, 400, 96.39, 96.39), 3),
-    Machine("fabrino_2", "7.6", 1, False, (285, 150, 155), (88.89, 88.89, 400, 96.39, 96.39), 3, True),
-    Machine("fabrino_2x", "7.5", 2, True, (245, 150, 155), (88.89, 88.89, 400, 96.39, 96.39), 3),
-    Machine("fabrino_2x", "7.6", 2, True, (245, 150, 155), (88.89, 88.89, 400, 96.39, 96.39), 3, True),
+CUBIO = ((100, 100, 120), (47.06, 47.06, 200, 50.23, 50.23), 1)
+FABRINO = ((220, 145, 150), (94.12, 94.12, 400, 96.39, 96.39), 2)
+FABRINO_2 = ((285, 150, 155), (88.89, 88.89, 400, 96.39, 96.39), 3)
+FABRINO_2X = ((245, 150, 155), (88.89, 88.89, 400, 96.39, 96.39), 3)
+
+MODELS = [
+    (("cubio_single", 1, True, *CUBIO), {"3.9": "old", "4.1": "", "4.2": "new"}),
+    (("cubio_dual", 2, True, *CUBIO), {"3.9": "old", "4.1": "", "4.2": "new"}),
+    (("fabrino_single", 1, True, *FABRINO), {"5.9": "old", "6.2": "", "6.3": "new"}),
+    (("fabrino_dual", 2, True, *FABRINO), {"5.9": "old", "6.2": "", "6.3": "new"}),
+    (("fabrino_2", 1, False, *FABRINO_2), {"5.9": "old", "7.5": "", "7.6": "new"}),
+    (("fabrino_2x", 2, True, *FABRINO_2X), {"5.9": "old", "7.5": "", "7.6": "new"}),
 ]
+MACHINES = [Machine(*model, version, age) for model, ages in MODELS for version, age in ages.items()]
 
 
 def leaf(types, factory, tooltip, unit=None, constraints=None, **more):
@@ -312,12 +318,14 @@ def settings(m):
     if m.platform:
         tree["build_platform"] = platform(m)
     tree["filament"] = filament(m)
-    tree["preheat"] = preheat(m)
+    if not m.old:
+        tree["preheat"] = preheat(m)
     if m.level > 1:
         tree["leds"] = leds(m)
         tree["buzzer"] = buzzer(m)
         tree["profiles"] = profiles(m)
-    tree["display"] = display(m)
+    if not m.old:
+        tree["display"] = display(m)
     if m.newer:
         tree["safety"] = safety(m)
         tree["network"] = network(m)

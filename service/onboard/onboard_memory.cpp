@@ -33,9 +33,14 @@ void OnboardMemory::write(const Json::Value& document)
     keep(after);
 }
 
-void OnboardMemory::startReset()
+void OnboardMemory::makeBackup()
 {
     backUp(current());
+}
+
+void OnboardMemory::startReset()
+{
+    makeBackup();
     m_driver.resetMemory(m_map.factoryImage());
 }
 

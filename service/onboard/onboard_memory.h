@@ -44,6 +44,9 @@ public:
      */
     void write(const Json::Value& document);
 
+    /** Of the memory as it is now. @throws std::runtime_error when it cannot be written */
+    void makeBackup();
+
     /** Makes the backup and starts the driver's reset, which ends with its memoryReset(). */
     void startReset();
     /** When memoryReset() has come. @throws std::runtime_error unless factory values are there */

@@ -75,6 +75,8 @@ bool MemoryDriver::simulateFirmware(const std::string&)
     return false;
 }
 
+void MemoryDriver::writeFirmware(const std::string&, const QByteArray&) {}
+
 QByteArray MemoryDriver::readMemory(int offset, int size) const
 {
     return memory.mid(offset, size);

@@ -45,6 +45,7 @@ public:
     void setPlatformTarget(int celsius) override;
     std::string firmwareVersion() const override { return "7.5"; }
     bool simulateFirmware(const std::string& version) override;
+    void writeFirmware(const std::string& version, const QByteArray& image) override;
     QByteArray readMemory(int offset, int size) const override;
     bool writeMemory(int offset, const QByteArray& bytes) override;
     /** At once; the test emits the signal. */

@@ -42,7 +42,7 @@ class tst_OnboardMaps : public QObject
 
 private slots:
     void everyMachineHasAMap();
-    void oneTypeHasTwoMaps();
+    void everyTypeHasOneMapForEachFirmware();
     void aFirmwareWithoutAMapHasNone();
     void theLargestHasAllThatAMapMayHave();
     void everyMapIsSound_data();
@@ -93,7 +93,7 @@ void tst_OnboardMaps::everyMachineHasAMap()
     }
 }
 
-void tst_OnboardMaps::oneTypeHasTwoMaps()
+void tst_OnboardMaps::everyTypeHasOneMapForEachFirmware()
 {
     const OnboardMaps maps;
     const OnboardMap* const older = maps.find({Printer::Fabrino2X, 7, 5});
