@@ -13,7 +13,12 @@ namespace trovek {
 
 class ProfileComboBox;
 
-/** Makes a new profile of the user's from one that is there. */
+/**
+ * Makes a new profile of the user's from one that is there, for the machines that that one is for.
+ *
+ * The new folder stands in the profile directory, which is made when it is missing. A name that
+ * does not do is refused with a message; why a copy failed is shown below the name.
+ */
 class TROVEK_UI_EXPORT CreateProfileDialog : public QDialog
 {
     Q_OBJECT
@@ -32,6 +37,10 @@ private slots:
     void createProfile();
 
 private:
+    void layOut();
+    /** @throws std::runtime_error as Profile::copyToDisk() */
+    QDir copyTemplate(const QDir& directory, const QString& name) const;
+    /** Empty: none any more. */
     void showError(const QString& text);
 
     ProfileComboBox* const m_template;

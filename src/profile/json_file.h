@@ -1,0 +1,34 @@
+#pragma once
+
+#include "trovek-ui/export.h"
+
+#include <json/value.h>
+
+#include <QString>
+
+#include <string>
+
+namespace trovek {
+
+/**
+ * Reads a JSON file that a user may have edited: comments and a byte order mark are allowed.
+ *
+ * Only regular files of a sane size are opened: a pipe or a device would block the window.
+ * @param path       may be a resource's
+ * @param openError  thrown when there is no such file
+ * @param parseError thrown when it holds anything but one JSON value
+ * @throws std::runtime_error
+ */
+TROVEK_UI_EXPORT Json::Value readJsonFile(const QString& path, const std::string& openError,
+                                          const std::string& parseError);
+
+/**
+ * Replaces the file as a whole, so that whatever fails leaves the old one.
+ * @param openError  thrown when it cannot be written at all, for example because it is read-only
+ * @param writeError thrown when not everything could be written
+ * @throws std::runtime_error
+ */
+TROVEK_UI_EXPORT void writeJsonFile(const QString& path, const Json::Value& value,
+                                    const std::string& openError, const std::string& writeError);
+
+} // namespace trovek
