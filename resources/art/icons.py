@@ -203,7 +203,7 @@ HOST = {"open": open_file, "make": make, "cancel": cancel, "clear": clear,
         "plug_in": lambda: plug(True), "plug_out": lambda: plug(False),
         "gcode_file": gcode_file, "model_file": model_file,
         "gcode_file_large": gcode_file_large, "model_file_large": model_file_large}
-APP_SIZES = (16, 24, 32, 48, 64, 128, 256)
+APP_SIZES = (16, 24, 32, 48, 64, 128, 256, 512)
 
 
 def pictures():

@@ -7,7 +7,7 @@ the front is seen straight, the depth runs to the right and upwards.
 from dataclasses import dataclass
 from math import hypot, sqrt
 
-from palette import AMBER, BLUE, GREEN, GREY, INK, PAPER, STEEL, mix
+from palette import AMBER, BLUE, GREEN, GREY, INK, PAPER, RED, STEEL, mix
 from svg import Picture, box, circle, lines, nozzle, path, polygon
 
 GRID = 64
@@ -220,8 +220,18 @@ def generic(size, light="up"):
     return p
 
 
+def service_error(size, light="up"):
+    """Some machine, and the mark that nobody can be asked about it."""
+    p = generic(size, light)
+    on = LIGHTS[light].on
+    x, y = 47, 46
+    p.outline(circle(x, y, 12), on(RED))
+    p.shape(lines((x, y - 6), (x, y + 1)) + lines((x, y + 6), (x, y + 6)), ink=on(PAPER), width=4)
+    return p
+
+
 BUTTONS = {"fabrino": fabrino, "fabrino_2": fabrino_2, "fabrino_2x": fabrino_2x,
-           "cbo": cubio, "generic": generic}
+           "cbo": cubio, "generic": generic, "service_error": service_error}
 PICTURES = {"fabrino": fabrino, "fabrino2": fabrino_2, "cubio": cubio}
 
 
