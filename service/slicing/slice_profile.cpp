@@ -2,7 +2,7 @@
 
 #include "gcode/file_access.h"
 
-#include <rpcwire/json_reader.h>
+#include <rpcwire/json_text.h>
 #include <trovek/text.h>
 
 #include <QDir>
@@ -36,7 +36,7 @@ SliceProfile loadSliceProfile(const std::string& folder)
     SliceProfile profile;
     Json::Value document;
     std::string error;
-    if (!rpcwire::readJson(readFile(folder, "strandel.json"), &document, &error))
+    if (!rpcwire::parseJson(readFile(folder, "strandel.json"), &document, &error))
         throw std::runtime_error("strandel.json: is not valid JSON: " + error);
     profile.config = readStrandelConfig(document);
     profile.startCode = readFile(folder, "start.gcode");
