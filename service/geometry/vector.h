@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <cmath>
+#include <vector>
 
 namespace trovek::geometry {
 
@@ -70,5 +72,18 @@ struct Box
                point.y <= maximum.y && minimum.z <= point.z && point.z <= maximum.z;
     }
 };
+
+/** The smallest; there must be a point. */
+inline Box boundingBoxOf(const std::vector<Vector>& points)
+{
+    Box box{points.front(), points.front()};
+    for (const Vector& point : points) {
+        box.minimum = {std::min(box.minimum.x, point.x), std::min(box.minimum.y, point.y),
+                       std::min(box.minimum.z, point.z)};
+        box.maximum = {std::max(box.maximum.x, point.x), std::max(box.maximum.y, point.y),
+                       std::max(box.maximum.z, point.z)};
+    }
+    return box;
+}
 
 } // namespace trovek::geometry
