@@ -107,8 +107,9 @@ void addCode(Options& options, const SliceSettings& settings)
     options.set("layer_gcode", "G92 E0");
     options.set("toolchange_gcode", "");
     options.set("between_objects_gcode", "");
-    options.set("start_filament_gcode", same(settings, "\"\""));
-    options.set("end_filament_gcode", same(settings, "\"\""));
+    // One text counts for all tools.
+    options.set("start_filament_gcode", "\"\"");
+    options.set("end_filament_gcode", "\"\"");
     options.set("gcode_comments", false);
     options.set("gcode_label_objects", false);
     options.set("remaining_times", false);
