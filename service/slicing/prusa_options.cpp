@@ -97,7 +97,7 @@ void addMachine(Options& options, const MachineDefinition& machine, const SliceS
     options.set("machine_max_feedrate_e", machine.maxFeed[MotorA]);
 }
 
-void addCode(Options& options, const SliceSettings& settings)
+void addCode(Options& options)
 {
     options.set("post_process", "");
     options.set("start_gcode", "");
@@ -226,7 +226,7 @@ std::string prusaOptions(const MachineDefinition& machine, const SliceSettings& 
 {
     Options options;
     addMachine(options, machine, settings);
-    addCode(options, settings);
+    addCode(options);
     addTools(options, machine, settings);
     addLayers(options, settings);
     addSpeeds(options, machine, settings);
