@@ -51,6 +51,7 @@ Machine::Machine(const MachineDefinition& definition, const QString& folder,
     , m_folder(folder)
     , m_driver(std::move(driver))
     , m_throttle(new Throttle(kChangeIntervalMs))
+    , m_portName(definition.portName)
 {
     connect(m_driver.get(), &MachineDriver::opened, this, &Machine::update);
     connect(m_driver.get(), &MachineDriver::changed, this, &Machine::update);
@@ -63,6 +64,7 @@ Printer::Data Machine::printer() const
 {
     const MachineDriver::Status status = m_driver->status();
     Printer::Data data = describe(m_definition);
+    data.portName = m_portName;
     data.firmwareVersion = FirmwareVersion(m_driver->firmwareVersion());
     data.state = status.state;
     // A plan may end and the next begin within one job.
@@ -82,7 +84,7 @@ Printer::Data Machine::printer() const
 Port::Data Machine::port() const
 {
     Port::Data data;
-    data.name = m_definition.portName;
+    data.name = m_portName;
     data.identity = m_definition.portIdentity;
     data.displayName = m_definition.displayName;
     data.machineName = m_open ? m_definition.key : std::string();
@@ -95,7 +97,7 @@ void Machine::plugIn()
     if (m_pluggedIn)
         return;
     m_pluggedIn = true;
-    TROVEK_LOG(1) << "Port " << m_definition.portName << " attached" << std::endl;
+    TROVEK_LOG(1) << "Port " << m_portName << " attached" << std::endl;
     emit attached();
 }
 
@@ -105,7 +107,7 @@ void Machine::unplug()
         return;
     close(QStringLiteral("The machine was unplugged"));
     m_pluggedIn = false;
-    TROVEK_LOG(1) << "Port " << m_definition.portName << " detached" << std::endl;
+    TROVEK_LOG(1) << "Port " << m_portName << " detached" << std::endl;
     emit detached();
 }
 

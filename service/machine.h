@@ -13,6 +13,7 @@
 #include <QString>
 
 #include <memory>
+#include <string>
 
 namespace trovek::service {
 
@@ -59,6 +60,8 @@ public:
     const QString& folder() const { return m_folder; }
     MachineDriver& driver() { return *m_driver; }
 
+    /** The definition's, unless it was moved. */
+    const std::string& portName() const { return m_portName; }
     bool isPluggedIn() const { return m_pluggedIn; }
     bool isOpen() const { return m_open; }
     /** Null when it is free. */
@@ -67,6 +70,8 @@ public:
     Printer::Data printer() const;
     Port::Data port() const;
 
+    /** Needs a machine that is not plugged in, and a name that no other machine's port has. */
+    void moveToPort(const std::string& name) { m_portName = name; }
     /** These do nothing when it is so already. */
     void plugIn();
     /** A running job fails. */
@@ -97,6 +102,7 @@ private:
     const std::unique_ptr<MachineDriver> m_driver;
     const std::unique_ptr<Throttle> m_throttle;
     RunningJob* m_job = nullptr;
+    std::string m_portName;
     bool m_pluggedIn = false;
     bool m_open = false;
     Json::Value m_told;

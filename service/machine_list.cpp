@@ -115,7 +115,7 @@ const MachineDefinition& MachineList::definition(const std::string& key) const
 Machine& MachineList::machineOnPort(const std::string& port) const
 {
     for (const auto& machine : m_machines) {
-        if (machine->isPluggedIn() && machine->definition().portName == port)
+        if (machine->isPluggedIn() && machine->portName() == port)
             return *machine;
     }
     throw wire::makeError(wire::error::kUnknownPort, "No such port: " + port);

@@ -6,7 +6,7 @@ class MachineList;
 class MethodTable;
 
 /**
- * Ports and simulation.
+ * Opening and closing the machines on ports.
  * @param machines not owned; must outlive the table
  */
 void addMachineMethods(MethodTable& table, MachineList& machines);

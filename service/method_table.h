@@ -28,6 +28,8 @@ public:
     bool isSubscribed() const { return m_subscribed; }
     /** From now on it receives notifications. */
     void subscribe() { m_subscribed = true; }
+    /** Ends the connection when what was answered has been written; gone() comes later. */
+    virtual void close() = 0;
 
 signals:
     /** Emitted once, when the connection has ended. */
@@ -95,6 +97,7 @@ public:
     void addLate(const char* name, LateMethod method);
     /** A method that clients know and this version does not have. */
     void addMissing(const char* name);
+    bool contains(const std::string& name) const { return m_methods.count(name) > 0; }
 
     /** Runs the method and answers; nothing is ever thrown. */
     void handle(const std::string& name, const Json::Value& params, Client& client,

@@ -7,6 +7,8 @@
 #include "machine_list.h"
 #include "machine_methods.h"
 #include "onboard/onboard_methods.h"
+#include "simulation/fault_injector.h"
+#include "simulation/simulation_methods.h"
 #include "system.h"
 
 #include <trovek/log.h>
@@ -140,6 +142,7 @@ public:
     MachineList machines;
     JobList jobs;
     MethodTable table;
+    FaultInjector faults;
     std::vector<std::pair<const char*, Json::Value>> outbox;
     // These go first: a reset or upload that is given up lets go of its machine, which is posted.
     OnboardMethods onboard;
@@ -151,6 +154,7 @@ Service::Private::Private(Service& owner, const ServiceOptions& options)
     , lock(lockStateDir(options.stateDir))
     , machines(readDefinitions(options.machinesFile), options.stateDir, options.timeScale)
     , jobs(QDir(options.stateDir).filePath(QStringLiteral("jobs.json")))
+    , faults(table, machines)
     , onboard(machines)
     , firmware(machines, options.firmwareCatalogue, firmwareCache(options))
 {
@@ -164,7 +168,7 @@ void Service::Private::followMachines()
             [this](const Machine& machine) { post(kPortAttached, wire::toJson(machine.port())); });
     connect(&machines, &MachineList::detached, &q, [this](const Machine& machine) {
         Json::Value port(Json::objectValue);
-        port["name"] = machine.definition().portName;
+        port["name"] = machine.portName();
         port["identity"] = machine.definition().portIdentity;
         post(kPortDetached, port);
     });
@@ -195,6 +199,7 @@ void Service::Private::addMethods()
     table.add(wire::method::kSubscribe,
               [this](const Call& call) { return subscribe(call.client); });
     addMachineMethods(table, machines);
+    addSimulationMethods(table, machines, faults);
     addJobMethods(table, machines, jobs, pool);
     onboard.addTo(table);
     firmware.addTo(table);
@@ -252,7 +257,7 @@ Service::~Service()
 void Service::handle(const std::string& method, const Json::Value& params, Client& client,
                      const Responder& respond)
 {
-    d->table.handle(method, params, client, respond);
+    d->faults.handle(method, params, client, respond);
 }
 
 } // namespace trovek::service

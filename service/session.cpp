@@ -86,6 +86,11 @@ Session::Session(Service& service, QIODevice* socket, const QByteArray& token, Q
 
 Session::~Session() = default;
 
+void Session::close()
+{
+    m_peer->closeAfterWriting("The service was told to");
+}
+
 void Session::take(const rpcwire::Peer::Request& request)
 {
     if (m_greeted)

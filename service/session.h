@@ -37,6 +37,8 @@ public:
             QObject* parent = nullptr);
     ~Session() override;
 
+    void close() override;
+
 private:
     void take(const rpcwire::Peer::Request& request);
     void greet(const rpcwire::Peer::Request& request);

@@ -366,6 +366,41 @@ void Trovek::simulateFirmware(const std::string& machine, const std::string& ver
             kTimeoutMs);
 }
 
+void Trovek::simulatePort(const std::string& machine, const std::string& portName)
+{
+    d->call(wire::method::kSimulatePort, object({{"name", machine}, {"port", portName}}),
+            kTimeoutMs);
+}
+
+void Trovek::simulateUploadFailure(const std::string& machine, int percent)
+{
+    d->call(wire::method::kSimulateUploadFailure, object({{"name", machine}, {"percent", percent}}),
+            kTimeoutMs);
+}
+
+void Trovek::simulateFault(const SimulatedFault& fault)
+{
+    d->call(wire::method::kSimulateFault, object({{"fault", wire::toJson(fault)}}), kTimeoutMs);
+}
+
+std::vector<SimulatedFault> Trovek::simulatedFaults()
+{
+    const char* const method = wire::method::kSimulatedFaults;
+    return readAnswer(method, d->call(method, object({}), kTimeoutMs), [](const Json::Value& list) {
+        if (!list.isArray())
+            throw std::runtime_error("not a list");
+        std::vector<SimulatedFault> faults;
+        for (const Json::Value& fault : list)
+            faults.push_back(wire::simulatedFaultFromJson(fault));
+        return faults;
+    });
+}
+
+void Trovek::clearSimulatedFaults()
+{
+    d->call(wire::method::kSimulateNoFaults, object({}), kTimeoutMs);
+}
+
 // ---- Hooks: what does not care for an event leaves its hook empty
 
 void Trovek::emitPrinterAdded(Printer*) {}

@@ -9,6 +9,7 @@
 #include "trovek/machine_name.h"
 #include "trovek/port.h"
 #include "trovek/printer.h"
+#include "trovek/simulated_fault.h"
 #include "trovek/slicer_configuration.h"
 
 #include <rpcwire/json_rpc_exception.h>
@@ -150,6 +151,18 @@ public:
     /** As if it had been given that firmware elsewhere; a machine that is plugged in is unplugged
      * for it and plugged in again. */
     void simulateFirmware(const std::string& machine, const std::string& version);
+    /** Moves its cable to another port, of a name that no other machine's has; until the service is
+     * started again. */
+    void simulatePort(const std::string& machine, const std::string& portName);
+    /** Lets the next firmware upload to it fail when so many percent are written, 0 to 100. */
+    void simulateUploadFailure(const std::string& machine, int percent);
+
+    /** Lets requests to the service fail, those of all its clients. */
+    void simulateFault(const SimulatedFault& fault);
+    /** Those that are still to come; uploads that are to fail are not among them. */
+    std::vector<SimulatedFault> simulatedFaults();
+    /** From now on nothing fails on request; uploads neither. */
+    void clearSimulatedFaults();
 
     /** Calls that waited for an answer since construction; dialogs are measured by it. */
     quint64 callCount() const;

@@ -5,6 +5,7 @@
 #include "trovek/job.h"
 #include "trovek/port.h"
 #include "trovek/printer.h"
+#include "trovek/simulated_fault.h"
 #include "trovek/slicer_configuration.h"
 
 #include <json/value.h>
@@ -73,7 +74,8 @@ constexpr char kUploadFirmware[] = "uploadfirmware";
 constexpr char kStrandelConfigVersionCheck[] = "strandel_config_version_check";
 /** {config} -> config */
 constexpr char kUpgradeStrandelConfig[] = "upgrade_strandel_config";
-/** {} -> [{name, type, type_name, plugged_in}] */
+/** {} -> [{name, display_name, type, type_name, port, plugged_in, firmware_version,
+ * firmware_versions}] */
 constexpr char kSimulatedMachines[] = "simulated_machines";
 /** {name} */
 constexpr char kSimulatePlugIn[] = "simulate_plug_in";
@@ -81,6 +83,16 @@ constexpr char kSimulatePlugIn[] = "simulate_plug_in";
 constexpr char kSimulateUnplug[] = "simulate_unplug";
 /** {name, version} */
 constexpr char kSimulateFirmware[] = "simulate_firmware";
+/** {name, port} */
+constexpr char kSimulatePort[] = "simulate_port";
+/** {name, percent} */
+constexpr char kSimulateUploadFailure[] = "simulate_upload_failure";
+/** {fault} */
+constexpr char kSimulateFault[] = "simulate_fault";
+/** {} -> [fault], those that are still to come */
+constexpr char kSimulatedFaults[] = "simulated_faults";
+/** {} */
+constexpr char kSimulateNoFaults[] = "simulate_no_faults";
 } // namespace method
 
 namespace notification {
@@ -163,6 +175,8 @@ TROVEK_EXPORT Json::Value toJson(const EepromBackup& backup);
 TROVEK_EXPORT EepromBackup eepromBackupFromJson(const Json::Value& value);
 TROVEK_EXPORT Json::Value toJson(const SlicerConfiguration& configuration);
 TROVEK_EXPORT SlicerConfiguration slicerConfigurationFromJson(const Json::Value& value);
+TROVEK_EXPORT Json::Value toJson(const SimulatedFault& fault);
+TROVEK_EXPORT SimulatedFault simulatedFaultFromJson(const Json::Value& value);
 TROVEK_EXPORT Json::Value toJson(const std::vector<std::string>& texts);
 
 /** Typed reading of one member of an object; the throwing text names the member. */
