@@ -59,6 +59,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     convert(value, wire::jobFromJson);
     convert(value, wire::eepromBackupFromJson);
     convert(value, wire::slicerConfigurationFromJson);
+    convert(value, wire::simulatedFaultFromJson);
     readMember([&] { wire::stringMember(value, "name"); });
     readMember([&] { wire::intMember(value, "id"); });
     readMember([&] { wire::boolMember(value, "raft"); });

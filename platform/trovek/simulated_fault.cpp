@@ -115,8 +115,8 @@ Json::Value toJson(const SimulatedFault& fault)
 
 SimulatedFault simulatedFaultFromJson(const Json::Value& value)
 {
-    SimulatedFault fault =
-        faultOf(stringMember(value, "method"), kindFromName(stringMember(value, "kind")));
+    std::string method = stringMember(value, "method");
+    SimulatedFault fault = faultOf(std::move(method), kindFromName(stringMember(value, "kind")));
     if (value.isMember("times"))
         fault.times = intMember(value, "times");
     switch (fault.kind) {

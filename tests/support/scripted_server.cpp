@@ -217,7 +217,9 @@ Json::Value ScriptedServer::result(rpcwire::Peer* peer, const std::string& name,
         method::kDisconnectFromPort,     method::kHome,
         method::kSetToolheadTemperature, method::kCboCalibration,
         method::kUploadFirmware,         method::kSimulatePlugIn,
-        method::kSimulateUnplug,         method::kSimulateFirmware};
+        method::kSimulateUnplug,         method::kSimulateFirmware,
+        method::kSimulatePort,           method::kSimulateUploadFailure,
+        method::kSimulateFault,          method::kSimulateNoFaults};
 
     if (name == method::kHello)
         return greet(peer, params);
@@ -303,7 +305,7 @@ Json::Value ScriptedServer::result(rpcwire::Peer* peer, const std::string& name,
         return 1;
     if (name == method::kUpgradeStrandelConfig)
         return params["config"];
-    if (name == method::kSimulatedMachines)
+    if (name == method::kSimulatedMachines || name == method::kSimulatedFaults)
         return Json::Value(Json::arrayValue);
     throw wire::makeError(wire::error::kNotOffered, "Not offered: " + name);
 }

@@ -109,6 +109,15 @@ void addEveryOperation()
         [](Trovek& t) { t.simulateUnplug("left"); });
     row("simulate_firmware", R"({"name": "left", "version": "7.6"})", 10000,
         [](Trovek& t) { t.simulateFirmware("left", "7.6"); });
+    row("simulate_port", R"({"name": "left", "port": "two"})", 10000,
+        [](Trovek& t) { t.simulatePort("left", "two"); });
+    row("simulate_upload_failure", R"({"name": "left", "percent": 40})", 10000,
+        [](Trovek& t) { t.simulateUploadFailure("left", 40); });
+    row("simulate_fault",
+        R"({"fault": {"method": "print", "kind": "late", "times": 2, "delay_ms": 70}})", 10000,
+        [](Trovek& t) { t.simulateFault(SimulatedFault::late("print", 70).forTimes(2)); });
+    row("simulated_faults", "{}", 10000, [](Trovek& t) { t.simulatedFaults(); });
+    row("simulate_no_faults", "{}", 10000, [](Trovek& t) { t.clearSimulatedFaults(); });
 }
 
 void addWhatEveryOperationNeeds(ScriptedService& service)

@@ -103,6 +103,13 @@ void tst_Trovek::oddAnswersAreRefused_data()
     row("getmachineversions", "{}", "not a list", [](Trovek& t) { t.getMachineVersions("a", 1); });
     row("downloadfirmware", "{}", "not a path",
         [](Trovek& t) { t.downloadFirmware("a", 1, FirmwareVersion("7.2")); });
+    const Operation faults = [](Trovek& t) {
+        t.simulatedFaults();
+    };
+    row("simulated_faults", "{}", "not a list", faults);
+    row("simulated_faults", "[5]", "No JSON object around member \"method\"", faults);
+    row("simulated_faults", R"([{"method": "print", "kind": "new"}])",
+        "Member \"kind\" is no kind of fault: new", faults);
     for (const char* const answer : {"3", "-1", "\"1\"", "true", "null"})
         row("strandel_config_version_check", answer, "not 0, 1 or 2",
             [](Trovek& t) { t.strandelConfigVersionCheck(Json::Value()); });
