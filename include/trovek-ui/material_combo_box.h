@@ -20,6 +20,8 @@ public:
 
     /** Orvane::UnknownMaterial when nothing is selected. */
     Orvane::Material material() const;
+    /** Whether the machine of the last sanitizeForBot() takes it, as all do before. */
+    bool isUsable(Orvane::Material material) const;
     /** A value that is no material clears the selection. */
     void select(Orvane::Material material);
 

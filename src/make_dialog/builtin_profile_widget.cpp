@@ -59,15 +59,18 @@ QString shown(const DoubleSpinBox& box, double value)
     return box.locale().toString(value, 'f', box.decimals()) + box.suffix();
 }
 
-/** Marks the field's label when the box shows another value; true when it does. */
+/**
+ * Marks the label while the box shows another value; true when it does.
+ * @param expected null where nothing is expected
+ */
 template <typename Box, typename Value>
-bool compare(FieldLabel& label, const Box& box, Value expected)
+bool mark(FieldLabel* label, const Box* box, Value PresetValues::*value,
+          const PresetValues* expected)
 {
-    const QString defaultText = shown(box, expected);
-    const bool overridden = shown(box, box.value()) != defaultText;
-    label.setMark(overridden ? BuiltInProfileWidget::tr("Default: %1").arg(defaultText)
-                             : QString());
-    return overridden;
+    const QString defaultText = expected ? shown(*box, expected->*value) : QString();
+    const bool differs = expected && shown(*box, box->value()) != defaultText;
+    label->setMark(differs ? BuiltInProfileWidget::tr("Default: %1").arg(defaultText) : QString());
+    return differs;
 }
 
 } // namespace
@@ -211,8 +214,11 @@ void BuiltInProfileWidget::resetToDefaults()
 
 void BuiltInProfileWidget::heatPlatformToggled(bool checked)
 {
-    d->form.heatPlatform->setChecked(checked && d->hasHeatedPlatform);
-    emitOverridednessChanged();
+    const bool heat = checked && d->hasHeatedPlatform;
+    if (heat != d->form.heatPlatform->isChecked())
+        d->form.heatPlatform->setChecked(heat); // and comes back here
+    else
+        emitOverridednessChanged();
 }
 
 void BuiltInProfileWidget::emitOverridednessChanged()
@@ -262,19 +268,26 @@ void BuiltInProfileWidget::Private::applyHeatedPlatform()
 
 bool BuiltInProfileWidget::Private::compareWithPreset()
 {
-    if (!isKnown(rightMaterial))
-        return false;
-    const PresetValues expected(defaultsOf(preset), rightMaterial);
-    bool overridden = compare(*form.infillLabel, *form.infill, expected.infillPercent);
-    overridden |= compare(*form.layerHeightLabel, *form.layerHeight, expected.layerHeight);
-    overridden |= compare(*form.shellsLabel, *form.shells, expected.shells);
-    overridden |=
-        compare(*form.rightTemperatureLabel, *form.rightTemperature, expected.extruderCelsius);
-    overridden |= compare(*form.platformTemperatureLabel, *form.platformTemperature,
-                          expected.platformCelsius);
-    overridden |= compare(*form.extrudingSpeedLabel, *form.extrudingSpeed, expected.printSpeed);
-    overridden |= compare(*form.travelingSpeedLabel, *form.travelingSpeed, expected.travelSpeed);
-    return overridden;
+    std::optional<PresetValues> expected;
+    if (isKnown(rightMaterial))
+        expected.emplace(defaultsOf(preset), rightMaterial);
+    const PresetValues* const values = expected ? &*expected : nullptr;
+    // A machine without it has no use for a value that the user cannot even change back.
+    const PresetValues* const platformValues = hasHeatedPlatform ? values : nullptr;
+
+    bool differs = false;
+    differs |= mark(form.infillLabel, form.infill, &PresetValues::infillPercent, values);
+    differs |= mark(form.shellsLabel, form.shells, &PresetValues::shells, values);
+    differs |= mark(form.layerHeightLabel, form.layerHeight, &PresetValues::layerHeight, values);
+    differs |= mark(form.rightTemperatureLabel, form.rightTemperature,
+                    &PresetValues::extruderCelsius, values);
+    differs |= mark(form.platformTemperatureLabel, form.platformTemperature,
+                    &PresetValues::platformCelsius, platformValues);
+    differs |=
+        mark(form.extrudingSpeedLabel, form.extrudingSpeed, &PresetValues::printSpeed, values);
+    differs |=
+        mark(form.travelingSpeedLabel, form.travelingSpeed, &PresetValues::travelSpeed, values);
+    return differs;
 }
 
 } // namespace trovek

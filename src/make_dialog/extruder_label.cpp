@@ -46,6 +46,9 @@ ExtruderLabel::ExtruderLabel(SlicerConfiguration::Extruder extruder, QWidget* pa
     m_value->setObjectName(QStringLiteral("value"));
     auto* const row = new QHBoxLayout(valuePage);
     row->setContentsMargins(0, 0, 0, 0);
+    // The name ends with a blank.
+    row->setSpacing(0);
+    m_warning->setContentsMargins(0, 0, 4, 0);
     row->addWidget(name);
     row->addWidget(m_warning);
     row->addWidget(m_value);

@@ -26,6 +26,12 @@ bool isChoice(int index)
     return index >= ExtruderSettingsWidget::Off && index <= ExtruderSettingsWidget::RightExtruder;
 }
 
+void selectIfUsable(MaterialComboBox& box, Orvane::Material material)
+{
+    if (box.isUsable(material))
+        box.select(material);
+}
+
 /** The two boxes of raft or supports: the combo box of dual machines, the check box of others. */
 struct Pair
 {
@@ -125,17 +131,17 @@ Orvane::Material ExtruderSettingsWidget::singleMaterial() const
 
 void ExtruderSettingsWidget::setLeftMaterial(Orvane::Material material)
 {
-    d->form.left->select(material);
+    selectIfUsable(*d->form.left, material);
 }
 
 void ExtruderSettingsWidget::setRightMaterial(Orvane::Material material)
 {
-    d->form.right->select(material);
+    selectIfUsable(*d->form.right, material);
 }
 
 void ExtruderSettingsWidget::setSingleMaterial(Orvane::Material material)
 {
-    d->form.single->select(material);
+    selectIfUsable(*d->form.single, material);
 }
 
 void ExtruderSettingsWidget::sanitizeMaterialsForBot(Printer::Type type)
@@ -168,6 +174,15 @@ void ExtruderSettingsWidget::setRaft(int choice)
 void ExtruderSettingsWidget::setSupports(int choice)
 {
     d->supports().set(isChoice(choice) ? choice : Off, d->dual);
+}
+
+void ExtruderSettingsWidget::setRaftAndSupportsEnabled(bool enabled)
+{
+    const ExtruderSettingsForm& form = d->form;
+    for (QWidget* widget :
+         std::initializer_list<QWidget*>{form.raftLabel, form.raft, form.raftCheckBox,
+                                         form.supportsLabel, form.supports, form.supportsCheckBox})
+        widget->setEnabled(enabled);
 }
 
 void ExtruderSettingsWidget::setDualExtrusion(bool dual)

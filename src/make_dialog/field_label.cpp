@@ -21,6 +21,8 @@ void FieldLabel::setName(const QString& name)
 
 void FieldLabel::setMark(const QString& toolTip)
 {
+    if (toolTip == this->toolTip())
+        return;
     setToolTip(toolTip);
     showText();
 }

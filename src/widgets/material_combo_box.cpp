@@ -49,6 +49,11 @@ Orvane::Material MaterialComboBox::material() const
                                                         : Orvane::UnknownMaterial;
 }
 
+bool MaterialComboBox::isUsable(Orvane::Material material) const
+{
+    return (model()->index(material, modelColumn()).flags() & Qt::ItemIsEnabled) != 0;
+}
+
 void MaterialComboBox::select(Orvane::Material material)
 {
     setCurrentIndex(material >= 0 && material < Orvane::kMaterialCount ? material : -1);
