@@ -10,6 +10,7 @@
 
 #include <initializer_list>
 #include <memory>
+#include <optional>
 
 class QFormLayout;
 class QPushButton;
@@ -81,6 +82,7 @@ signals:
 
 protected:
     bool event(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
     /** Of a machine with one extruder. */
     virtual Orvane::Material singleMaterial() = 0;
@@ -111,6 +113,21 @@ protected:
     QFormLayout& formLayout() const;
     /** Lets the focus go from the machine through these to the buttons. */
     void setRowTabOrder(std::initializer_list<QWidget*> rows);
+    /** The row stays in sight when the form scrolls. */
+    void insertAboveButtons(QWidget* row);
+    /** For a subclass that has made its widgets in the order in which they are read. */
+    void moveButtonsToEndOfTabOrder();
+
+    /**
+     * Everything that must hold before a make, an export or a preview; what does not hold is told.
+     *
+     * May run the event loop, in which the dialog may be destroyed.
+     * @return the selected machine's key, or nothing when it ends here
+     * @throws std::runtime_error "The machine is no longer there"
+     */
+    std::optional<MachineName> checkBeforeStart(const QString& inputFile);
+    /** Whether there is a link; without one the user is told. */
+    bool checkConnection();
 
 private:
     class TROVEK_UI_NO_EXPORT Private;
@@ -119,7 +136,6 @@ private:
     void connectSignals();
 
     void checkAndStart(const QString& inputFile);
-    bool checkConnection();
     void startMake(const MachineName& machine, const QString& inputFile);
     void startExport(const MachineName& machine, const QString& inputFile);
     int startPreview(const QString& outputPath);

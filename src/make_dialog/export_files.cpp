@@ -3,7 +3,9 @@
 #include "trovek-ui/file_system.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <stdexcept>
@@ -52,6 +54,12 @@ QString createServiceOutput(const QString& fileName)
     file.close();
     file.setPermissions(file.permissions() | QFileDevice::WriteOther);
     return file.fileName();
+}
+
+void removeServiceOutput(const QString& path)
+{
+    if (QFile::remove(path))
+        QDir().rmdir(QFileInfo(path).path());
 }
 
 } // namespace trovek

@@ -27,4 +27,10 @@ TROVEK_UI_EXPORT FileFilterList preselectFilter(const std::list<FileFilter>& fil
  */
 TROVEK_UI_EXPORT QString createServiceOutput(const QString& fileName);
 
+/**
+ * Removes it with its folder, for a file that nobody needs until the end of the process. Nothing
+ * happens when somebody has it open where that keeps a file from being removed.
+ */
+TROVEK_UI_EXPORT void removeServiceOutput(const QString& path);
+
 } // namespace trovek

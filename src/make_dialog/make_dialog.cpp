@@ -4,6 +4,8 @@
 #include "make_dialog/length_validator.h"
 #include "make_dialog/make_dialog_form.h"
 #include "make_dialog/make_request.h"
+#include "make_dialog/start_error.h"
+#include "make_dialog/tell.h"
 
 #include "trovek-ui/export_job_mover.h"
 #include "trovek-ui/machine_combo_box.h"
@@ -12,7 +14,6 @@
 
 #include <trovek/log.h>
 #include <trovek/text.h>
-#include <trovek/wire.h>
 
 #include <QCoreApplication>
 #include <QDir>
@@ -23,7 +24,9 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
 #include <QSettings>
+#include <QVBoxLayout>
 
 #include <algorithm>
 #include <exception>
@@ -45,42 +48,6 @@ QEvent::Type sanitizeEventType()
 {
     static const auto type = static_cast<QEvent::Type>(QEvent::registerEventType(-1));
     return type;
-}
-
-bool isPrintQueued(const JsonRpcException& error)
-{
-    const Json::Value& data = error.data();
-    return data.isObject() && data["name"].isString() &&
-           data["name"].asString() == wire::error::kPrintQueued;
-}
-
-/** Shows a message; its box does not stay, also not without a parent. */
-template <typename Notice>
-void tell(QWidget* parent)
-{
-    Notice notice(parent);
-    notice.exec();
-    delete notice.box();
-}
-
-/** Logs the exception that is being handled and shows what a user can know of it. */
-void reportStartError(QWidget* parent)
-{
-    try {
-        throw;
-    } catch (const JsonRpcException& error) {
-        TROVEK_LOG(0) << error.message() << std::endl;
-        if (isPrintQueued(error))
-            tell<message::PrinterIsBusy>(parent);
-        else
-            tell<message::GenericTrovekError>(parent);
-    } catch (const std::exception& error) {
-        TROVEK_LOG(0) << error.what() << std::endl;
-        tell<message::FailedToStartPrint>(parent);
-    } catch (...) {
-        TROVEK_LOG(0) << "Something was thrown that is no exception" << std::endl;
-        tell<message::FailedToStartPrint>(parent);
-    }
 }
 
 } // namespace
@@ -204,6 +171,21 @@ void MakeDialog::setRowTabOrder(std::initializer_list<QWidget*> rows)
     setTabOrder(d->form.cancelButton, d->form.mainButton);
 }
 
+void MakeDialog::insertAboveButtons(QWidget* row)
+{
+    d->form.column->insertWidget(d->form.column->count() - 1, row);
+}
+
+void MakeDialog::moveButtonsToEndOfTabOrder()
+{
+    QWidget* last = previousInFocusChain();
+    while (last->focusPolicy() == Qt::NoFocus || last == d->form.cancelButton ||
+           last == d->form.mainButton)
+        last = last->previousInFocusChain();
+    setTabOrder(last, d->form.cancelButton);
+    setTabOrder(d->form.cancelButton, d->form.mainButton);
+}
+
 void MakeDialog::requestSanitize()
 {
     QCoreApplication::removePostedEvents(this, sanitizeEventType());
@@ -221,6 +203,18 @@ bool MakeDialog::event(QEvent* event)
     }
     event->accept();
     return true;
+}
+
+// A dialog that has grown would otherwise reach below the screen.
+void MakeDialog::resizeEvent(QResizeEvent* event)
+{
+    QDialog::resizeEvent(event);
+    if (!isVisible() || screen() == nullptr)
+        return;
+    const QRect available = screen()->availableGeometry();
+    const int below = frameGeometry().bottom() - available.bottom();
+    if (below > 0)
+        move(x(), qMax(available.top(), y() - below));
 }
 
 void MakeDialog::sanitize()
@@ -284,36 +278,43 @@ void MakeDialog::makeOrExport(const QString& inputFile)
 // link may go away: after one of them nothing of before is taken for granted.
 void MakeDialog::checkAndStart(const QString& inputFile)
 {
+    const std::optional<MachineName> machine = checkBeforeStart(inputFile);
+    if (!machine)
+        return;
+    if (d->form.makeRadio->isChecked())
+        startMake(*machine, inputFile);
+    else if (d->form.exportRadio->isChecked())
+        startExport(*machine, inputFile);
+    else
+        throw std::runtime_error(kNoMode);
+}
+
+std::optional<MachineName> MakeDialog::checkBeforeStart(const QString& inputFile)
+{
     const Printer* const machine = d->form.machineCombo->machine();
     if (!checkConnection())
-        return;
+        return {};
     if (!QFileInfo::exists(inputFile)) {
         TROVEK_LOG(0) << "Input file does not exist" << std::endl;
         tell<message::FileNotFound>(this);
-        return;
+        return {};
     }
     if (machine == nullptr) {
         TROVEK_LOG(0) << "Machine is null" << std::endl;
-        return;
+        return {};
     }
 
     const MachineName key = machine->key();
     const QPointer<MakeDialog> self(this);
     if (!finalMakeOrExportCheck()) {
         TROVEK_LOG(1) << "finalMakeOrExportCheck didn't pass" << std::endl;
-        return;
+        return {};
     }
     if (self.isNull() || !checkConnection())
-        return;
+        return {};
     // With the last machine the mode may have gone that the user meant.
     machineOf(key);
-
-    if (d->form.makeRadio->isChecked())
-        startMake(key, inputFile);
-    else if (d->form.exportRadio->isChecked())
-        startExport(key, inputFile);
-    else
-        throw std::runtime_error(kNoMode);
+    return key;
 }
 
 bool MakeDialog::checkConnection()

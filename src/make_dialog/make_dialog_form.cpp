@@ -4,6 +4,8 @@
 #include "trovek-ui/make_dialog.h"
 #include "trovek-ui/util.h"
 
+#include "make_dialog/fitting_scroll_area.h"
+
 #include <QButtonGroup>
 #include <QFormLayout>
 #include <QFrame>
@@ -58,10 +60,14 @@ void MakeDialogForm::build(TrovekQt& facade, QDialog* dialog)
     buttonRow->addWidget(cancelButton, 1);
     buttonRow->addWidget(mainButton, 2);
 
-    auto* const outerLayout = new QVBoxLayout(dialog);
-    outerLayout->setSizeConstraint(QLayout::SetFixedSize);
-    outerLayout->addWidget(frame);
-    outerLayout->addLayout(buttonRow);
+    auto* const page = new FittingScrollArea(dialog);
+    page->setObjectName(QStringLiteral("page"));
+    page->setWidget(frame);
+
+    column = new QVBoxLayout(dialog);
+    column->setSizeConstraint(QLayout::SetFixedSize);
+    column->addWidget(page);
+    column->addLayout(buttonRow);
     ignoreWheelUnlessFocused(dialog);
 }
 

@@ -5,6 +5,7 @@ class QFormLayout;
 class QLabel;
 class QPushButton;
 class QRadioButton;
+class QVBoxLayout;
 
 namespace trovek {
 
@@ -23,6 +24,8 @@ struct MakeDialogForm
     QLabel* machineLabel = nullptr;
     MachineComboBox* machineCombo = nullptr;
     QFormLayout* rows = nullptr;
+    /** The page with the rows, which scrolls on a small screen, and the row of buttons below. */
+    QVBoxLayout* column = nullptr;
     QPushButton* cancelButton = nullptr;
     QPushButton* mainButton = nullptr;
 };
