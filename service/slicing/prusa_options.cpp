@@ -6,14 +6,19 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <functional>
 
 namespace trovek::service {
 
 namespace {
 
-/** Over a platform that is not quite even, small gaps between model and raft are enough. */
 constexpr int kRaftLayers = 3;
+/** Between what is to come apart, in millimetres. */
+constexpr double kRaftGap = 0.1;
+constexpr double kSupportGap = 0.2;
+/** What a tool pulls back before it rests, in retractions. */
+constexpr double kParkedRetractions = 3;
 constexpr double kFinestSpeedShare = 0.5;
 constexpr double kBridgeSpeed = 50;
 
@@ -25,8 +30,9 @@ public:
         m_text += std::string(key) + " = " + value + "\n";
     }
     void set(const char* key, const char* value) { set(key, std::string(value)); }
-    void set(const char* key, double value) { set(key, numberText(value)); }
     void set(const char* key, bool value) { set(key, value ? "1" : "0"); }
+    void set(const char* key, int value) { set(key, std::to_string(value)); }
+    void set(const char* key, double value) { set(key, numberText(value)); }
     void percent(const char* key, double part) { set(key, numberText(part * 100) + "%"); }
 
     const std::string& text() const { return m_text; }
@@ -129,7 +135,7 @@ void addTools(Options& options, const MachineDefinition& machine, const SliceSet
     options.set("filament_diameter", each(settings, &ToolSettings::filamentDiameter));
     options.set("extrusion_multiplier", each(settings, &ToolSettings::flow));
     options.set("filament_soluble", each(settings, [](const ToolSettings& tool) {
-                    return tool.material == "dissolvable" ? "1" : "0";
+                    return tool.isDissolvable() ? "1" : "0";
                 }));
 
     const auto fan = [](const ToolSettings& tool) {
@@ -158,6 +164,10 @@ void addTools(Options& options, const MachineDefinition& machine, const SliceSet
     options.set("retract_layer_change", same(settings, "1"));
     options.set("retract_lift", same(settings, "0"));
     options.set("retract_restart_extra", same(settings, "0"));
+    options.set("retract_length_toolchange", each(settings, [](const ToolSettings& tool) {
+                    return numberText(tool.retraction * kParkedRetractions);
+                }));
+    options.set("retract_restart_extra_toolchange", same(settings, "0"));
     options.set("wipe", same(settings, "0"));
 }
 
@@ -165,13 +175,16 @@ void addLayers(Options& options, const SliceSettings& settings)
 {
     options.set("layer_height", settings.layerHeight);
     options.set("first_layer_height", settings.firstLayerHeight);
-    options.set("perimeters", static_cast<double>(settings.shells));
+    options.set("perimeters", settings.shells);
     options.percent("fill_density", settings.infill);
     options.set("fill_pattern", patternName(settings.infillPattern));
-    options.set("top_solid_layers", static_cast<double>(settings.solidLayers));
-    options.set("bottom_solid_layers", static_cast<double>(settings.solidLayers));
-    options.set("top_solid_min_thickness", "0");
-    options.set("bottom_solid_min_thickness", "0");
+    options.set("top_solid_layers", settings.solidLayers);
+    options.set("bottom_solid_layers", settings.solidLayers);
+    options.set("top_solid_min_thickness", 0);
+    options.set("bottom_solid_min_thickness", 0);
+    // By themselves these would make slopes thicker and fill what is small.
+    options.set("extra_perimeters", false);
+    options.set("solid_infill_below_area", 0);
     options.set("complete_objects", false);
     options.set("spiral_vase", false);
 }
@@ -193,29 +206,45 @@ void addSpeeds(Options& options, const MachineDefinition& machine, const SliceSe
     options.set("support_material_speed", print);
     options.set("support_material_interface_speed", outer);
     options.set("first_layer_speed", first);
+    options.set("first_layer_speed_over_raft", first);
     options.set("travel_speed", std::min(settings.travelSpeed, fastest));
     options.set("travel_speed_z", std::min(settings.travelSpeed, machine.maxFeed[MotorZ]));
     options.set("max_print_speed", print);
 }
 
+/** Whether supports dissolve in what leaves the model alone: they may touch it then. */
+bool dissolve(const SliceSettings& settings)
+{
+    const ExtraPart& supports = settings.supports;
+    if (!supports.isOn || supports.tool == ExtraPart::SameAsModel ||
+        supports.tool == settings.modelTool)
+        return false;
+    return settings.tools[static_cast<std::size_t>(supports.tool)].isDissolvable();
+}
+
 /** Options count tools from 1; 0 is the one in use. */
 void addParts(Options& options, const SliceSettings& settings)
 {
-    const double model = settings.modelTool + 1.0;
+    const int model = settings.modelTool + 1;
     if (settings.modelTool >= 0) {
         options.set("perimeter_extruder", model);
         options.set("infill_extruder", model);
         options.set("solid_infill_extruder", model);
     }
-    options.set("raft_layers", settings.raft.isOn ? static_cast<double>(kRaftLayers) : 0.0);
+    options.set("raft_layers", settings.raft.isOn ? kRaftLayers : 0);
     options.set("support_material", settings.supports.isOn);
     options.set("support_material_auto", true);
-    options.set("support_material_threshold", std::floor(settings.supportAngle));
+    options.set("support_material_threshold", static_cast<int>(std::lround(settings.supportAngle)));
     const ExtraPart& part = settings.supports.isOn ? settings.supports : settings.raft;
-    const double tool =
-        part.tool == ExtraPart::SameAsModel ? std::max(0.0, model) : part.tool + 1.0;
+    const int tool = part.tool == ExtraPart::SameAsModel ? model : part.tool + 1;
     options.set("support_material_extruder", tool);
     options.set("support_material_interface_extruder", tool);
+    options.set("support_material_contact_distance", dissolve(settings) ? 0 : kSupportGap);
+    options.set("support_material_synchronize_layers", dissolve(settings));
+    options.set("raft_contact_distance", kRaftGap);
+    // The start code primes the tools, and a skirt may not fit the platform that the model fits.
+    options.set("skirts", 0);
+    options.set("brim_width", 0);
     options.set("wipe_tower", false);
     options.set("ooze_prevention", false);
 }

@@ -14,7 +14,6 @@ namespace trovek::service {
 
 namespace {
 
-constexpr char kDissolvable[] = "dissolvable";
 /** Thinner than this a first layer does not stick everywhere on a platform that is not quite even.
  */
 constexpr double kThinnestFirstLayer = 0.2;
@@ -29,10 +28,10 @@ ToolSettings materialSettings(const std::string& material)
     ToolSettings tool;
     tool.material = material;
     if (material == "abs") {
-        // Warm ABS that is blown at shrinks and cracks.
+        // ABS that is blown at while it is warm shrinks and cracks.
         tool.fan = 0;
         tool.retraction = 1.2;
-    } else if (material == kDissolvable) {
+    } else if (tool.isDissolvable()) {
         tool.fan = 0;
         tool.minimumLayerSeconds = 12;
         tool.retraction = 1.4;
@@ -108,8 +107,8 @@ int modelToolOf(const MachineDefinition& machine, SlicerConfiguration::Extruder 
 
 ExtraPart::Tool colorMatchedTool(const SliceSettings& settings)
 {
-    const bool isRight = settings.tools[0].material == kDissolvable;
-    const bool isLeft = settings.tools[1].material == kDissolvable;
+    const bool isRight = settings.tools[0].isDissolvable();
+    const bool isLeft = settings.tools[1].isDissolvable();
     if (isRight == isLeft)
         return ExtraPart::SameAsModel;
     return isRight ? ExtraPart::RightTool : ExtraPart::LeftTool;

@@ -26,6 +26,8 @@ struct ToolSettings
     double retractionSpeed = 30;
     double filamentDiameter = 1.75;
     double nozzleDiameter = 0.4;
+
+    bool isDissolvable() const { return material == "dissolvable"; }
 };
 
 enum class InfillPattern { Linear, Grid, Hexagonal, Gyroid };
