@@ -32,6 +32,15 @@ public:
             &q, [this, percent] { emit q.progressed(percent); }, Qt::QueuedConnection);
     }
 
+    void setStage(const QString& text) override
+    {
+        if (text == stage)
+            return;
+        stage = text;
+        QMetaObject::invokeMethod(
+            &q, [this, text] { emit q.staged(text); }, Qt::QueuedConnection);
+    }
+
     void run() override
     {
         QString error;
@@ -43,11 +52,25 @@ public:
             if (error.isEmpty())
                 error = QStringLiteral("Unknown error");
         }
-        QMetaObject::invokeMethod(
-            &q, [this, error] { emit q.ended(error); }, Qt::QueuedConnection);
+        end(error);
         // The task may be destroyed while release() has not returned yet.
         const auto kept = returned;
         kept->release();
+    }
+
+    void end(const QString& error)
+    {
+        QMetaObject::invokeMethod(
+            &q, [this, error] { emit q.ended(error); }, Qt::QueuedConnection);
+    }
+
+    /** True when it was waiting for a thread, and does no longer. */
+    bool takeBack()
+    {
+        if (!isInPool || !pool.tryTake(this))
+            return false;
+        isInPool = false;
+        return true;
     }
 
     BackgroundTask& q;
@@ -55,8 +78,10 @@ public:
     const Work work;
     std::atomic<bool> canceled{false};
     std::atomic<int> progress{-1};
+    /** Of the pool's thread. */
+    QString stage;
     const std::shared_ptr<QSemaphore> returned = std::make_shared<QSemaphore>();
-    bool started = false;
+    bool isInPool = false;
 };
 
 BackgroundTask::BackgroundTask(QThreadPool& pool, Work work, QObject* parent)
@@ -66,20 +91,23 @@ BackgroundTask::BackgroundTask(QThreadPool& pool, Work work, QObject* parent)
 
 BackgroundTask::~BackgroundTask()
 {
-    cancel();
-    if (d->started && !d->pool.tryTake(d.get()))
+    d->canceled = true;
+    d->takeBack();
+    if (d->isInPool)
         d->returned->acquire();
 }
 
-void BackgroundTask::start()
+void BackgroundTask::start(int priority)
 {
-    d->started = true;
-    d->pool.start(d.get());
+    d->isInPool = true;
+    d->pool.start(d.get(), priority);
 }
 
 void BackgroundTask::cancel()
 {
     d->canceled = true;
+    if (d->takeBack())
+        d->end(QString());
 }
 
 } // namespace trovek::service

@@ -29,6 +29,8 @@ public:
         virtual bool isCanceled() const = 0;
         /** 0 to 100. */
         virtual void setProgress(int percent) = 0;
+        /** What it does now, for a user. */
+        virtual void setStage(const QString& stage) = 0;
     };
     using Work = std::function<void(Control& control)>;
 
@@ -36,13 +38,21 @@ public:
     BackgroundTask(QThreadPool& pool, Work work, QObject* parent = nullptr);
     ~BackgroundTask() override;
 
-    /** Once. */
-    void start();
-    /** ended() still comes, when the work has returned. */
+    /**
+     * Once.
+     * @param priority of those that wait for a thread the highest goes first
+     */
+    void start(int priority = 0);
+    /**
+     * ended() still comes, when the work has returned; at once for work that has not begun, which
+     * never does then.
+     */
     void cancel();
 
 signals:
+    /** Only when it is another one than before; so is the stage. */
     void progressed(int percent);
+    void staged(const QString& stage);
     /** @param error what the work threw; empty when it returned */
     void ended(const QString& error);
 

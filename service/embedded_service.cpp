@@ -22,9 +22,13 @@ EmbeddedService::EmbeddedService(const Options& options)
     : d(new Private)
 {
     const std::string stateDir = options.stateDir.empty() ? defaultStateDir() : options.stateDir;
-    const ServiceOptions serviceOptions{toQString(stateDir), toQString(options.machinesFile),
-                                        options.timeScale, toQString(options.firmwareCatalogue),
-                                        toQString(options.firmwareCache)};
+    const ServiceOptions serviceOptions{toQString(stateDir),
+                                        toQString(options.machinesFile),
+                                        options.timeScale,
+                                        toQString(options.firmwareCatalogue),
+                                        toQString(options.firmwareCache),
+                                        toQString(options.slicer),
+                                        options.slicesAtOnce};
     const ServerOptions serverOptions{options.socketName, toQString(stateDir), options.tcpPort};
     const auto ready = std::make_shared<std::promise<void>>();
     std::future<void> isReady = ready->get_future();

@@ -33,6 +33,8 @@ public:
         /** UTF-8; see ServiceOptions. */
         std::string firmwareCatalogue;
         std::string firmwareCache;
+        std::string slicer;
+        int slicesAtOnce = 0;
     };
 
     /** @throws std::runtime_error for a user: why the service cannot start */

@@ -2,6 +2,8 @@
 
 #include "background_task.h"
 #include "gcode/machine_definition.h"
+#include "slicing/slice_queue.h"
+#include "slicing/slice_task.h"
 
 #include <trovek/log.h>
 #include <trovek/text.h>
@@ -18,6 +20,8 @@ static constexpr char kLogUnit[] = "service\\export_job";
 namespace {
 
 constexpr std::size_t kCopyBytes = 1 << 18;
+/** Of an export that begins with slicing. */
+constexpr int kSlicedPercent = 90;
 
 trovek::Job::Data describeJob(const MachineDefinition& machine, const MakeRequest& request,
                               bool isMachineFile)
@@ -35,13 +39,12 @@ trovek::Job::Data describeJob(const MachineDefinition& machine, const MakeReques
 class ExportJob::Work
 {
 public:
-    Work(const MachineDefinition& machine, MakeRequest request, std::unique_ptr<QFile> output,
-         std::optional<MachineFileFormat> format)
+    Work(const MachineDefinition& machine, const MakeRequest& request,
+         std::unique_ptr<QFile> output, std::optional<MachineFileFormat> format)
         : m_machine(machine)
-        , m_request(std::move(request))
+        , m_request(request)
         , m_output(std::move(output))
         , m_format(format)
-        , m_inputBytes(static_cast<std::uint64_t>(std::max<qint64>(1, m_request.input->size())))
     {}
 
     void run(BackgroundTask::Control& control)
@@ -104,8 +107,8 @@ private:
 
     void tell(BackgroundTask::Control& control, std::uint64_t bytes) const
     {
-        control.setProgress(
-            static_cast<int>(std::min<std::uint64_t>(99, bytes * 100 / m_inputBytes)));
+        const auto all = static_cast<std::uint64_t>(std::max<qint64>(1, m_request.input->size()));
+        control.setProgress(static_cast<int>(std::min<std::uint64_t>(99, bytes * 100 / all)));
     }
 
     std::string writeError() const
@@ -114,35 +117,67 @@ private:
     }
 
     const MachineDefinition& m_machine;
-    const MakeRequest m_request;
+    /** The job's. */
+    const MakeRequest& m_request;
     const std::unique_ptr<QFile> m_output;
     const std::optional<MachineFileFormat> m_format;
-    const std::uint64_t m_inputBytes;
     char m_lastByte = '\n';
     std::string m_remarks;
 };
 
 ExportJob::ExportJob(const MachineDefinition& machine, MakeRequest request,
                      std::unique_ptr<QFile> output, std::optional<MachineFileFormat> format,
-                     QThreadPool& pool, QObject* parent)
+                     QThreadPool& pool, SliceQueue& slices, QObject* parent)
     : RunningJob(describeJob(machine, request, format.has_value()), parent)
+    , m_machine(machine)
+    , m_request(std::move(request))
+    , m_format(format)
     , m_pool(pool)
-    , m_isModel(request.isModel())
-    , m_work(new Work(machine, std::move(request), std::move(output), format))
+    , m_slices(slices)
+    , m_work(new Work(machine, m_request, std::move(output), format))
 {}
 
 ExportJob::~ExportJob() = default;
 
 void ExportJob::start()
 {
-    if (m_isModel) {
-        conclude(JobFailed, modelRefusal());
+    if (m_request.isModel())
+        slice();
+    else
+        write();
+}
+
+void ExportJob::slice()
+{
+    // What is only looked at first must not slow down what is waited for.
+    const auto urgency = m_format ? SliceTask::Wanted : SliceTask::Preview;
+    m_slicing = std::make_unique<SliceTask>(m_slices, m_machine, m_request, urgency, m_pool);
+    connect(m_slicing.get(), &SliceTask::progressed, this,
+            [this](int percent) { setProgress(percent * kSlicedPercent / 100); });
+    connect(m_slicing.get(), &SliceTask::staged, this, &ExportJob::setStage);
+    connect(m_slicing.get(), &SliceTask::ended, this, &ExportJob::takeSlice);
+    m_slicing->start();
+}
+
+void ExportJob::takeSlice(const QString& error)
+{
+    if (m_canceled || !error.isEmpty()) {
+        finish(error);
         return;
     }
+    m_request = m_slicing->result();
+    setProgress(kSlicedPercent);
+    write();
+}
+
+void ExportJob::write()
+{
     setStage(QStringLiteral("Writing the file"));
     m_task = std::make_unique<BackgroundTask>(
         m_pool, [this](BackgroundTask::Control& control) { m_work->run(control); });
-    connect(m_task.get(), &BackgroundTask::progressed, this, &ExportJob::setProgress);
+    const int before = m_slicing ? kSlicedPercent : 0;
+    connect(m_task.get(), &BackgroundTask::progressed, this,
+            [this, before](int percent) { setProgress(before + percent * (100 - before) / 100); });
     connect(m_task.get(), &BackgroundTask::ended, this, &ExportJob::finish);
     m_task->start();
 }
@@ -153,7 +188,10 @@ void ExportJob::cancel()
         return;
     m_canceled = true;
     setStage(QStringLiteral("Canceling"));
-    m_task->cancel();
+    if (m_task)
+        m_task->cancel();
+    else
+        m_slicing->cancel();
 }
 
 void ExportJob::abort(const QString& reason)
@@ -161,6 +199,8 @@ void ExportJob::abort(const QString& reason)
     if (isConcluded())
         return;
     m_task.reset();
+    if (m_slicing)
+        m_slices.discard(std::move(m_slicing));
     m_work->emptyOutput();
     conclude(JobFailed, reason);
 }

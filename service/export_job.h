@@ -12,9 +12,13 @@
 namespace trovek::service {
 
 class BackgroundTask;
+class SliceQueue;
+class SliceTask;
 
 /**
  * Writes a file instead of printing: a machine file, or G-code with or without start and end code.
+ *
+ * Models are sliced first.
  *
  * The output is complete when the job has ended, and empty when it failed or was canceled.
  */
@@ -24,12 +28,12 @@ class ExportJob : public RunningJob
 
 public:
     /**
-     * @param machine not owned; must outlive the job, as `pool` must
+     * @param machine not owned; must outlive the job, as `pool` and `slices` must
      * @param output  open for writing and empty
      * @param format  of a machine file; none for G-code
      */
     ExportJob(const MachineDefinition& machine, MakeRequest request, std::unique_ptr<QFile> output,
-              std::optional<MachineFileFormat> format, QThreadPool& pool,
+              std::optional<MachineFileFormat> format, QThreadPool& pool, SliceQueue& slices,
               QObject* parent = nullptr);
     ~ExportJob() override;
 
@@ -41,12 +45,19 @@ public:
 private:
     class Work;
 
+    void slice();
+    void takeSlice(const QString& error);
+    void write();
     void finish(const QString& error);
 
+    const MachineDefinition& m_machine;
+    MakeRequest m_request;
+    const std::optional<MachineFileFormat> m_format;
     QThreadPool& m_pool;
-    const bool m_isModel;
+    SliceQueue& m_slices;
     const std::unique_ptr<Work> m_work;
     bool m_canceled = false;
+    std::unique_ptr<SliceTask> m_slicing;
     std::unique_ptr<BackgroundTask> m_task;
 };
 

@@ -74,10 +74,11 @@ MakeRequest makeRequest(const Params& params)
 class JobMethods
 {
 public:
-    JobMethods(MachineList& machines, JobList& jobs, QThreadPool& pool)
+    JobMethods(MachineList& machines, JobList& jobs, QThreadPool& pool, SliceQueue& slices)
         : m_machines(machines)
         , m_jobs(jobs)
         , m_pool(pool)
+        , m_slices(slices)
     {}
 
     Json::Value getJobs() const
@@ -101,7 +102,8 @@ public:
         if (machine.driver().status().state != Printer::Connecting)
             idleMachine(m_machines, params);
         request.input = openFile(openInput, request.inputPath);
-        return idOf(m_jobs.add(std::make_unique<PrintJob>(machine, std::move(request), m_pool)));
+        return idOf(
+            m_jobs.add(std::make_unique<PrintJob>(machine, std::move(request), m_pool, m_slices)));
     }
 
     Json::Value printToFile(const Params& params) const
@@ -207,8 +209,8 @@ private:
             throw wire::makeError(wire::error::kFileAccess, "Input and output are the same file");
         request.input = openFile(openInput, request.inputPath);
         std::unique_ptr<QFile> output = openFile(openOutput, outputPath);
-        return idOf(m_jobs.add(std::make_unique<ExportJob>(machine, std::move(request),
-                                                           std::move(output), format, m_pool)));
+        return idOf(m_jobs.add(std::make_unique<ExportJob>(
+            machine, std::move(request), std::move(output), format, m_pool, m_slices)));
     }
 
     static void checkExtruder(Machine& machine, Printer::Axis axis)
@@ -231,14 +233,16 @@ private:
     MachineList& m_machines;
     JobList& m_jobs;
     QThreadPool& m_pool;
+    SliceQueue& m_slices;
 };
 
 } // namespace
 
-void addJobMethods(MethodTable& table, MachineList& machines, JobList& jobs, QThreadPool& pool)
+void addJobMethods(MethodTable& table, MachineList& machines, JobList& jobs, QThreadPool& pool,
+                   SliceQueue& slices)
 {
     using namespace wire::method;
-    const JobMethods methods(machines, jobs, pool);
+    const JobMethods methods(machines, jobs, pool, slices);
     JobList* list = &jobs;
     table.add(kGetJob, [list](const Call& call) {
         return wire::toJson(list->job(call.params.integer("id")));

@@ -76,6 +76,9 @@ Settings readSettings(const QStringList& arguments)
     const QCommandLineOption firmwareCache(QStringLiteral("firmware-cache"),
                                            QStringLiteral("Folder for downloaded firmware."),
                                            QStringLiteral("DIR"));
+    const QCommandLineOption slicer(QStringLiteral("slicer"),
+                                    QStringLiteral("Program that slices models, a prusa-slicer."),
+                                    QStringLiteral("PROGRAM"), QStringLiteral("prusa-slicer"));
     const QCommandLineOption timeScale(
         QStringLiteral("time-scale"),
         QStringLiteral("Seconds of the virtual machines for each second of the clock."),
@@ -91,7 +94,8 @@ Settings readSettings(const QStringList& arguments)
     parser.setApplicationDescription(QStringLiteral("Drives virtual 3D printers for its clients."));
     parser.addHelpOption();
     parser.addVersionOption();
-    parser.addOptions({socket, state, machines, firmware, firmwareCache, timeScale, tcp, log});
+    parser.addOptions(
+        {socket, state, machines, firmware, firmwareCache, slicer, timeScale, tcp, log});
     parser.process(arguments);
     if (!parser.positionalArguments().isEmpty()) {
         throw std::runtime_error("Unexpected argument: " +
@@ -104,6 +108,7 @@ Settings readSettings(const QStringList& arguments)
     settings.service.firmwareCatalogue = absoluteAddress(parser.value(firmware));
     if (parser.isSet(firmwareCache))
         settings.service.firmwareCache = QDir(parser.value(firmwareCache)).absolutePath();
+    settings.service.slicer = parser.value(slicer);
     bool isNumber = false;
     settings.service.timeScale = parser.value(timeScale).toDouble(&isNumber);
     if (!isNumber || !std::isfinite(settings.service.timeScale) || settings.service.timeScale <= 0)

@@ -3,11 +3,11 @@
 #include "gcode/file_access.h"
 #include "gcode/machine_definition.h"
 #include "gcode/start_end_code.h"
+#include "slicing/model_file.h"
 
 #include <trovek/text.h>
 
 #include <QFileInfo>
-#include <QStringList>
 
 namespace trovek::service {
 
@@ -18,25 +18,18 @@ std::string MakeRequest::name() const
 
 bool MakeRequest::isModel() const
 {
-    static const QStringList suffixes{
-        QStringLiteral("stl"), QStringLiteral("obj"),   QStringLiteral("3mf"),
-        QStringLiteral("amf"), QStringLiteral("thing"),
-    };
-    return suffixes.contains(QFileInfo(toQString(inputPath)).suffix().toLower());
-}
-
-QString modelRefusal()
-{
-    return QStringLiteral("Slicing models is not available in this version of the service");
+    return isModelName(inputPath);
 }
 
 std::vector<GCodeSection> sectionsOf(const MachineDefinition& machine, const MakeRequest& request)
 {
     std::vector<GCodeSection> sections;
-    sections.push_back({std::string(), byteSourceOf(request.input)});
+    sections.push_back({request.sectionName, byteSourceOf(request.input)});
     if (!request.addStartEndCode)
         return sections;
-    StartEndCode code = startEndCode(machine, request.materials, request.configuration);
+    StartEndCode code = request.code
+                            ? *request.code
+                            : startEndCode(machine, request.materials, request.configuration);
     sections.insert(sections.begin(), {"Start code", byteSourceOf(std::move(code.start))});
     sections.push_back({"End code", byteSourceOf(std::move(code.end))});
     return sections;

@@ -14,6 +14,7 @@
 namespace trovek::service {
 
 struct MachineDefinition;
+struct StartEndCode;
 
 /** What a client wants made, whatever it is made into. */
 struct MakeRequest
@@ -26,15 +27,16 @@ struct MakeRequest
     /** Identifiers: right or only tool first, then left. */
     std::vector<std::string> materials;
     bool addStartEndCode = false;
+    /** What stands around it instead of the code of every print; set with addStartEndCode. */
+    std::shared_ptr<const StartEndCode> code;
+    /** For errors, before "line 3"; empty for a file that the user knows. */
+    std::string sectionName;
 
     /** What a user calls the job: the file's name without folder and suffix. */
     std::string name() const;
     /** A model that has to be sliced first. */
     bool isModel() const;
 };
-
-/** What a job with a model as input fails with. */
-QString modelRefusal();
 
 /** The input, with start and end code around it when the request says so; always from the
  * beginning. */

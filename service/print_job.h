@@ -12,15 +12,21 @@
 namespace trovek::service {
 
 class BackgroundTask;
+class SliceQueue;
+class SliceTask;
 
-/** Reads a G-code file, then runs it on a machine, which cools down afterwards however it ends. */
+/**
+ * Reads a G-code file, or slices a model, then runs it on a machine, which cools down afterwards
+ * however it ends.
+ */
 class PrintJob : public RunningJob
 {
     Q_OBJECT
 
 public:
-    /** @param machine free, open and not owned; `pool` is not owned either */
-    PrintJob(Machine& machine, MakeRequest request, QThreadPool& pool, QObject* parent = nullptr);
+    /** @param machine free, open and not owned; neither are `pool` and `slices` */
+    PrintJob(Machine& machine, MakeRequest request, QThreadPool& pool, SliceQueue& slices,
+             QObject* parent = nullptr);
     ~PrintJob() override;
 
     void start() override;
@@ -28,18 +34,23 @@ public:
     void abort(const QString& reason) override;
 
 private:
+    void slice();
+    void takeSlice(const QString& slicingError);
+    void plan();
     void takePlan(const QString& planningError);
     void print();
     void update();
     void end(JobConclusion conclusion, const QString& failure = QString());
 
     Machine& m_machine;
-    const MakeRequest m_request;
+    MakeRequest m_request;
     QThreadPool& m_pool;
+    SliceQueue& m_slices;
     /** Written by the task, read after it has ended. */
     PrintPlan m_result;
     std::shared_ptr<const MotionPlan> m_plan;
     std::unique_ptr<Machine::Lease> m_lease;
+    std::unique_ptr<SliceTask> m_slicing;
     std::unique_ptr<BackgroundTask> m_planning;
 };
 

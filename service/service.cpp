@@ -9,6 +9,8 @@
 #include "onboard/onboard_methods.h"
 #include "simulation/fault_injector.h"
 #include "simulation/simulation_methods.h"
+#include "slicing/prusa_engine.h"
+#include "slicing/slice_queue.h"
 #include "system.h"
 
 #include <trovek/log.h>
@@ -107,6 +109,12 @@ QString firmwareCache(const ServiceOptions& options)
                : options.firmwareCache;
 }
 
+std::unique_ptr<SlicerEngine> slicerOf(const ServiceOptions& options)
+{
+    return options.slicer.isEmpty() ? std::make_unique<PrusaEngine>()
+                                    : std::make_unique<PrusaEngine>(options.slicer);
+}
+
 Json::Value nameOf(const Machine& machine)
 {
     Json::Value value(Json::objectValue);
@@ -136,10 +144,11 @@ public:
     void flush();
 
     Service& q;
-    // The order matters: jobs use machines and the pool, and all of them the folder.
+    // The order matters: jobs use the slices, they machines and the pool, and all the folder.
     const std::unique_ptr<QLockFile> lock;
     QThreadPool pool;
     MachineList machines;
+    SliceQueue slices;
     JobList jobs;
     MethodTable table;
     FaultInjector faults;
@@ -153,6 +162,8 @@ Service::Private::Private(Service& owner, const ServiceOptions& options)
     : q(owner)
     , lock(lockStateDir(options.stateDir))
     , machines(readDefinitions(options.machinesFile), options.stateDir, options.timeScale)
+    , slices(slicerOf(options), QDir(options.stateDir).filePath(QStringLiteral("slices")),
+             options.slicesAtOnce)
     , jobs(QDir(options.stateDir).filePath(QStringLiteral("jobs.json")))
     , faults(table, machines)
     , onboard(machines)
@@ -200,7 +211,7 @@ void Service::Private::addMethods()
               [this](const Call& call) { return subscribe(call.client); });
     addMachineMethods(table, machines);
     addSimulationMethods(table, machines, faults);
-    addJobMethods(table, machines, jobs, pool);
+    addJobMethods(table, machines, jobs, pool, slices);
     onboard.addTo(table);
     firmware.addTo(table);
     for (const char* name : kMissingMethods)

@@ -26,6 +26,11 @@ struct ServiceOptions
     QString firmwareCatalogue;
     /** The folder of downloaded firmware; one in the state folder when empty. */
     QString firmwareCache;
+    /** Slices models: a name that is looked for on the PATH, or an absolute path; "prusa-slicer"
+     * when empty. */
+    QString slicer;
+    /** Models that are sliced at a time; 0 for one a processor. */
+    int slicesAtOnce = 0;
 };
 
 /**

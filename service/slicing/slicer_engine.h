@@ -2,8 +2,6 @@
 
 #include <QString>
 
-#include <functional>
-#include <memory>
 #include <string>
 
 namespace trovek::service {
@@ -35,18 +33,23 @@ public:
     {
     public:
         virtual ~Control() = default;
+        /** The engine looks at least every tenth of a second. */
         virtual bool isCanceled() const = 0;
-        /** @param percent 0 to 100, never less than before */
+        /**
+         * @param percent 0 to 99, never less than before
+         * @param stage   for a user
+         */
         virtual void setProgress(int percent, const QString& stage) = 0;
     };
 
     virtual ~SlicerEngine() = default;
-    /** For a log, with the version where it is known. */
+    /** For a log. */
     virtual std::string name() const = 0;
     /**
-     * Returns when it is sliced; blocks its thread. After an error or a cancel nothing runs any
-     * more, and there is no output.
+     * Returns when the whole result stands in the output; blocks its thread. After an error or a
+     * cancel nothing runs any more, and there is no output.
      * @throws std::runtime_error with a text for a user
+     * @throws GCodeCanceled when it was canceled
      */
     virtual void slice(const SliceJob& job, Control& control) const = 0;
 };

@@ -316,9 +316,8 @@ void tst_ServiceExports::failsWithAnEmptyOutput_data()
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QString>("expectedFailure");
 
-    QTest::newRow("a model") << QStringLiteral("a.stl") << QByteArray("solid")
-                             << QStringLiteral("Slicing models is not available in this version "
-                                               "of the service");
+    QTest::newRow("an empty model")
+        << QStringLiteral("a.stl") << QByteArray() << QStringLiteral("The model is empty");
     QTest::newRow("a move outside of the machine, late")
         << QStringLiteral("a.gcode") << squareGCode() + "G1 X5000 F1200\n"
         << QStringLiteral("Line 209: ");

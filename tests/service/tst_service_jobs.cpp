@@ -288,12 +288,10 @@ void tst_ServiceJobs::failsClearly_data()
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QString>("expectedFailure");
 
-    const QString models =
-        QStringLiteral("Slicing models is not available in this version of the service");
-    QTest::newRow("a model") << QStringLiteral("a.stl") << QByteArray("solid x\nendsolid x\n")
-                             << models;
-    QTest::newRow("a model in capitals") << QStringLiteral("A.STL") << QByteArray("x") << models;
-    QTest::newRow("another model") << QStringLiteral("a.thing") << QByteArray("x") << models;
+    QTest::newRow("an empty model")
+        << QStringLiteral("a.stl") << QByteArray() << QStringLiteral("The model is empty");
+    QTest::newRow("an empty model in capitals")
+        << QStringLiteral("A.STL") << QByteArray() << QStringLiteral("The model is empty");
     QTest::newRow("an empty file")
         << QStringLiteral("a.gcode") << QByteArray() << QStringLiteral("The file holds no G-code");
     QTest::newRow("no G-code at all") << QStringLiteral("a.gcode") << QByteArray(5000, '\x01')
