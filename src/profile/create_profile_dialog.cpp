@@ -1,11 +1,11 @@
 #include "trovek-ui/create_profile_dialog.h"
 
-#include "util/wait_cursor.h"
 #include "trovek-ui/machine_types.h"
 #include "trovek-ui/messages.h"
 #include "trovek-ui/profile_combo_box.h"
 #include "trovek-ui/profile_list_model.h"
 #include "util/plain_name.h"
+#include "util/wait_cursor.h"
 
 #include <trovek/log.h>
 #include <trovek/text.h>
@@ -221,6 +221,7 @@ void CreateProfileDialog::showError(const QString& text)
 {
     m_error->setText(breakablePath(text));
     m_error->setVisible(!text.isEmpty());
+    m_name->setAccessibleDescription(text);
 }
 
 } // namespace trovek

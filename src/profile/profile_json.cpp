@@ -6,6 +6,8 @@
 #include <rpcwire/json_text.h>
 #include <trovek/text.h>
 
+#include <json/writer.h>
+
 #include <stdexcept>
 #include <string>
 
@@ -74,8 +76,9 @@ Json::Value makeProfileJson(SlicerConfiguration::Slicer slicer,
 
 void writeProfileJson(const QDir& folder, const Json::Value& profileJson)
 {
-    writeJsonFile(folder.absoluteFilePath(QStringLiteral("profile.json")), profileJson,
-                  "Cannot open profile.json for writing", "Cannot write profile.json");
+    replaceFile(folder.absoluteFilePath(QStringLiteral("profile.json")),
+                QByteArray::fromStdString(Json::StyledWriter().write(profileJson)),
+                "Cannot open profile.json for writing", "Cannot write profile.json");
 }
 
 } // namespace trovek

@@ -1,20 +1,15 @@
 #include "trovek-ui/profile_list_model.h"
 
-#include "profile/profile_json.h"
 #include "profile/profile_watch.h"
-#include "trovek-ui/machine_types.h"
 
 #include <trovek/log.h>
-#include <trovek/text.h>
 
 #include <QDateTime>
 #include <QFileInfo>
 #include <QFileSystemWatcher>
 #include <QHash>
 #include <QScopedValueRollback>
-#include <QTextDocument>
 
-#include <algorithm>
 #include <stdexcept>
 
 static constexpr char kLogUnit[] = "src\\profile\\profile_list_model";
@@ -57,19 +52,6 @@ struct Stamp
     bool isFile = false;
 };
 
-/** A user profile's row, and when it was read. */
-struct UserProfile
-{
-    ProfileListModel::Item* item = nullptr;
-    Stamp stamp;
-};
-
-/** A file says itself which names it has, and they may look like markup. */
-QString plainToolTip(const QString& text)
-{
-    return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
-}
-
 } // namespace
 
 void setGlobalProfileDirectory(const QDir& dir)
@@ -96,70 +78,6 @@ QSharedPointer<QDir> safeGetGlobalProfileDirectory()
         TROVEK_LOG(0) << error.what() << std::endl;
         return {};
     }
-}
-
-ProfileListModel::Item::Item(std::unique_ptr<Profile> profile)
-    : QStandardItem(profile->name())
-    , m_profile(std::move(profile))
-{
-    setEditable(false);
-    read();
-}
-
-ProfileListModel::Item::~Item() = default;
-
-bool ProfileListModel::Item::isFor(Printer::Type machine) const
-{
-    return machine == Printer::UnknownType || m_profile->preset() != SlicerConfiguration::Custom ||
-           std::find(m_machineTypes.begin(), m_machineTypes.end(), machine) != m_machineTypes.end();
-}
-
-void ProfileListModel::Item::read()
-{
-    // The presets have no files.
-    if (m_profile->preset() != SlicerConfiguration::Custom)
-        return;
-    m_machineTypes.clear();
-    m_error.clear();
-    try {
-        const Json::Value profileJson = m_profile->json();
-        slicerOf(profileJson);
-        m_machineTypes = machineTypesOf(profileJson);
-    } catch (const std::exception& error) {
-        m_error = toQString(error.what());
-        TROVEK_LOG(1) << toStdString(m_profile->name()) << ": " << error.what() << std::endl;
-    }
-}
-
-void ProfileListModel::Item::judge(Printer::Type selectedMachine)
-{
-    const QString reason = reasonAgainst(selectedMachine);
-    // Setting an equal text would still be announced the first time.
-    if (accessibleDescription() != reason) {
-        setToolTip(plainToolTip(reason));
-        setAccessibleDescription(reason);
-    }
-    // Last, so that whoever hears of it finds the reason there.
-    if (isEnabled() != reason.isEmpty())
-        setEnabled(reason.isEmpty());
-}
-
-QString ProfileListModel::Item::reasonAgainst(Printer::Type selectedMachine) const
-{
-    if (!m_error.isEmpty())
-        return ProfileListModel::tr("Invalid profile: %1").arg(m_error);
-    if (isFor(selectedMachine))
-        return QString();
-    QStringList machines;
-    for (const Printer::Type type : m_machineTypes)
-        machines.append(printerTypeToHumanString(type, PrinterStringWithBrand));
-    const QString reason =
-        ProfileListModel::tr("This profile is not for the %1.")
-            .arg(printerTypeToHumanString(selectedMachine, PrinterStringWithBrand));
-    return machines.isEmpty()
-               ? reason
-               : reason + QLatin1Char('\n') +
-                     ProfileListModel::tr("It is for: %1").arg(machines.join(QLatin1String(", ")));
 }
 
 class ProfileListModel::Private
@@ -189,10 +107,9 @@ public:
     /** At the next update, even if it was written so quickly that the file's time is the same. */
     void readAgain(const QString& changedPath)
     {
-        for (const QString& folder : {changedPath, QFileInfo(changedPath).path()}) {
-            const auto profile = profiles.find(folder);
-            if (profile != profiles.end())
-                profile->stamp = Stamp();
+        for (const QString& path : {changedPath, QFileInfo(changedPath).path()}) {
+            if (stamps.contains(path))
+                stamps.insert(path, Stamp());
         }
     }
 
@@ -211,16 +128,17 @@ public:
             auto* const item = dynamic_cast<Item*>(q->item(row));
             if (item == nullptr || !item->profile().isOnDisk())
                 continue;
-            const auto folder = listed.constFind(item->profile().path());
+            const QString path = item->profile().path();
+            const auto folder = listed.constFind(path);
             if (folder != listed.constEnd())
-                refresh(&profiles[folder.key()], *folder);
+                refresh(item, *folder);
             if (folder == listed.constEnd() || !isWanted(*item))
-                removeRow(row, item->profile().path());
+                removeRow(row, path);
         }
 
         QList<QStandardItem*> added;
         for (const QFileInfo& folder : folders) {
-            if (!profiles.contains(folder.absoluteFilePath()))
+            if (!stamps.contains(folder.absoluteFilePath()))
                 add(folder, &added);
         }
         if (!added.isEmpty())
@@ -230,26 +148,28 @@ public:
     ProfileListModel* const q;
     QString directory;
     std::unique_ptr<ProfileWatch> watch;
-    QHash<QString, UserProfile> profiles;
+    /** By the folder's path; of the user's profiles only. */
+    QHash<QString, Stamp> stamps;
     Printer::Type machineTypeFilter = Printer::UnknownType;
     Printer::Type selectedMachineType = Printer::UnknownType;
     bool isUpdating = false;
     bool updateAgain = false;
 
 private:
-    void refresh(UserProfile* profile, const QFileInfo& folder)
+    void refresh(Item* item, const QFileInfo& folder)
     {
-        if (profile->stamp == Stamp(folder))
+        const QString path = folder.absoluteFilePath();
+        if (stamps.value(path) == Stamp(folder))
             return;
-        watch->watchProfile(folder.absoluteFilePath());
-        profile->stamp = Stamp(folder);
-        profile->item->read();
-        profile->item->judge(selectedMachineType);
+        watch->watchProfile(path);
+        stamps.insert(path, Stamp(folder));
+        item->read();
+        item->judge(selectedMachineType);
     }
 
     void removeRow(int row, const QString& path)
     {
-        profiles.remove(path);
+        stamps.remove(path);
         watch->forgetProfile(path);
         q->removeRow(row);
     }
@@ -258,16 +178,14 @@ private:
     {
         const QString path = folder.absoluteFilePath();
         watch->watchProfile(path);
-        UserProfile profile;
-        profile.stamp = Stamp(folder);
+        const Stamp stamp(folder);
         auto item = std::make_unique<Item>(std::make_unique<DirectoryProfile>(QDir(path)));
         if (!isWanted(*item)) {
             watch->forgetProfile(path);
             return;
         }
         item->judge(selectedMachineType);
-        profile.item = item.get();
-        profiles.insert(path, profile);
+        stamps.insert(path, stamp);
         added->append(item.release());
     }
 };
