@@ -112,6 +112,7 @@ public:
     QString directory() const { return m_base + text("/profiles"); }
     QString path(const QString& name) const { return directory() + text("/") + name; }
     QString path(const char* name) const { return path(text(name)); }
+    QString path(const QByteArray& name) const { return path(text(name)); }
 
     void addProfile(const char* name, const QByteArray& machineTypes = R"("fabrino_2")") const
     {
