@@ -14,6 +14,9 @@
 #include <QPushButton>
 #include <QScopedValueRollback>
 
+#include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <optional>
 
 namespace trovek {
@@ -47,6 +50,11 @@ void setMaterialRange(SpinBox& temperature, Orvane::Material material)
         temperature.setRange(0, kMaxFlexibleCelsius);
     else if (material >= 0 && material <= Orvane::UnknownMaterial)
         temperature.setRange(0, kMaxCelsius);
+}
+
+int toInt(std::uint32_t value)
+{
+    return int(std::min<std::uint32_t>(value, std::numeric_limits<int>::max()));
 }
 
 QString shown(const SpinBox& box, int value)
@@ -100,6 +108,8 @@ BuiltInProfileWidget::BuiltInProfileWidget(QWidget* parent)
     : QWidget(parent)
     , d(std::make_unique<Private>(this))
 {
+    // The signal names the type without its namespace.
+    qRegisterMetaType<SlicerConfiguration::Preset>("SlicerConfiguration::Preset");
     d->form.platformTemperature->setValue(kPlatformCelsius);
     setMaterialRange(*d->form.rightTemperature, d->rightMaterial);
     setMaterialRange(*d->form.leftTemperature, d->leftMaterial);
@@ -196,13 +206,13 @@ void BuiltInProfileWidget::setConfiguration(const SlicerConfiguration& configura
         const BuiltInProfileForm& form = d->form;
         form.infill->setValue(infillPercent(configuration));
         form.layerHeight->setValue(configuration.layerHeight());
-        form.shells->setValue(int(configuration.shells()));
-        form.rightTemperature->setValue(int(configuration.extruderTemperature()));
-        form.leftTemperature->setValue(int(configuration.leftExtruderTemperature()));
+        form.shells->setValue(toInt(configuration.shells()));
+        form.rightTemperature->setValue(toInt(configuration.extruderTemperature()));
+        form.leftTemperature->setValue(toInt(configuration.leftExtruderTemperature()));
         form.heatPlatform->setChecked(d->hasHeatedPlatform && configuration.heatPlatform());
-        form.platformTemperature->setValue(int(configuration.platformTemperature()));
-        form.extrudingSpeed->setValue(int(configuration.printSpeed()));
-        form.travelingSpeed->setValue(int(configuration.travelSpeed()));
+        form.platformTemperature->setValue(toInt(configuration.platformTemperature()));
+        form.extrudingSpeed->setValue(toInt(configuration.printSpeed()));
+        form.travelingSpeed->setValue(toInt(configuration.travelSpeed()));
     }
     emitOverridednessChanged();
 }

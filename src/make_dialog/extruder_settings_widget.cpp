@@ -53,8 +53,13 @@ struct Pair
     {
         const bool wasOn = choice(!toDual) != ExtruderSettingsWidget::Off;
         const bool isOn = choice(toDual) != ExtruderSettingsWidget::Off;
-        if (wasOn != isOn)
-            set(wasOn ? ExtruderSettingsWidget::ColorMatched : ExtruderSettingsWidget::Off, toDual);
+        if (wasOn == isOn)
+            return;
+        if (toDual)
+            comboBox->setCurrentIndex(wasOn ? ExtruderSettingsWidget::ColorMatched
+                                            : ExtruderSettingsWidget::Off);
+        else
+            checkBox->setChecked(wasOn);
     }
 };
 

@@ -44,9 +44,10 @@ void FieldLabel::showText()
 
 QSize FieldLabel::withRoomForStar(QSize hint) const
 {
-    if (!isMarked())
-        hint.rwidth() += fontMetrics().horizontalAdvance(kStar);
-    return hint;
+    // The label itself rounds otherwise.
+    constexpr int kSlack = 2;
+    const QSize marked = fontMetrics().size(Qt::TextShowMnemonic, m_name + kStar);
+    return hint.expandedTo({marked.width() + kSlack, 0});
 }
 
 } // namespace trovek

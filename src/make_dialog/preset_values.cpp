@@ -47,7 +47,8 @@ int leftExtruderCelsius(const SlicerConfiguration& preset, Orvane::Material mate
 
 int infillPercent(const SlicerConfiguration& configuration)
 {
-    return qRound(configuration.infill() * 100);
+    // Restored settings may hold anything, also no number.
+    return qRound(qBound(0., configuration.infill(), 1.) * 100);
 }
 
 bool needsHeatedPlatform(Orvane::Material material)
