@@ -30,6 +30,8 @@ Widget* named(Widget* widget, const char* name, const QString& toolTip = {})
 /** @param pictures the path of the four pictures up to their names */
 void addChoices(QComboBox* box, const QString& pictures)
 {
+    // As large as they are drawn.
+    box->setIconSize({24, 24});
     const auto add = [&](const char* picture, const QString& text, int choice) {
         box->addItem(QIcon(pictures + QLatin1String(picture)), text, choice);
     };
