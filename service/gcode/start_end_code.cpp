@@ -57,7 +57,8 @@ std::string feed(double mmPerMinute)
     return " F" + numberText(mmPerMinute) + "\n";
 }
 
-/** A line along the front edge, so that the nozzle is full when the print begins. */
+} // namespace
+
 std::string primeLine(const MachineDefinition& machine, int tool)
 {
     const AxisRange& x = machine.buildVolume[0];
@@ -73,8 +74,6 @@ std::string primeLine(const MachineDefinition& machine, int tool)
            feed(kPrimeMmPerMinute) + "G92 E0\n" + "G1 Z" + numberText(z.min + kHeatingHeight) +
            feed(kPrimeMmPerMinute);
 }
-
-} // namespace
 
 StartEndCode startEndCode(const MachineDefinition& machine,
                           const std::vector<std::string>& materials,

@@ -40,4 +40,7 @@ StartEndCode startEndCode(const MachineDefinition& machine,
                           const SlicerConfiguration& configuration,
                           PlatformHeat platformHeat = PlatformHeat::ByMaterial);
 
+/** A line along the front edge that fills a warm tool's nozzle; it ends with a line feed. */
+std::string primeLine(const MachineDefinition& machine, int tool);
+
 } // namespace trovek::service

@@ -4,9 +4,9 @@
 #include "gcode/number_text.h"
 #include "make_request.h"
 #include "slicing/strandel_config.h"
+#include "slicing/usual_settings.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <stdexcept>
 
@@ -14,74 +14,40 @@ namespace trovek::service {
 
 namespace {
 
-/** Thinner than this a first layer does not stick everywhere on a platform that is not quite even.
- */
-constexpr double kThinnestFirstLayer = 0.2;
-constexpr double kFirstLayerSpeed = 30;
-constexpr double kOuterShellShare = 0.6;
-/** Solid bottoms and tops are this thick, but never fewer than three layers. */
-constexpr double kSolidThickness = 0.8;
-constexpr int kFewestSolidLayers = 3;
-
-ToolSettings materialSettings(const std::string& material)
-{
-    ToolSettings tool;
-    tool.material = material;
-    if (material == "abs") {
-        // ABS that is blown at while it is warm shrinks and cracks.
-        tool.fan = 0;
-        tool.retraction = 1.2;
-    } else if (tool.isDissolvable()) {
-        tool.fan = 0;
-        tool.minimumLayerSeconds = 12;
-        tool.retraction = 1.4;
-        tool.retractionSpeed = 25;
-    } else if (material == "flexible") {
-        // What is pulled back only stretches it, and pulling it fast folds it in the extruder.
-        tool.fan = 1;
-        tool.minimumLayerSeconds = 20;
-        tool.retraction = 0.5;
-        tool.retractionSpeed = 10;
-    } else {
-        tool.fan = 1;
-        tool.minimumLayerSeconds = 8;
-        tool.retractionSpeed = 35;
-    }
-    return tool;
-}
-
 /** A number of a request as one that can be compared; nothing sensible is as large as its limit. */
 int toInt(std::uint32_t value)
 {
     return static_cast<int>(std::min<std::uint32_t>(value, 1'000'000));
 }
 
-ExtraPartChoice choiceOf(bool isOn, bool isAutomatic, std::uint32_t tool, const char* key)
+ExtraPartChoice choiceOf(const MachineDefinition& machine, const std::string& what, bool isOn,
+                         bool isAutomatic, std::uint32_t tool)
 {
     if (!isOn)
         return ExtraPartChoice::Off;
     if (isAutomatic)
         return ExtraPartChoice::ColorMatched;
-    if (tool > 1)
-        throw std::runtime_error(std::string("Slicer settings: \"") + key + "\" must be 0 or 1");
+    if (tool >= static_cast<std::uint32_t>(machine.extruders)) {
+        throw std::runtime_error(
+            "The " + what + " cannot be printed with an extruder that the machine does not have");
+    }
     return tool == 0 ? ExtraPartChoice::Right : ExtraPartChoice::Left;
 }
 
 /** What a request without a profile asks for, in the words of one. */
-StrandelConfig presetConfig(const MakeRequest& request)
+StrandelConfig presetConfig(const MachineDefinition& machine, const MakeRequest& request)
 {
     const SlicerConfiguration& asked = request.configuration;
     StrandelConfig config;
     config.layerHeight = asked.layerHeight();
-    config.firstLayerHeight = std::max(asked.layerHeight(), kThinnestFirstLayer);
+    config.firstLayerHeight = firstLayerHeightFor(asked.layerHeight());
     config.infill = asked.infill();
     config.infillPattern = InfillPattern::Linear;
     config.shells = toInt(asked.shells());
-    const double solidLayers = std::ceil(kSolidThickness / std::max(asked.layerHeight(), 0.01));
-    config.solidLayers = std::max(kFewestSolidLayers, static_cast<int>(solidLayers));
+    config.solidLayers = solidLayersFor(asked.layerHeight());
     config.printSpeed = asked.printSpeed();
-    config.outerShellSpeed = asked.printSpeed() * kOuterShellShare;
-    config.firstLayerSpeed = std::min<double>(asked.printSpeed(), kFirstLayerSpeed);
+    config.outerShellSpeed = outerShellSpeedFor(asked.printSpeed());
+    config.firstLayerSpeed = firstLayerSpeedFor(asked.printSpeed());
     config.travelSpeed = asked.travelSpeed();
     config.heatPlatform = asked.heatPlatform();
     config.platformCelsius = toInt(asked.platformTemperature());
@@ -91,10 +57,10 @@ StrandelConfig presetConfig(const MakeRequest& request)
     }
     config.tools[0].celsius = toInt(asked.extruderTemperature());
     config.tools[1].celsius = toInt(asked.leftExtruderTemperature());
-    config.raft = choiceOf(asked.raft(), asked.doAutoRaft(), asked.defaultRaftExtruder(),
-                           "default_raft_extruder");
-    config.supports = choiceOf(asked.supports(), asked.doAutoSupport(),
-                               asked.defaultSupportExtruder(), "default_support_extruder");
+    config.raft =
+        choiceOf(machine, "raft", asked.raft(), asked.doAutoRaft(), asked.defaultRaftExtruder());
+    config.supports = choiceOf(machine, "supports", asked.supports(), asked.doAutoSupport(),
+                               asked.defaultSupportExtruder());
     return config;
 }
 
@@ -174,7 +140,7 @@ void checkMachine(const MachineDefinition& machine, const SliceSettings& setting
 SliceSettings sliceSettings(const MachineDefinition& machine, const MakeRequest& request,
                             const StrandelConfig* profile)
 {
-    const StrandelConfig config = profile ? *profile : presetConfig(request);
+    const StrandelConfig config = profile ? *profile : presetConfig(machine, request);
 
     SliceSettings settings;
     static_cast<PrintSettings&>(settings) = config;

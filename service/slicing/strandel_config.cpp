@@ -1,33 +1,23 @@
 #include "slicing/strandel_config.h"
 
-#include "gcode/number_text.h"
+#include "slicing/strandel_section.h"
 
-#include <cmath>
 #include <cstddef>
 #include <stdexcept>
-#include <type_traits>
 
 namespace trovek::service {
 
 namespace {
 
-constexpr char kDocument[] = "strandel.json";
 constexpr char kToolKeys[][16] = {"right_extruder", "left_extruder"};
 
-template <typename Value>
-struct Name
-{
-    const char* text;
-    Value value;
-};
-
-constexpr Name<InfillPattern> kPatterns[] = {
+constexpr StrandelName<InfillPattern> kPatterns[] = {
     {"linear", InfillPattern::Linear},
     {"grid", InfillPattern::Grid},
     {"hexagonal", InfillPattern::Hexagonal},
     {"gyroid", InfillPattern::Gyroid},
 };
-constexpr Name<ExtraPartChoice> kChoices[] = {
+constexpr StrandelName<ExtraPartChoice> kChoices[] = {
     {"off", ExtraPartChoice::Off},
     {"color_matched", ExtraPartChoice::ColorMatched},
     {"right", ExtraPartChoice::Right},
@@ -64,104 +54,9 @@ void visitToolNumbers(Tool& tool, Visit visit)
     visit("nozzle_diameter", tool.nozzleDiameter, 0.1, 2.0);
 }
 
-[[noreturn]] void fail(const std::string& where, const std::string& text)
-{
-    throw std::runtime_error(where + ": " + text);
-}
-
-std::string quoted(const std::string& text)
-{
-    return "\"" + text + "\"";
-}
-
-/** An object of the document, which knows how its keys are called in errors. */
-class Section
-{
-public:
-    Section(const Json::Value& value, std::string prefix)
-        : m_value(value)
-        , m_prefix(std::move(prefix))
-    {}
-
-    const Json::Value& at(const char* key) const
-    {
-        const Json::Value* member = m_value.find(key, key + std::char_traits<char>::length(key));
-        if (!member)
-            fail(kDocument, nameOf(key) + " is missing");
-        return *member;
-    }
-
-    Section section(const char* key) const
-    {
-        const Json::Value& member = at(key);
-        if (!member.isObject())
-            fail(kDocument, nameOf(key) + " must be an object");
-        return Section(member, m_prefix + key + ".");
-    }
-
-    template <typename Number>
-    void read(const char* key, Number& number, Number least, Number most) const
-    {
-        const Json::Value& member = at(key);
-        const bool isWhole = std::is_integral_v<Number>;
-        const double value = member.isNumeric() ? member.asDouble() : NAN;
-        if (!(value >= least && value <= most) || (isWhole && value != std::floor(value)))
-            failRange(kDocument, nameOf(key), least, most);
-        number = static_cast<Number>(value);
-    }
-
-    bool boolean(const char* key) const
-    {
-        const Json::Value& member = at(key);
-        if (!member.isBool())
-            fail(kDocument, nameOf(key) + " must be true or false");
-        return member.asBool();
-    }
-
-    std::string text(const char* key) const
-    {
-        const Json::Value& member = at(key);
-        if (!member.isString())
-            fail(kDocument, nameOf(key) + " must be a text");
-        return member.asString();
-    }
-
-    template <typename Value, std::size_t Count>
-    Value named(const char* key, const Name<Value> (&names)[Count]) const
-    {
-        const Json::Value& member = at(key);
-        std::string all;
-        for (std::size_t i = 0; i < Count; ++i) {
-            if (member.isString() && member.asString() == names[i].text)
-                return names[i].value;
-            all += (i == 0 ? "" : i + 1 == Count ? " or " : ", ") + quoted(names[i].text);
-        }
-        fail(kDocument, nameOf(key) + " must be " + all);
-    }
-
-    template <typename Number>
-    [[noreturn]] static void failRange(const std::string& where, const std::string& name,
-                                       Number least, Number most)
-    {
-        const bool isWhole = std::is_integral_v<Number>;
-        fail(where, name + " must be a " + (isWhole ? "whole " : "") + "number from " +
-                        numberText(least) + " to " + numberText(most));
-    }
-
-private:
-    std::string nameOf(const char* key) const { return quoted(m_prefix + key); }
-
-    const Json::Value& m_value;
-    const std::string m_prefix;
-};
-
 int versionOf(const Json::Value& document)
 {
-    if (!document.isObject())
-        fail(kDocument, "must be an object");
-    int version = 0;
-    Section(document, {}).read("version", version, 1, 1'000'000);
-    return version;
+    return StrandelSection(document).wholeNumber("version", 1, 1'000'000);
 }
 
 } // namespace
@@ -175,20 +70,14 @@ StrandelVersion checkStrandelVersion(const Json::Value& document)
     return version == kStrandelVersion ? StrandelVersion::UpToDate : StrandelVersion::NeedsUpgrade;
 }
 
-Json::Value upgradeStrandelConfig(const Json::Value& document)
-{
-    versionOf(document);
-    return document;
-}
-
 StrandelConfig readStrandelConfig(const Json::Value& document)
 {
     const int version = versionOf(document);
+    const StrandelSection whole(document);
     if (version != kStrandelVersion) {
-        fail(kDocument, "is of version " + std::to_string(version) + ", not " +
-                            std::to_string(kStrandelVersion));
+        whole.fail("version", "is " + std::to_string(version) + "; this service reads version " +
+                                  std::to_string(kStrandelVersion));
     }
-    const Section whole(document, {});
     StrandelConfig config;
     visitNumbers(config, [&](const char* key, auto& number, auto least, auto most) {
         whole.read(key, number, least, most);
@@ -198,7 +87,7 @@ StrandelConfig readStrandelConfig(const Json::Value& document)
     config.raft = whole.named("raft", kChoices);
     config.supports = whole.named("supports", kChoices);
     for (std::size_t i = 0; i < config.tools.size(); ++i) {
-        const Section section = whole.section(kToolKeys[i]);
+        const StrandelSection section = whole.section(kToolKeys[i]);
         ToolSettings& tool = config.tools[i];
         tool.material = section.text("material");
         visitToolNumbers(tool, [&](const char* key, auto& number, auto least, auto most) {
@@ -212,8 +101,10 @@ void checkRanges(const StrandelConfig& config, const std::string& where)
 {
     const auto check = [&where](const std::string& prefix) {
         return [&where, prefix](const char* key, const auto& number, auto least, auto most) {
-            if (!(number >= least && number <= most))
-                Section::failRange(where, quoted(prefix + key), least, most);
+            if (number >= least && number <= most)
+                return;
+            throw std::runtime_error(where + ": \"" + prefix + key + "\" " +
+                                     rangeText(least, most));
         };
     };
     visitNumbers(config, check(std::string()));
