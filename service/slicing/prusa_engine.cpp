@@ -4,6 +4,7 @@
 #include "slicing/child_process.h"
 #include "slicing/prusa_options.h"
 #include "slicing/prusa_output.h"
+#include "slicing/raft_tool.h"
 
 #include <trovek/log.h>
 #include <trovek/text.h>
@@ -148,6 +149,10 @@ void PrusaEngine::slice(const SliceJob& job, Control& control) const
     }
     if (!isComplete(job.outputPath))
         throw std::runtime_error("The slicer ended without a complete result");
+    if (raftHasItsOwnTool(*job.settings)) {
+        printRaftWithItsTool(*job.settings, job.outputPath,
+                             [&control] { return !control.isCanceled(); });
+    }
     guard.keep();
 }
 
