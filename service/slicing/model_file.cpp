@@ -1,6 +1,7 @@
 #include "slicing/model_file.h"
 
 #include "gcode/gcode_estimate.h"
+#include "slicing/model_archive.h"
 
 #include <trovek/text.h>
 
@@ -24,30 +25,30 @@ QString suffixOf(const std::string& name)
     return QFileInfo(toQString(name)).suffix().toLower();
 }
 
-void copyBytes(QFile& input, const QString& path, const std::function<bool()>& goOn)
+[[noreturn]] void failToCopy(const QFile& output)
 {
-    QFile output(path);
-    bool isWritten = output.open(QIODevice::WriteOnly);
+    throw std::runtime_error("Cannot copy the model: " + toStdString(output.errorString()));
+}
+
+void copyBytes(QFile& input, QFile& output, const std::function<bool()>& goOn)
+{
     std::vector<char> buffer(kCopyBytes);
-    while (isWritten) {
+    for (;;) {
         if (!goOn())
             throw GCodeCanceled();
         const qint64 count = input.read(buffer.data(), kCopyBytes);
         if (count < 0)
-            throw std::runtime_error("Cannot read the model: " + toStdString(input.errorString()));
-        if (count == 0)
-            break;
-        isWritten = output.write(buffer.data(), count) == count;
+            throw std::runtime_error(toStdString(input.errorString()));
+        if (count == 0 || output.write(buffer.data(), count) != count)
+            return;
     }
-    if (!isWritten || !output.flush())
-        throw std::runtime_error("Cannot copy the model: " + toStdString(output.errorString()));
 }
 
 /**
  * prusa-slicer takes an STL for binary when a byte behind the header is above 127, whatever its
  * size says: many a plain block has none such, and an umlaut makes a text binary.
  */
-void makeKindPlain(const QString& path)
+void makeKindPlain(QFile& output)
 {
     constexpr int kHeaderBytes = 84;
     constexpr int kFacetBytes = 50;
@@ -55,20 +56,48 @@ void makeKindPlain(const QString& path)
     // Behind the first facet's numbers stands what nobody reads.
     constexpr int kSpareByte = kHeaderBytes + kFacetBytes - 1;
 
-    QFile file(path);
-    if (!file.open(QIODevice::ReadWrite))
-        throw std::runtime_error("Cannot copy the model: " + toStdString(file.errorString()));
-    QByteArray head = file.read(kLookedAt);
+    output.seek(0);
+    QByteArray head = output.read(kLookedAt);
     if (head.size() < kLookedAt)
         return;
     const qint64 facets = qFromLittleEndian<quint32>(head.constData() + kHeaderBytes - 4);
-    if (file.size() == kHeaderBytes + facets * kFacetBytes)
+    if (output.size() == kHeaderBytes + facets * kFacetBytes)
         head[kSpareByte] = '\xff';
     else if (head.startsWith("solid"))
         std::replace_if(
             head.begin() + kHeaderBytes, head.end(), [](char c) { return (c & 0x80) != 0; }, '?');
-    if (!file.seek(0) || file.write(head) != head.size() || !file.flush())
-        throw std::runtime_error("Cannot copy the model: " + toStdString(file.errorString()));
+    output.seek(0);
+    output.write(head);
+}
+
+void copyAs(const QString& format, QFile& input, QFile& output, const std::function<bool()>& goOn)
+{
+    if (format == QLatin1String("3mf")) {
+        copyThreeMf(input, output, goOn);
+    } else if (format == QLatin1String("amf")) {
+        copyAmf(input, output, goOn);
+    } else {
+        copyBytes(input, output, goOn);
+        if (format == QLatin1String("stl"))
+            makeKindPlain(output);
+    }
+}
+
+/** Empty for a thing that holds nothing to slice. */
+QString formatOf(QFile& input, const std::string& name)
+{
+    const QString suffix = suffixOf(name);
+    return suffix == QLatin1String("thing") ? QString::fromLatin1(formatOfThing(input)) : suffix;
+}
+
+template <typename Read>
+auto reading(Read read)
+{
+    try {
+        return read();
+    } catch (const std::runtime_error& error) {
+        throw std::runtime_error(std::string("The model cannot be read: ") + error.what());
+    }
 }
 
 } // namespace
@@ -87,13 +116,22 @@ QString copyModel(QFile& input, const std::string& name, const QString& folder,
 {
     if (input.size() == 0)
         throw std::runtime_error("The model is empty");
-    if (!input.seek(0))
-        throw std::runtime_error("Cannot read the model: " + toStdString(input.errorString()));
-    const QString path = folder + QStringLiteral("/model.") + suffixOf(name);
-    copyBytes(input, path, goOn);
-    if (suffixOf(name) == QLatin1String("stl"))
-        makeKindPlain(path);
-    return path;
+    const QString format = reading([&] { return formatOf(input, name); });
+    if (format.isEmpty()) {
+        throw std::runtime_error("Things of this kind cannot be sliced; save the model as STL, "
+                                 "OBJ, 3MF or AMF");
+    }
+    QFile output(folder + QStringLiteral("/model.") + format);
+    if (!output.open(QIODevice::ReadWrite | QIODevice::Truncate))
+        failToCopy(output);
+    reading([&] {
+        if (!input.seek(0))
+            throw std::runtime_error(toStdString(input.errorString()));
+        copyAs(format, input, output, goOn);
+    });
+    if (!output.flush() || output.error() != QFileDevice::NoError)
+        failToCopy(output);
+    return output.fileName();
 }
 
 } // namespace trovek::service
