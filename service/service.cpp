@@ -11,6 +11,7 @@
 #include "simulation/simulation_methods.h"
 #include "slicing/prusa_engine.h"
 #include "slicing/slice_queue.h"
+#include "slicing/strandel_methods.h"
 #include "system.h"
 
 #include <trovek/log.h>
@@ -39,8 +40,6 @@ constexpr int kLockWaitMs = 200;
 
 /** Offered by a later version, or by a service that drives scanners. */
 constexpr const char* kMissingMethods[] = {
-    wire::method::kStrandelConfigVersionCheck,
-    wire::method::kUpgradeStrandelConfig,
     "create_calibrate_camera_job",
     "create_calibrate_turntable_job",
     "calibratecamera",
@@ -213,6 +212,7 @@ void Service::Private::addMethods()
     addSimulationMethods(table, machines, faults);
     addJobMethods(table, machines, jobs, pool, slices);
     onboard.addTo(table);
+    addStrandelMethods(table);
     firmware.addTo(table);
     for (const char* name : kMissingMethods)
         table.addMissing(name);

@@ -278,9 +278,8 @@ void tst_Session::missingMethodsHaveAnotherError_data()
     QTest::addColumn<QByteArray>("method");
 
     for (const char* method :
-         {"strandel_config_version_check", "upgrade_strandel_config", "create_calibrate_camera_job",
-          "scan", "captureimage", "point_cloud_create", "mesh_load", "mesh_reconstruct_point_cloud",
-          "digitizer_save_name"})
+         {"create_calibrate_camera_job", "scan", "captureimage", "point_cloud_create", "mesh_load",
+          "mesh_reconstruct_point_cloud", "digitizer_save_name"})
         QTest::newRow(method) << QByteArray(method);
 }
 
