@@ -65,6 +65,7 @@ public:
     std::vector<std::string> strings(const char* name) const;
     SlicerConfiguration slicerConfiguration(const char* name) const;
     const Json::Value& object(const char* name) const;
+    const Json::Value& all() const { return m_value; }
 
 private:
     Json::Value m_value;

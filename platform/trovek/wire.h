@@ -83,6 +83,14 @@ constexpr char kSimulatePlugIn[] = "simulate_plug_in";
 constexpr char kSimulateUnplug[] = "simulate_unplug";
 /** {name, version} */
 constexpr char kSimulateFirmware[] = "simulate_firmware";
+/** {} -> {plugged_in, device_path, model, calibrated} */
+constexpr char kSimulatedScanner[] = "simulated_scanner";
+/** {} */
+constexpr char kSimulateScannerPlugIn[] = "simulate_scanner_plug_in";
+/** {} */
+constexpr char kSimulateScannerUnplug[] = "simulate_scanner_unplug";
+/** {path?, turn?, position?} */
+constexpr char kSimulateScannedModel[] = "simulate_scanned_model";
 /** {name, port} */
 constexpr char kSimulatePort[] = "simulate_port";
 /** {name, percent} */
@@ -156,6 +164,12 @@ constexpr char kFileFormat[] = "FileFormatError";
 constexpr char kGeometry[] = "GeometryError";
 constexpr char kCanceled[] = "CanceledError";
 constexpr char kLimit[] = "LimitError";
+constexpr char kScannerUnavailable[] = "ScannerUnavailableError";
+constexpr char kScannerBusy[] = "ScannerBusyError";
+constexpr char kScannerMemory[] = "ScannerMemoryError";
+constexpr char kNotCalibrated[] = "NotCalibratedError";
+constexpr char kCalibration[] = "CalibrationError";
+constexpr char kNoLaser[] = "NoLaserError";
 } // namespace error
 
 /** An error with data {"name", "message"}. */

@@ -31,8 +31,10 @@ public:
     explicit Descriptor(int descriptor)
         : m_descriptor(descriptor)
     {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
+    Descriptor(Descriptor&& other) noexcept
+        : m_descriptor(other.release())
+    {}
+    Descriptor& operator=(Descriptor&&) = delete;
     ~Descriptor()
     {
         if (m_descriptor >= 0)
@@ -83,6 +85,45 @@ std::unique_ptr<QFile> handOver(const std::string& doing, const std::string& pat
     return file;
 }
 
+constexpr char kWriting[] = "write to";
+
+Descriptor openFolder(const std::string& path, const std::string& folder)
+{
+    Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!descriptor.isValid()) {
+        fail(kWriting, path,
+             errno == ELOOP || errno == ENOTDIR ? "its folder is none, or is a link"
+                                                : systemReason());
+    }
+    return descriptor;
+}
+
+void checkOwner(const std::string& path, const Descriptor& descriptor)
+{
+    struct stat status;
+    if (::fstat(descriptor.get(), &status) != 0)
+        fail(kWriting, path, systemReason());
+    if (status.st_uid != ::geteuid())
+        fail(kWriting, path, "it belongs to another user");
+}
+
+/** Opens and empties a file of a folder. @param flags O_CREAT to make it, or 0 */
+std::unique_ptr<QFile> openIn(const Descriptor& folder, const std::string& path,
+                              const std::string& name, int flags)
+{
+    constexpr mode_t kPrivate = 0600;
+    Descriptor descriptor(
+        ::openat(folder.get(), name.c_str(),
+                 O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | flags, kPrivate));
+    const struct stat status = checkRegular(kWriting, path, descriptor);
+    checkOwner(path, descriptor);
+    if (status.st_nlink != 1)
+        fail(kWriting, path, "it has more than one name");
+    if (::ftruncate(descriptor.get(), 0) != 0)
+        fail(kWriting, path, systemReason());
+    return handOver(kWriting, path, descriptor, QIODevice::WriteOnly);
+}
+
 } // namespace
 
 std::unique_ptr<QFile> openInput(const std::string& path)
@@ -97,29 +138,26 @@ std::unique_ptr<QFile> openInput(const std::string& path)
 
 std::unique_ptr<QFile> openOutput(const std::string& path)
 {
-    const std::string doing = "write to";
-    checkPath(doing, path);
+    checkPath(kWriting, path);
     const std::size_t slash = path.rfind('/');
     const std::string folder = slash == 0 ? "/" : path.substr(0, slash);
-    const std::string name = path.substr(slash + 1);
     // The folder is held while its file is opened, so that nobody swaps it for a link in between.
-    const Descriptor parent(
-        ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    if (!parent.isValid()) {
-        fail(doing, path,
-             errno == ELOOP || errno == ENOTDIR ? "its folder is none, or is a link"
-                                                : systemReason());
-    }
-    Descriptor descriptor(::openat(parent.get(), name.c_str(),
-                                   O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    const struct stat status = checkRegular(doing, path, descriptor);
-    if (status.st_uid != ::geteuid())
-        fail(doing, path, "it belongs to another user");
-    if (status.st_nlink != 1)
-        fail(doing, path, "it has more than one name");
-    if (::ftruncate(descriptor.get(), 0) != 0)
-        fail(doing, path, systemReason());
-    return handOver(doing, path, descriptor, QIODevice::WriteOnly);
+    const Descriptor parent = openFolder(path, folder);
+    return openIn(parent, path, path.substr(slash + 1), 0);
+}
+
+void checkOutputFolder(const std::string& path)
+{
+    checkPath(kWriting, path);
+    checkOwner(path, openFolder(path, path));
+}
+
+std::unique_ptr<QFile> openOutputIn(const std::string& folder, const std::string& name)
+{
+    checkPath(kWriting, folder);
+    const Descriptor parent = openFolder(folder, folder);
+    checkOwner(folder, parent);
+    return openIn(parent, folder + "/" + name, name, O_CREAT);
 }
 
 } // namespace trovek::service

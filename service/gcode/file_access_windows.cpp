@@ -46,4 +46,20 @@ std::unique_ptr<QFile> openOutput(const std::string& path)
                        QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::ExistingOnly);
 }
 
+void checkOutputFolder(const std::string& path)
+{
+    const QFileInfo info(toQString(path));
+    if (!info.isAbsolute() || info.isSymLink() || !info.isDir())
+        throw std::runtime_error("Cannot write to " + path + ": its folder is none, or is a link");
+}
+
+std::unique_ptr<QFile> openOutputIn(const std::string& folder, const std::string& name)
+{
+    checkOutputFolder(folder);
+    const std::string path = folder + "/" + name;
+    // Made first, when it is missing, so that it is opened with the checks of all other files.
+    QFile(toQString(path)).open(QIODevice::WriteOnly | QIODevice::NewOnly);
+    return openOutput(path);
+}
+
 } // namespace trovek::service

@@ -3,8 +3,8 @@
 #include "background_task.h"
 #include "geometry/mesh.h"
 #include "geometry/point_cloud.h"
+#include "scanner/work_error.h"
 
-#include <trovek/log.h>
 #include <trovek/wire.h>
 
 #include <QThread>
@@ -18,8 +18,6 @@
 #include <stdexcept>
 
 namespace trovek::service {
-
-static constexpr char kLogUnit[] = "service\\scanner\\shape_list";
 
 namespace {
 
@@ -39,31 +37,6 @@ JsonRpcException unknown(ShapeUse use)
 JsonRpcException canceled()
 {
     return wire::makeError(wire::error::kCanceled, "Canceled");
-}
-
-/** Runs the work; whatever it throws becomes an error with a name. */
-template <typename Work>
-std::optional<JsonRpcException> errorOf(Work work)
-{
-    try {
-        work();
-        return std::nullopt;
-    } catch (const JsonRpcException& error) {
-        return error;
-    } catch (const geometry::Canceled&) {
-        return canceled();
-    } catch (const geometry::EmptyError& error) {
-        return wire::makeError(wire::error::kEmptyShape, error.what());
-    } catch (const geometry::FileFormatError& error) {
-        return wire::makeError(wire::error::kFileFormat, error.what());
-    } catch (const geometry::GeometryError& error) {
-        return wire::makeError(wire::error::kGeometry, error.what());
-    } catch (const std::bad_alloc&) {
-        return wire::makeError(wire::error::kLimit, "The service has no memory left for this");
-    } catch (const std::exception& error) {
-        TROVEK_LOG(0) << "Work on a shape failed: " << error.what() << std::endl;
-        return internalError(error.what());
-    }
 }
 
 } // namespace
@@ -157,7 +130,7 @@ struct Operation
             control.setProgress(static_cast<int>(std::floor(done * 100)));
             return !control.isCanceled();
         };
-        error = errorOf([this] { result = work(task); });
+        error = errorOfWork([this] { result = work(task); });
     }
 };
 
@@ -166,8 +139,9 @@ struct Operation
 class ShapeList::Private
 {
 public:
-    explicit Private(ShapeList& list)
+    Private(ShapeList& list, std::size_t most)
         : q(list)
+        , sizeAtMost(most)
     {
         pool.setMaxThreadCount(std::max(2, QThread::idealThreadCount()));
     }
@@ -189,6 +163,7 @@ public:
     std::vector<Operation*> operationsIf(std::function<bool(const Operation&)> matches) const;
 
     ShapeList& q;
+    const std::size_t sizeAtMost;
     // Its own, so that prints and exports need not wait for a reconstruction.
     QThreadPool pool;
     std::map<int, Owned> shapes;
@@ -340,10 +315,10 @@ void ShapeList::Private::keepResult(Operation& operation)
 {
     Owned& changed = shapes.at(operation.uses.front().id);
     const std::size_t others = sizeOf(changed.owner) - changed.shape.size();
-    if (others + operation.task.result->size() > kSizeAtMost) {
+    if (others + operation.task.result->size() > sizeAtMost) {
         operation.error = wire::makeError(
             wire::error::kLimit, "All point clouds and meshes of a client together may have " +
-                                     std::to_string(kSizeAtMost) + " points and triangles");
+                                     std::to_string(sizeAtMost) + " points and triangles");
         return;
     }
     changed.shape = *operation.task.result;
@@ -378,9 +353,9 @@ ShapeList::Private::operationsIf(std::function<bool(const Operation&)> matches) 
     return found;
 }
 
-ShapeList::ShapeList(QObject* parent)
+ShapeList::ShapeList(std::size_t sizeAtMost, QObject* parent)
     : QObject(parent)
-    , d(new Private(*this))
+    , d(new Private(*this, sizeAtMost))
 {}
 
 ShapeList::~ShapeList()
@@ -407,6 +382,11 @@ int ShapeList::create(ShapeKind kind, Client& owner)
     d->follow(owner);
     d->shapes.emplace(d->nextShape, Owned{Shape(kind), &owner});
     return d->nextShape++;
+}
+
+void ShapeList::check(ShapeUse shape, const Client& client) const
+{
+    d->find(shape, client);
 }
 
 void ShapeList::destroy(ShapeUse shape, const Client& client)

@@ -102,12 +102,15 @@ public:
     /** Points and triangles of one client's shapes together. */
     static constexpr std::size_t kSizeAtMost = 20'000'000;
 
-    explicit ShapeList(QObject* parent = nullptr);
+    explicit ShapeList(std::size_t sizeAtMost = kSizeAtMost, QObject* parent = nullptr);
     /** Work that runs is canceled, and waited for; nobody is answered. */
     ~ShapeList() override;
 
     /** @throws JsonRpcException LimitError */
     int create(ShapeKind kind, Client& owner);
+
+    /** @throws JsonRpcException UnknownPointCloudError, UnknownMeshError */
+    void check(ShapeUse shape, const Client& client) const;
 
     /**
      * From now on the number is unknown. Work that was asked for before and reads the shape is
