@@ -57,7 +57,7 @@ signals:
     void currentEnabledChanged(bool enabled);
 
 protected:
-    void changeEvent(QEvent* event) override;
+    bool event(QEvent* event) override;
 
 private:
     void leaveRows(int first, int last);

@@ -127,7 +127,6 @@ void CreateProfileDialog::layOut()
 
     m_error->setObjectName(QStringLiteral("error"));
     m_error->setTextFormat(Qt::PlainText);
-    m_error->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_error->setWordWrap(true);
     m_error->setFrameShape(QFrame::StyledPanel);
     m_error->setAutoFillBackground(true);
@@ -150,7 +149,7 @@ void CreateProfileDialog::layOut()
 
     auto* const layout = new QVBoxLayout(this);
     layout->addLayout(form);
-    layout->addStretch();
+    layout->addStretch(1);
     layout->addLayout(buttons);
     m_name->setFocus();
 }
@@ -222,6 +221,11 @@ void CreateProfileDialog::showError(const QString& text)
     m_error->setText(breakablePath(text));
     m_error->setVisible(!text.isEmpty());
     m_name->setAccessibleDescription(text);
+    // A text of several lines gets no more than one of a dialog that is open already.
+    layout()->activate();
+    const int wanted = layout()->totalHeightForWidth(width());
+    if (isVisible() && wanted > height())
+        resize(width(), wanted);
 }
 
 } // namespace trovek

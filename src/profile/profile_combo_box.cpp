@@ -37,6 +37,8 @@ ProfileComboBox::ProfileComboBox(bool withPresets, bool withBuiltIns, QWidget* p
     : QComboBox(parent)
     , d(std::make_unique<Private>(withPresets, withBuiltIns, this))
 {
+    // The signal's argument is known to Qt by the name that the header has for it.
+    qRegisterMetaType<Profile*>("Profile*");
     setSizeAdjustPolicy(AdjustToMinimumContentsLengthWithIcon);
     setMinimumContentsLength(kWidth);
     // Before the base class, which would select a neighbour when it hears the same.
@@ -111,12 +113,12 @@ void ProfileComboBox::showPopup()
     QComboBox::showPopup();
 }
 
-// Whoever edited a profile comes back to the window.
-void ProfileComboBox::changeEvent(QEvent* event)
+bool ProfileComboBox::event(QEvent* event)
 {
-    QComboBox::changeEvent(event);
-    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+    // Whoever edited a profile comes back to the window.
+    if (event->type() == QEvent::WindowActivate)
         d->model->update();
+    return QComboBox::event(event);
 }
 
 /** The default instead of a neighbour, which nobody has chosen. */
