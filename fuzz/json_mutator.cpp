@@ -67,6 +67,8 @@ Json::Value anyScalar(Random& random)
         Json::Value("f"),
         Json::Value("d"),
         Json::Value("s"),
+        Json::Value("strandel"),
+        Json::Value("fabrino_2"),
         Json::Value("\xff\xc3\xbc"),
         Json::Value(Json::arrayValue),
         Json::Value(Json::objectValue),
@@ -77,10 +79,24 @@ Json::Value anyScalar(Random& random)
 /** A name that means something in one of the documents that are read, or an odd one. */
 std::string anyName(Random& random)
 {
-    static const char* const names[] = {
-        "eeprom_map",  "sub_map", "offset",      "type",         "value", "floating_point",
-        "constraints", "unit",    "axis_expand", "tooltip",      "",      "_x__y",
-        "JKN_advance", "a.b",     "machines",    "home \xc3\xbc"};
+    static const char* const names[] = {"eeprom_map",
+                                        "sub_map",
+                                        "offset",
+                                        "type",
+                                        "value",
+                                        "floating_point",
+                                        "constraints",
+                                        "unit",
+                                        "axis_expand",
+                                        "tooltip",
+                                        "",
+                                        "_x__y",
+                                        "JKN_advance",
+                                        "a.b",
+                                        "machines",
+                                        "home \xc3\xbc",
+                                        "machine_type",
+                                        "slicer"};
     return names[below(random, sizeof names / sizeof names[0])];
 }
 
