@@ -37,7 +37,7 @@ void visitNumbers(Config& config, Visit visit)
     visit("outer_shell_speed", config.outerShellSpeed, 0.5, 500.0);
     visit("first_layer_speed", config.firstLayerSpeed, 0.5, 500.0);
     visit("travel_speed", config.travelSpeed, 1.0, 500.0);
-    visit("support_angle", config.supportAngle, 0.0, 90.0);
+    visit("support_angle", config.supportAngle, 1.0, 90.0);
     visit("platform_temperature", config.platformCelsius, 0, 400);
 }
 
