@@ -3,7 +3,6 @@
 #include "geometry_error.h"
 
 #include <algorithm>
-#include <functional>
 
 namespace trovek::geometry {
 
@@ -30,8 +29,11 @@ public:
             throw Canceled();
     }
 
-    /** As CGAL asks: it never answers false, but throws. */
-    std::function<bool(double)> callback() const
+    /**
+     * As CGAL asks: it never answers false, but throws. No std::function, of which CGAL 5.5 would
+     * keep a reference to a copy that is gone.
+     */
+    auto callback() const
     {
         return [part = *this](double done) {
             part.report(done);
