@@ -115,6 +115,11 @@ protected:
     void setRowTabOrder(std::initializer_list<QWidget*> rows);
     /** The row stays in sight when the form scrolls. */
     void insertAboveButtons(QWidget* row);
+    /**
+     * Lays the dialog out anew for a row, or something in it, that has changed its size. At once:
+     * on its way through the layouts the change would show rows that are squeezed or torn apart.
+     */
+    void layOutAround(QWidget* row);
     /** For a subclass that has made its widgets in the order in which they are read. */
     void moveButtonsToEndOfTabOrder();
 

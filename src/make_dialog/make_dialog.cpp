@@ -176,6 +176,18 @@ void MakeDialog::insertAboveButtons(QWidget* row)
     d->form.column->insertWidget(d->form.column->count() - 1, row);
 }
 
+void MakeDialog::layOutAround(QWidget* row)
+{
+    if (!isVisible())
+        return;
+    for (QWidget* widget = row; widget != this; widget = widget->parentWidget()) {
+        if (widget->layout() != nullptr)
+            widget->layout()->activate();
+        widget->updateGeometry();
+    }
+    layout()->activate();
+}
+
 void MakeDialog::moveButtonsToEndOfTabOrder()
 {
     QWidget* last = previousInFocusChain();

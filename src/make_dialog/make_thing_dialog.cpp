@@ -220,6 +220,7 @@ void MakeThingDialog::sanitize()
         const bool usable = d->form.profiles->isCurrentEnabled();
         d->form.show({d->form.advancedHeader->isChecked(), profile().isOnDisk(),
                       usable && d->profileError.isEmpty()});
+        layOutAround(d->form.numbers->parentWidget());
         d->form.extruders->setRaftAndSupportsEnabled(!profile().isOnDisk());
         mainButton().setEnabled(usable && !d->slice.isRunning());
     } catch (const std::exception& error) {
@@ -255,8 +256,7 @@ void MakeThingDialog::tellMachine()
         return;
 
     d->dual = machine->numberOfExtruders() == 2;
-    d->form.extruders->setDualExtrusion(d->dual);
-    d->form.numbers->setDualExtrusion(d->dual);
+    d->form.setDualExtrusion(d->dual);
     d->form.numbers->setHasHeatedPlatform(machine->hasHeatedPlatform());
     if (machine->type() != d->machineType) {
         d->machineType = machine->type();

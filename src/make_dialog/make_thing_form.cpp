@@ -36,54 +36,71 @@ QPushButton* makeButton(const QString& text, const char* name, const QString& to
     return button;
 }
 
+void addColumns(QWidget* row, QLabel* label, QWidget* field)
+{
+    auto* const columns = new QHBoxLayout(row);
+    columns->setContentsMargins(0, 0, 0, 0);
+    columns->addWidget(label);
+    columns->addWidget(field, 1);
+}
+
 } // namespace
 
 void MakeThingForm::build(QFormLayout& rows, SlicerConfiguration::Extruder extruder,
                           QWidget* dialog)
 {
-    QWidget* const page = rows.parentWidget();
-    extruderLabel = named(new ExtruderLabel(extruder, page), "extruderLabel");
-    extruders = named(new ExtruderSettingsWidget(page), "extruderSettings");
+    options = named(new QWidget(rows.parentWidget()), "options");
+    extruderLabel = named(new ExtruderLabel(extruder, options), "extruderLabel");
+    extruders = named(new ExtruderSettingsWidget(options), "extruderSettings");
     advancedHeader = named(
-        new CollapseExpandHeader(MakeThingDialog::tr("Ad&vanced Options"), page), "advancedHeader",
+        new CollapseExpandHeader(MakeThingDialog::tr("Ad&vanced Options"), options),
+        "advancedHeader",
         MakeThingDialog::tr("Show additional settings for the toolpath generator and the bot"));
-    rows.addRow(extruderLabel);
-    rows.addRow(extruders);
-    rows.addRow(advancedHeader);
-    buildProfileRows(rows, page);
-    numbers = named(new BuiltInProfileWidget(page), "builtInProfile");
-    rows.addRow(numbers);
+    addProfileRows();
+    addProfileButtons();
+    numbers = named(new BuiltInProfileWidget(options), "builtInProfile");
 
-    keepWidth(page);
-    ignoreWheelUnlessFocused(page);
+    auto* const column = new QVBoxLayout(options);
+    column->setContentsMargins(0, 0, 0, 0);
+    for (QWidget* const row :
+         std::initializer_list<QWidget*>{extruderLabel, extruders, advancedHeader, profileRow,
+                                         slicerRow, profileHelp, profileButtons, numbers})
+        column->addWidget(row);
+    rows.addRow(options);
+    alignLabels(rows);
+    ignoreWheelUnlessFocused(options);
+
+    setDualExtrusion(false);
     preview = named(new PreviewRow(dialog), "preview");
 }
 
-void MakeThingForm::buildProfileRows(QFormLayout& rows, QWidget* page)
+void MakeThingForm::addProfileRows()
 {
-    profiles = named(new ProfileComboBox(true, false, page), "profiles",
+    profileRow = new QWidget(options);
+    auto* const profileLabel =
+        named(new QLabel(MakeThingDialog::tr("Pr&ofile:"), profileRow), "profileLabel");
+    profiles = named(new ProfileComboBox(true, false, profileRow), "profiles",
                      MakeThingDialog::tr("The base profile to use for slicing"));
-    profileLabel = named(new QLabel(MakeThingDialog::tr("Pr&ofile:"), page), "profileLabel");
     profileLabel->setBuddy(profiles);
-    slicer = named(new QLabel(page), "slicer", MakeThingDialog::tr("The slicer this profile uses"));
-    slicerLabel = named(new QLabel(MakeThingDialog::tr("Slicer:"), page), "slicerLabel");
+    addColumns(profileRow, profileLabel, profiles);
 
-    profileHelp = named(new QLabel(page), "profileHelp");
+    slicerRow = new QWidget(options);
+    auto* const slicerLabel =
+        named(new QLabel(MakeThingDialog::tr("Slicer:"), slicerRow), "slicerLabel");
+    slicer =
+        named(new QLabel(slicerRow), "slicer", MakeThingDialog::tr("The slicer this profile uses"));
+    addColumns(slicerRow, slicerLabel, slicer);
+
+    profileHelp = named(new QLabel(options), "profileHelp");
     profileHelp->setTextFormat(Qt::RichText);
     profileHelp->setWordWrap(true);
     profileHelp->setOpenExternalLinks(true);
     profileHelp->setTextInteractionFlags(Qt::TextBrowserInteraction);
-    buildProfileButtons(page);
-
-    rows.addRow(profileLabel, profiles);
-    rows.addRow(slicerLabel, slicer);
-    rows.addRow(profileHelp);
-    rows.addRow(profileButtons);
 }
 
-void MakeThingForm::buildProfileButtons(QWidget* page)
+void MakeThingForm::addProfileButtons()
 {
-    profileButtons = named(new QWidget(page), "profileButtons");
+    profileButtons = named(new QWidget(options), "profileButtons");
     createButton =
         makeButton(MakeThingDialog::tr("&Create Profile..."), "createButton",
                    MakeThingDialog::tr("Create a new custom slicer profile"), profileButtons);
@@ -101,24 +118,48 @@ void MakeThingForm::buildProfileButtons(QWidget* page)
     row->addStretch();
 }
 
-/** The dialog is as wide closed as open, and for one extruder as for two. */
-void MakeThingForm::keepWidth(QWidget* page)
+/** As if all labels stood in the form's first column. */
+void MakeThingForm::alignLabels(QFormLayout& rows)
+{
+    QList<QWidget*> labels;
+    for (int row = 0; row < rows.rowCount(); ++row) {
+        if (QLayoutItem* const item = rows.itemAt(row, QFormLayout::LabelRole))
+            labels.append(item->widget());
+    }
+    for (const char* const name : {"name", "materialLabel", "resolutionLabel", "raftLabel",
+                                   "supportsLabel", "profileLabel", "slicerLabel"})
+        labels.append(options->findChild<QWidget*>(QLatin1String(name)));
+
+    int widest = 0;
+    for (const QWidget* const label : labels)
+        widest = qMax(widest, label->sizeHint().width());
+    for (QWidget* const label : labels)
+        label->setMinimumWidth(widest);
+    // Nothing is between this one and its value.
+    extruderLabel->findChild<QWidget*>(QStringLiteral("name"))
+        ->setMinimumWidth(widest + qMax(0, rows.horizontalSpacing()));
+}
+
+void MakeThingForm::setDualExtrusion(bool dual)
+{
+    extruders->setDualExtrusion(dual);
+    numbers->setDualExtrusion(dual);
+    keepWidth();
+}
+
+/** The dialog is as wide closed as open. */
+void MakeThingForm::keepWidth()
 {
     int widest = 0;
-    for (const bool dual : {true, false}) {
-        extruders->setDualExtrusion(dual);
-        numbers->setDualExtrusion(dual);
-        widest = qMax(widest, page->sizeHint().width());
-    }
-    page->setMinimumWidth(widest);
+    for (const QWidget* const row : {static_cast<QWidget*>(numbers), profileRow, profileButtons})
+        widest = qMax(widest, row->sizeHint().width());
+    options->setMinimumWidth(widest);
 }
 
 void MakeThingForm::show(const Shown& shown)
 {
-    profileLabel->setVisible(shown.advanced || shown.customProfile);
-    profiles->setVisible(shown.advanced || shown.customProfile);
-    slicerLabel->setVisible(shown.advanced);
-    slicer->setVisible(shown.advanced);
+    profileRow->setVisible(shown.advanced || shown.customProfile);
+    slicerRow->setVisible(shown.advanced);
     profileHelp->setVisible(shown.customProfile && (shown.advanced || !shown.usable));
     profileButtons->setVisible(shown.customProfile && shown.advanced);
     numbers->setVisible(!shown.customProfile && shown.advanced);

@@ -29,16 +29,18 @@ struct MakeThingForm
         bool usable;
     };
 
-    /** Makes them from top to bottom, as rows of the form; the preview's row has no place yet. */
+    /** Makes them from top to bottom, below the form's rows; the preview has no place yet. */
     void build(QFormLayout& rows, SlicerConfiguration::Extruder extruder, QWidget* dialog);
     void show(const Shown& shown);
+    /** For a machine with two extruders, or with one. */
+    void setDualExtrusion(bool dual);
 
     ExtruderLabel* extruderLabel = nullptr;
     ExtruderSettingsWidget* extruders = nullptr;
     CollapseExpandHeader* advancedHeader = nullptr;
-    QLabel* profileLabel = nullptr;
+    QWidget* profileRow = nullptr;
     ProfileComboBox* profiles = nullptr;
-    QLabel* slicerLabel = nullptr;
+    QWidget* slicerRow = nullptr;
     QLabel* slicer = nullptr;
     QLabel* profileHelp = nullptr;
     QWidget* profileButtons = nullptr;
@@ -49,9 +51,15 @@ struct MakeThingForm
     PreviewRow* preview = nullptr;
 
 private:
-    void buildProfileRows(QFormLayout& rows, QWidget* page);
-    void buildProfileButtons(QWidget* page);
-    void keepWidth(QWidget* page);
+    void addProfileRows();
+    void addProfileButtons();
+    void alignLabels(QFormLayout& rows);
+    void keepWidth();
+
+    /** Holds everything but the preview: unlike a form, its layout leaves no gap for what is
+     * hidden.
+     */
+    QWidget* options = nullptr;
 };
 
 } // namespace trovek

@@ -45,8 +45,9 @@ std::optional<double> fraction(const QVariant& stored, double minimum, double ma
 std::optional<int> whole(const QVariant& stored, int minimum, int maximum)
 {
     bool isNumber = false;
-    const int value = stored.toInt(&isNumber);
-    return isNumber && value >= minimum && value <= maximum ? std::optional<int>(value)
+    // toInt() would take what is left of a number that is too large.
+    const qlonglong value = stored.toLongLong(&isNumber);
+    return isNumber && value >= minimum && value <= maximum ? std::optional<int>(int(value))
                                                             : std::nullopt;
 }
 

@@ -23,6 +23,7 @@ private slots:
     void needsFilters();
     void createsAnEmptyFileThatTheServiceMayWrite();
     void createsEachFileInAFolderOfItsOwn();
+    void removesAFileWithItsFolder();
     void tellsWhenTheFileCannotBeCreated();
 };
 
@@ -96,6 +97,23 @@ void tst_ExportFiles::createsEachFileInAFolderOfItsOwn()
     TemporaryDir::cleanManagedDirectories();
     QVERIFY(!QFileInfo::exists(first.absolutePath()));
     QVERIFY(!QFileInfo::exists(second.absolutePath()));
+}
+
+void tst_ExportFiles::removesAFileWithItsFolder()
+{
+    TestLog log;
+    const QFileInfo file(createServiceOutput(QStringLiteral("cube.x3g")));
+    const QFileInfo other(createServiceOutput(QStringLiteral("cube.x3g")));
+
+    removeServiceOutput(file.filePath());
+    QVERIFY(!QFileInfo::exists(file.absolutePath()));
+    QVERIFY(QFileInfo::exists(other.filePath()));
+
+    // Somebody else has removed it.
+    removeServiceOutput(file.filePath());
+    QVERIFY(QFile::remove(other.filePath()));
+    removeServiceOutput(other.filePath());
+    QVERIFY(QFileInfo::exists(other.absolutePath()));
 }
 
 void tst_ExportFiles::tellsWhenTheFileCannotBeCreated()

@@ -141,6 +141,12 @@ void tst_MaterialComboBox::offersWhatAMachineCanUse()
 
     QTEST(disabledRows(box), "disabled");
     QTEST(box.currentIndex(), "row");
+    QFETCH(QList<int>, disabled);
+    for (int material = 0; material < Orvane::kMaterialCount; ++material)
+        QCOMPARE(box.isUsable(static_cast<Orvane::Material>(material)),
+                 !disabled.contains(material));
+    QVERIFY(!box.isUsable(Orvane::UnknownMaterial));
+    QVERIFY(!box.isUsable(static_cast<Orvane::Material>(-1)));
     QCOMPARE(texts(box), kMaterials);
 }
 
