@@ -192,6 +192,12 @@ public:
         // A print knows its own temperatures, and must not be spoilt by another hand.
         if (machine.job() != nullptr && machine.job()->data().kind == wire::method::kPrint)
             throw wire::makeError(wire::error::kMachineState, "The machine is printing");
+        // While it takes its firmware there is nothing in it that watches a heater.
+        if (machine.job() != nullptr &&
+            machine.job()->data().kind == wire::method::kUploadFirmware) {
+            throw wire::makeError(wire::error::kMachineState,
+                                  "The machine is busy: " + machine.job()->data().name);
+        }
         if (machine.driver().status().state == Printer::Connecting)
             throw wire::makeError(wire::error::kMachineState, "The machine is not ready");
         machine.driver().setToolTarget(toolhead, target);

@@ -62,7 +62,9 @@ bool writeStateBytes(const QString& path, const QByteArray& bytes)
     }
     TROVEK_LOG(0) << "Cannot write " << toStdString(path) << ": " << toStdString(error)
                   << std::endl;
-    file.remove();
+    // The object would not remove what it could not write to its end.
+    file.close();
+    QFile::remove(file.fileName());
     return false;
 }
 

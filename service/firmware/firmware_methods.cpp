@@ -67,8 +67,8 @@ void checkImage(const FirmwareEntry& entry, const QByteArray& image)
 class FirmwareMethods::Private
 {
 public:
-    using Control = BackgroundTask::Control;
-    using Work = std::function<Json::Value(const Control&)>;
+    using IsCanceled = std::function<bool()>;
+    using Work = std::function<Json::Value(const IsCanceled&)>;
 
     Private(MachineList& machineList, const QString& catalogue, const QString& cacheFolder)
         : machines(machineList)
@@ -78,11 +78,11 @@ public:
         pool.setMaxThreadCount(kThreads);
     }
 
-    FirmwareCatalogue readCatalogue(const Control& control) const;
-    Json::Value versions(const std::string& machine, int type, const Control& control) const;
+    FirmwareCatalogue readCatalogue(const IsCanceled& isCanceled) const;
+    Json::Value versions(const std::string& machine, int type, const IsCanceled& isCanceled) const;
     std::string download(const std::string& machine, int type, const std::string& version,
-                         const Control& control);
-    QByteArray readImage(const FirmwareEntry& entry, const Control& control) const;
+                         const IsCanceled& isCanceled);
+    QByteArray readImage(const FirmwareEntry& entry, const IsCanceled& isCanceled) const;
     void answerLater(const Responder& respond, Work work);
     void upload(const Call& call);
 
@@ -96,20 +96,20 @@ public:
     QObject tasks;
 };
 
-FirmwareCatalogue FirmwareMethods::Private::readCatalogue(const Control& control) const
+FirmwareCatalogue FirmwareMethods::Private::readCatalogue(const IsCanceled& isCanceled) const
 {
     try {
         return FirmwareCatalogue(
-            source.read(QLatin1String(kIndexName), kIndexBytesAtMost, kIndexTimeoutMs, control));
+            source.read(QLatin1String(kIndexName), kIndexBytesAtMost, kIndexTimeoutMs, isCanceled));
     } catch (const std::exception& error) {
         throw wire::makeError(wire::error::kFirmwareCatalogue, error.what());
     }
 }
 
 Json::Value FirmwareMethods::Private::versions(const std::string& machine, int type,
-                                               const Control& control) const
+                                               const IsCanceled& isCanceled) const
 {
-    const FirmwareCatalogue catalogue = readCatalogue(control);
+    const FirmwareCatalogue catalogue = readCatalogue(isCanceled);
     if (!catalogue.offersAnythingFor(machine)) {
         throw wire::makeError(wire::error::kFirmwareUnavailable,
                               "There is no firmware for machines named \"" + machine + "\"");
@@ -127,25 +127,26 @@ Json::Value FirmwareMethods::Private::versions(const std::string& machine, int t
 }
 
 std::string FirmwareMethods::Private::download(const std::string& machine, int type,
-                                               const std::string& version, const Control& control)
+                                               const std::string& version,
+                                               const IsCanceled& isCanceled)
 {
-    const FirmwareCatalogue catalogue = readCatalogue(control);
+    const FirmwareCatalogue catalogue = readCatalogue(isCanceled);
     const FirmwareEntry* const entry =
         catalogue.find(machine, static_cast<Printer::Type>(type), version);
     if (entry == nullptr) {
         throw wire::makeError(wire::error::kFirmwareUnavailable,
                               "There is no firmware " + version + " for this machine");
     }
-    const QByteArray image = readImage(*entry, control);
+    const QByteArray image = readImage(*entry, isCanceled);
     checkImage(*entry, image);
     return cache.add(image);
 }
 
 QByteArray FirmwareMethods::Private::readImage(const FirmwareEntry& entry,
-                                               const Control& control) const
+                                               const IsCanceled& isCanceled) const
 {
     try {
-        return source.read(entry.file, entry.bytes, kImageTimeoutMs, control);
+        return source.read(entry.file, entry.bytes, kImageTimeoutMs, isCanceled);
     } catch (const std::exception& error) {
         throw wire::makeError(wire::error::kFirmwareImage, error.what());
     }
@@ -161,9 +162,9 @@ void FirmwareMethods::Private::answerLater(const Responder& respond, Work work)
     const auto outcome = std::make_shared<Outcome>();
     auto* const task = new BackgroundTask(
         pool,
-        [outcome, work = std::move(work)](Control& control) {
+        [outcome, work = std::move(work)](BackgroundTask::Control& control) {
             try {
-                outcome->result = work(control);
+                outcome->result = work([&control] { return control.isCanceled(); });
             } catch (const JsonRpcException& error) {
                 outcome->error = error;
             }
@@ -220,15 +221,15 @@ void FirmwareMethods::addTo(MethodTable& table)
     using namespace wire::method;
     Private* const p = d.get();
     table.addLate(kGetUploadableMachines, [p](const Call& call) {
-        p->answerLater(call.respond, [p](const Private::Control& control) {
-            return wire::toJson(p->readCatalogue(control).machines());
+        p->answerLater(call.respond, [p](const Private::IsCanceled& isCanceled) {
+            return wire::toJson(p->readCatalogue(isCanceled).machines());
         });
     });
     table.addLate(kGetMachineVersions, [p](const Call& call) {
         const std::string machine = call.params.string("machine");
         const int type = call.params.integer("type");
-        p->answerLater(call.respond, [=](const Private::Control& control) {
-            return p->versions(machine, type, control);
+        p->answerLater(call.respond, [=](const Private::IsCanceled& isCanceled) {
+            return p->versions(machine, type, isCanceled);
         });
     });
     table.addLate(kDownloadFirmware, [p](const Call& call) {
@@ -239,9 +240,10 @@ void FirmwareMethods::addTo(MethodTable& table)
             const std::string machine = call.params.string("machine");
             const int type = call.params.integer("type");
             const std::string version = call.params.string("version");
-            p->answerLater({call.respond.result, refuse}, [=](const Private::Control& control) {
-                return Json::Value(p->download(machine, type, version, control));
-            });
+            p->answerLater({call.respond.result, refuse},
+                           [=](const Private::IsCanceled& isCanceled) {
+                               return Json::Value(p->download(machine, type, version, isCanceled));
+                           });
         } catch (const JsonRpcException& error) {
             throw downloadError(error);
         }

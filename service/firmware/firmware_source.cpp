@@ -64,7 +64,7 @@ public:
         m_reply.reset(m_network.get(request));
     }
 
-    void run(int timeoutMs, const BackgroundTask::Control& control)
+    void run(int timeoutMs, const std::function<bool()>& isCanceled)
     {
         QEventLoop loop;
         QTimer deadline;
@@ -75,8 +75,8 @@ public:
         });
         deadline.start(timeoutMs);
         QTimer look;
-        QObject::connect(&look, &QTimer::timeout, m_reply.get(), [this, &control] {
-            if (control.isCanceled())
+        QObject::connect(&look, &QTimer::timeout, m_reply.get(), [this, &isCanceled] {
+            if (isCanceled())
                 m_reply->abort();
         });
         look.start(kLookMs);
@@ -127,7 +127,8 @@ FirmwareSource::FirmwareSource(const QString& address)
     const bool isSite = (m_folder.scheme() == QLatin1String("http") ||
                          m_folder.scheme() == QLatin1String("https")) &&
                         !m_folder.host().isEmpty();
-    const bool isFolder = m_folder.isLocalFile() && QDir::isAbsolutePath(m_folder.toLocalFile());
+    const bool isFolder = m_folder.isLocalFile() && !address.startsWith(QLatin1Char(':')) &&
+                          QDir::isAbsolutePath(m_folder.toLocalFile());
     if (!m_folder.isValid() || (!isSite && !isFolder)) {
         throw std::runtime_error(toStdString(
             QStringLiteral("Neither a folder nor an address of firmware: \"%1\"").arg(address)));
@@ -137,7 +138,7 @@ FirmwareSource::FirmwareSource(const QString& address)
 }
 
 QByteArray FirmwareSource::read(const QString& name, int bytesAtMost, int timeoutMs,
-                                const BackgroundTask::Control& control) const
+                                const std::function<bool()>& isCanceled) const
 {
     QUrl url = m_folder;
     url.setPath(m_folder.path() + name);
@@ -146,7 +147,7 @@ QByteArray FirmwareSource::read(const QString& name, int bytesAtMost, int timeou
     if (url.isLocalFile())
         return readFile(url.toLocalFile(), bytesAtMost);
     Fetch fetch(url, bytesAtMost);
-    fetch.run(timeoutMs, control);
+    fetch.run(timeoutMs, isCanceled);
     return fetch.bytes();
 }
 

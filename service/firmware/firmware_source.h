@@ -1,10 +1,9 @@
 #pragma once
 
-#include "background_task.h"
-
 #include <QByteArray>
 #include <QUrl>
 
+#include <functional>
 #include <stdexcept>
 
 namespace trovek::service {
@@ -28,15 +27,16 @@ public:
     explicit FirmwareSource(const QString& address);
 
     /**
-     * Reads a whole file; waits for it, so call it from a BackgroundTask.
-     * @param name       a plain file name
+     * Reads a whole file; waits for it, so call it from a thread that may wait.
+     * @param name        a plain file name
      * @param bytesAtMost what it may have
-     * @param timeoutMs  of the network
+     * @param timeoutMs   of the network
+     * @param isCanceled  asked now and then while it waits for the network; called from this thread
      * @throws FirmwareSourceError; a site that cannot be reached has "urlopen" in its text, where
      *         clients look for it
      */
     QByteArray read(const QString& name, int bytesAtMost, int timeoutMs,
-                    const BackgroundTask::Control& control) const;
+                    const std::function<bool()>& isCanceled) const;
 
 private:
     /** Ends with a slash. */
