@@ -61,9 +61,12 @@ std::string same(const SliceSettings& settings, const std::string& value)
     return each(settings, [&](const ToolSettings&) { return value; });
 }
 
-const char* patternName(InfillPattern pattern)
+const char* patternName(const SliceSettings& settings)
 {
-    switch (pattern) {
+    // The slicer fills whole layers with nothing else.
+    if (settings.infill >= 1)
+        return "rectilinear";
+    switch (settings.infillPattern) {
     case InfillPattern::Linear:
         return "rectilinear";
     case InfillPattern::Grid:
@@ -177,7 +180,7 @@ void addLayers(Options& options, const SliceSettings& settings)
     options.set("first_layer_height", settings.firstLayerHeight);
     options.set("perimeters", settings.shells);
     options.percent("fill_density", settings.infill);
-    options.set("fill_pattern", patternName(settings.infillPattern));
+    options.set("fill_pattern", patternName(settings));
     options.set("top_solid_layers", settings.solidLayers);
     options.set("bottom_solid_layers", settings.solidLayers);
     options.set("top_solid_min_thickness", 0);

@@ -1,4 +1,5 @@
-; Start code for dissolvable filament: the platform first, as it takes longest, and the tools when it is warm,
+; start code
+; For dissolvable filament: the platform first, as it takes longest, and the tools when it is warm,
 ; so that nothing oozes meanwhile.
 G21
 G90
@@ -12,3 +13,4 @@ M109 T0 S{right_temperature}
 M109 T1 S{left_temperature}
 {prime_left}
 {prime_right}
+; end of start code

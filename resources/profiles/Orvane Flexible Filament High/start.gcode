@@ -1,4 +1,5 @@
-; Start code for flexible filament: it is soft at once, so the nozzle is given time before it is primed.
+; start code
+; For flexible filament: it is soft at once, so the nozzle is given time before it is primed.
 G21
 G90
 M82
@@ -13,3 +14,4 @@ M109 T1 S{left_temperature}
 G4 P10000
 {prime_left}
 {prime_right}
+; end of start code

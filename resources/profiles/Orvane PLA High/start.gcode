@@ -1,4 +1,5 @@
-; Start code for PLA: everything warms up together.
+; start code
+; For PLA: everything warms up together.
 G21
 G90
 M82
@@ -12,3 +13,4 @@ M109 T0 S{right_temperature}
 M109 T1 S{left_temperature}
 {prime_left}
 {prime_right}
+; end of start code
