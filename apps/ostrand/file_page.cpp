@@ -38,14 +38,13 @@ QString whyNotMakeable(const QString& path)
         return FileView::tr("This file no longer exists.");
     switch (fileKindOf(path)) {
     case FileKind::GCode:
-        return QString();
     case FileKind::Model:
-        return FileView::tr("This version of Ostrand prints G-code only. Slice the model with a "
-                            "slicer and open the G-code file that it saves.");
+        return QString();
     case FileKind::Unknown:
         break;
     }
-    return FileView::tr("Ostrand does not know this kind of file. It prints G-code files.");
+    return FileView::tr("Ostrand does not know this kind of file. It prints models and G-code "
+                        "files.");
 }
 
 void setLargerFont(QLabel* label, qreal factor)

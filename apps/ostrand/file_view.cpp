@@ -1,6 +1,7 @@
 #include "file_view.h"
 
 #include "icons.h"
+#include "model_page.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -51,16 +52,22 @@ QWidget* FileView::makeInvitation()
 
 void FileView::choosePage(FileKind kind)
 {
-    const bool isGCode = kind == FileKind::GCode;
-    if (m_page && isGCode == (qobject_cast<GCodePage*>(m_page) != nullptr))
+    if (m_page && kind == m_kind)
         return;
     // A page that is not seen would keep its paths in memory and its window on the screen.
     delete m_page;
-    m_page = nullptr;
-    if (isGCode)
+    m_kind = kind;
+    switch (kind) {
+    case FileKind::GCode:
         m_page = new GCodePage(m_machine, this);
-    else
+        break;
+    case FileKind::Model:
+        m_page = new ModelPage(this);
+        break;
+    case FileKind::Unknown:
         m_page = new DetailsPage(this);
+        break;
+    }
     addWidget(m_page);
     connect(m_page, &FilePage::makeRequested, this, &FileView::makeRequested);
 }

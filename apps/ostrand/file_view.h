@@ -34,6 +34,7 @@ private:
 
     QString m_path;
     ViewedMachine m_machine;
+    FileKind m_kind = FileKind::Unknown;
     FilePage* m_page = nullptr;
 };
 

@@ -34,6 +34,11 @@ bool runsWithoutHands(const Options& options)
     return !options.tourDir.isEmpty() || !options.galleryDir.isEmpty();
 }
 
+QString dataDir()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation);
+}
+
 std::string readToken(const QString& path)
 {
     if (path.isEmpty())
@@ -93,6 +98,7 @@ Host::Host(const Options& options)
     } else {
         startLog();
     }
+    makeProfileDir(temporaryDir.isEmpty() ? dataDir() : temporaryDir);
     m_log = std::make_unique<LogModel>();
     m_settings = makeSettings(options, temporaryDir);
     m_handle = std::make_unique<trovek::ui::TrovekHandle>(m_settings.get());
@@ -127,10 +133,18 @@ trovek::TrovekQt& Host::facade()
     return **m_handle;
 }
 
+void Host::makeProfileDir(const QString& dataDir)
+{
+    m_profileDir = QDir(QDir(dataDir).filePath(QStringLiteral("profiles")));
+    // Without the folder there are no profiles of the user's, and creating one says why.
+    if (!m_profileDir.mkpath(QStringLiteral(".")))
+        TROVEK_LOG(0) << "Cannot make the folder for profiles: "
+                      << trovek::toStdString(m_profileDir.path()) << std::endl;
+}
+
 void Host::startLog()
 {
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation) +
-                           QStringLiteral("/log");
+    const QString folder = dataDir() + QStringLiteral("/log");
     try {
         QDir().mkpath(folder);
         m_logFile = trovek::makeRotatingFileLogSink(

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDir>
 #include <QTemporaryDir>
 
 #include <memory>
@@ -40,11 +41,15 @@ public:
     QSettings& settings() { return *m_settings; }
     ServiceLink& link() { return *m_link; }
     LogModel& log() { return *m_log; }
+    /** Where the user's slicer profiles are kept. */
+    const QDir& profileDir() const { return m_profileDir; }
 
 private:
     void startLog();
+    void makeProfileDir(const QString& dataDir);
 
     std::unique_ptr<QTemporaryDir> m_temporary;
+    QDir m_profileDir;
     std::shared_ptr<trovek::LogSink> m_logFile;
     std::unique_ptr<LogModel> m_log;
     std::unique_ptr<QSettings> m_settings;

@@ -4,6 +4,8 @@
 #include "options.h"
 #include "tour.h"
 
+#include <trovek-ui/profile_list_model.h>
+
 #include <trovek/log.h>
 
 #include <QApplication>
@@ -72,6 +74,7 @@ int run(QApplication& application, const Options& options)
     if (withoutHands)
         setReproducibleStyle(options.dark);
     Host host(options);
+    trovek::setGlobalProfileDirectory(host.profileDir());
     MainWindow& window = host.window();
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &window,
                      &MainWindow::endSession, Qt::DirectConnection);

@@ -6,11 +6,13 @@
 #include "job_list_model.h"
 #include "link_indicator.h"
 #include "log_view.h"
+#include "model_extruders.h"
 #include "notice_bar.h"
 #include "onboard_windows.h"
 #include "recent_files.h"
 
 #include <trovek-ui/make_gcode_dialog.h>
+#include <trovek-ui/make_thing_dialog.h>
 #include <trovek-ui/message_box.h>
 #include <trovek-ui/messages.h>
 #include <trovek-ui/trovekqt.h>
@@ -209,8 +211,7 @@ void MainWindow::make()
         return;
     }
     try {
-        m_makeDialog = new trovek::MakeGCodeDialog(m_facade, file(), &m_settings, nullptr,
-                                                   documentsDir(), true, this);
+        m_makeDialog = newMakeDialog();
         // Another machine may have been chosen in it.
         connect(m_makeDialog, &QDialog::finished, this, &MainWindow::chooseViewedMachine);
         m_makeDialog->open();
@@ -219,6 +220,16 @@ void MainWindow::make()
         delete m_makeDialog;
         showLater(message::FailedToStartPrint(this).box());
     }
+}
+
+QDialog* MainWindow::newMakeDialog()
+{
+    if (fileKindOf(file()) == FileKind::GCode) {
+        return new trovek::MakeGCodeDialog(m_facade, file(), &m_settings, nullptr, documentsDir(),
+                                           true, this);
+    }
+    return new trovek::MakeThingDialog(m_facade, file(), extrudersOfModel(file()), &m_settings,
+                                       nullptr, documentsDir(), true, this);
 }
 
 pathscope::ToolpathGLWidget* MainWindow::toolpathView() const

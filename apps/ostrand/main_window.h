@@ -85,6 +85,7 @@ private:
     void connectService();
     void restoreLayout();
     void saveLayout();
+    QDialog* newMakeDialog();
     void updateActions();
     /** Shows what the disk says of the file now. */
     void lookAgain();

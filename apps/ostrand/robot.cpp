@@ -141,6 +141,23 @@ void Robot::clickAndConfirm(const std::function<void()>& click, const QString& h
     clickAndHandle(click, confirm, true);
 }
 
+void Robot::clickAndPress(const std::function<void()>& click, const QString& buttonText,
+                          const std::function<void(QDialog& message)>& beforePressing)
+{
+    const auto press = [&](QDialog& message) {
+        for (QAbstractButton* button : message.findChildren<QAbstractButton*>()) {
+            if (button->text() != buttonText)
+                continue;
+            if (beforePressing)
+                beforePressing(message);
+            button->click();
+            return true;
+        }
+        fail(textOf(message));
+    };
+    clickAndHandle(click, press, true);
+}
+
 void Robot::clickAndHandle(const std::function<void()>& click,
                            const std::function<bool(QDialog& dialog)>& answer, bool takesMessages)
 {

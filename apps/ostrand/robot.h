@@ -51,6 +51,14 @@ public:
      */
     void clickAndConfirm(const std::function<void()>& click, const QString& heading);
 
+    /**
+     * Clicks, and presses a button of the message that this brings.
+     * @param beforePressing may be empty
+     * @throws std::runtime_error the message's text when it has no such button, or that none came
+     */
+    void clickAndPress(const std::function<void()>& click, const QString& buttonText,
+                       const std::function<void(QDialog& message)>& beforePressing = nullptr);
+
     /** Clicks where no dialog is to come; one that comes is closed, and its text is thrown. */
     void click(const std::function<void()>& click);
 

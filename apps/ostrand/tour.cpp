@@ -1,13 +1,14 @@
 #include "tour.h"
 
+#include "file_kinds.h"
 #include "host.h"
 #include "job_list_model.h"
 #include "main_window.h"
+#include "model_page.h"
 #include "toolpath_steps.h"
+#include "tour_model.h"
 #include "tour_onboard.h"
 
-#include <trovek-ui/export_job_mover.h>
-#include <trovek-ui/machine_combo_box.h>
 #include <trovek-ui/trovekqt.h>
 
 #include <trovek/log.h>
@@ -18,7 +19,6 @@
 #include <QAbstractButton>
 #include <QAction>
 #include <QDialog>
-#include <QDockWidget>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -35,21 +35,13 @@ namespace {
 
 constexpr char kLogUnit[] = "apps\\ostrand\\tour";
 constexpr int kStartDeadlineMs = 60 * 1000;
-constexpr int kDeadlineAFileMs = 180 * 1000;
+constexpr int kDeadlineAFileMs = 600 * 1000;
 /** A machine shows names up to 30 characters, the suffix included. */
 constexpr int kLongestBaseName = 24;
 
 [[noreturn]] void fail(const QString& text)
 {
     throw std::runtime_error(trovek::toStdString(text));
-}
-
-QAbstractButton& button(QDialog& dialog, const char* name)
-{
-    auto* found = dialog.findChild<QAbstractButton*>(QLatin1String(name));
-    if (!found)
-        fail(QStringLiteral("The make dialog has no %1").arg(QLatin1String(name)));
-    return *found;
 }
 
 QByteArray bytesOf(const QString& path)
@@ -69,25 +61,6 @@ bool needsTwoExtruders(const QString& path)
     return secondTool.match(QString::fromUtf8(bytesOf(path))).hasMatch();
 }
 
-/** Leaves what the dialog proposes unless the file needs more extruders than that has. */
-const trovek::Printer& chooseMachine(QDialog& dialog, const QString& file)
-{
-    auto& machines = *dialog.findChild<trovek::MachineComboBox*>();
-    const int extruders = needsTwoExtruders(file) ? 2 : 1;
-    const auto fits = [extruders](const trovek::Printer* machine) {
-        return machine && machine->numberOfExtruders() >= extruders;
-    };
-    if (fits(machines.machine()))
-        return *machines.machine();
-    for (trovek::Printer* machine : machines.machines()) {
-        if (!fits(machine))
-            continue;
-        machines.select(machine);
-        return *machine;
-    }
-    fail(QStringLiteral("There is no machine for this file"));
-}
-
 QString baseNameOf(const QString& file)
 {
     return QFileInfo(file).completeBaseName().left(kLongestBaseName);
@@ -101,6 +74,7 @@ Tour::Tour(Host& host, const QString& dir, const QStringList& files, QTextStream
     , m_lines(lines)
     , m_pictures(dir)
     , m_robot(kStartDeadlineMs + kDeadlineAFileMs * files.size())
+    , m_steps(host, m_robot)
 {}
 
 int Tour::run()
@@ -112,6 +86,12 @@ int Tour::run()
         for (const QString& file : m_files) {
             const QString path = QFileInfo(file).absoluteFilePath();
             open(path);
+            if (fileKindOf(path) == FileKind::Model) {
+                ModelTour(m_host, m_pictures, m_robot, [this](const QString& line) {
+                    say(line);
+                }).run(path);
+                continue;
+            }
             print(path);
             exportAs(path, QStringLiteral("x3g"), QStringLiteral("X3G"));
             exportAs(path, QStringLiteral("s3g"), QStringLiteral("S3G"));
@@ -170,51 +150,29 @@ void Tour::open(const QString& file)
                                });
                            });
     m_robot.waitFor([&] { return window.file() == file; }, QStringLiteral("the file"));
+    if (const auto* page = window.findChild<ModelPage*>())
+        m_robot.waitFor([page] { return !page->isReading(); }, QStringLiteral("the model"));
     photograph(window, QStringLiteral("file"), QFileInfo(file).fileName());
+    if (!window.toolpathView())
+        return;
     lookThroughToolpaths(window, m_robot,
                          [this](QWidget& widget, const QString& name, const QString& caption) {
                              photograph(widget, name, caption);
                          });
 }
 
-QDialog& Tour::openMakeDialog(bool exporting)
-{
-    MainWindow& window = m_host.window();
-    auto* makeButton = window.findChild<QAbstractButton*>(QStringLiteral("makeButton"));
-    if (!makeButton->isEnabled())
-        fail(makeButton->toolTip());
-    makeButton->click();
-    m_robot.waitFor([&] { return window.makeDialog() && window.makeDialog()->isVisible(); },
-                    QStringLiteral("the make dialog"));
-    QDialog& dialog = *window.makeDialog();
-    button(dialog, exporting ? "exportRadio" : "makeRadio").click();
-    auto& mainButton = button(dialog, "mainButton");
-    const QString text = exporting ? QStringLiteral("Export!") : QStringLiteral("Make It!");
-    auto& machines = *dialog.findChild<trovek::MachineComboBox*>();
-    m_robot.waitFor(
-        [&] { return mainButton.text() == text && machines.archetypesEnabled() == exporting; },
-        QStringLiteral("the dialog to change over"));
-    return dialog;
-}
-
 void Tour::print(const QString& file)
 {
-    QDialog& dialog = openMakeDialog(false);
-    const trovek::Printer& machine = chooseMachine(dialog, file);
+    QDialog& dialog = m_steps.openDialog(false);
+    const trovek::Printer& machine =
+        m_steps.chooseExtruders(dialog, needsTwoExtruders(file) ? 2 : 1);
     say(QStringLiteral("Print on ") + trovek::toQString(machine.displayName()));
     photograph(dialog, QStringLiteral("make"), QStringLiteral("Printing now"));
-    const trovek::Job::ID job =
-        jobStartedBy([&] { m_robot.click([&] { button(dialog, "mainButton").click(); }); });
-    JobListModel& jobs = m_host.window().jobs();
-    m_robot.waitFor(
-        [&] {
-            const QModelIndex index = jobs.indexOf(job);
-            return index.data(JobListModel::ProgressRole).toInt() >= 50 ||
-                   index.data(JobListModel::ConclusionRole).toInt() != trovek::JobNotConcluded;
-        },
-        QStringLiteral("the middle of the print"));
+    const trovek::Job::ID job = m_steps.jobStartedBy(
+        [&] { m_robot.click([&] { MakeSteps::button(dialog, "mainButton").click(); }); });
+    m_steps.waitForHalf(job, QStringLiteral("the middle of the print"));
     photograph(m_host.window(), QStringLiteral("printing"), QStringLiteral("While it prints"));
-    waitForEnd(job, QStringLiteral("the print's end"));
+    m_steps.waitForEnd(job, QStringLiteral("the print's end"));
     photograph(m_host.window(), QStringLiteral("printed"), QStringLiteral("After the print"));
     say(QStringLiteral("  printed %1 to the end").arg(QFileInfo(file).fileName()));
 }
@@ -224,26 +182,20 @@ void Tour::exportAs(const QString& file, const QString& suffix, const QString& f
     const QString destination =
         m_pictures.dir().filePath(QStringLiteral("exports/%1.%2").arg(baseNameOf(file), suffix));
     QFile::remove(destination);
-    QDialog& dialog = openMakeDialog(true);
-    const trovek::Printer& machine = chooseMachine(dialog, file);
+    QDialog& dialog = m_steps.openDialog(true);
+    const trovek::Printer& machine =
+        m_steps.chooseExtruders(dialog, needsTwoExtruders(file) ? 2 : 1);
     const std::string key = machine.key().name();
     say(QStringLiteral("Export for %1 as %2")
             .arg(trovek::toQString(machine.displayName()), suffix));
     photograph(dialog, QStringLiteral("export-") + suffix, QStringLiteral("Exporting"));
-    const trovek::Job::ID job = jobStartedBy([&] {
-        m_robot.clickAndAnswer([&] { button(dialog, "mainButton").click(); },
-                               [&](QDialog& chooser) {
-                                   return Robot::fillFileDialog(
-                                       chooser, destination, filterStart, [&] {
-                                           photograph(chooser, QStringLiteral("choose-") + suffix,
-                                                      QStringLiteral("Choosing where to export"));
-                                       });
-                               });
-    });
-    waitForEnd(job, QStringLiteral("the export's end"));
-    auto& mover = trovek::ExportJobMover::instance(m_host.facade());
-    m_robot.waitFor([&] { return mover.pendingExports().count(job) == 0; },
-                    QStringLiteral("the exported file"));
+    const trovek::Job::ID job =
+        m_steps.exportTo(dialog, destination, filterStart, [&](QDialog& chooser) {
+            photograph(chooser, QStringLiteral("choose-") + suffix,
+                       QStringLiteral("Choosing where to export"));
+        });
+    m_steps.waitForEnd(job, QStringLiteral("the export's end"));
+    m_steps.waitForExport(job);
     compareWithService(file, destination, key, suffix);
     photograph(m_host.window(), QStringLiteral("exported-") + suffix,
                QStringLiteral("After the export"));
@@ -280,7 +232,7 @@ void Tour::compareWithService(const QString& file, const QString& exported,
                                  trovek::toStdString(suffix));
     m_robot.waitFor([&] { return m_host.window().jobs().indexOf(job).isValid(); },
                     QStringLiteral("the service's own file"));
-    waitForEnd(job, QStringLiteral("the service's own file"));
+    m_steps.waitForEnd(job, QStringLiteral("the service's own file"));
 
     const QByteArray here = bytesOf(exported);
     if (here.isEmpty())
@@ -290,28 +242,6 @@ void Tour::compareWithService(const QString& file, const QString& exported,
     say(QStringLiteral("  exported %1, %2 bytes, as the service wrote them")
             .arg(exported)
             .arg(here.size()));
-}
-
-trovek::Job::ID Tour::jobStartedBy(const std::function<void()>& action)
-{
-    JobListModel& jobs = m_host.window().jobs();
-    const int before = jobs.rowCount();
-    action();
-    m_robot.waitFor([&] { return jobs.rowCount() > before; }, QStringLiteral("the job"));
-    m_robot.waitFor([&] { return !m_host.window().makeDialog(); },
-                    QStringLiteral("the make dialog to close"));
-    return jobs.index(jobs.rowCount() - 1, 0).data(JobListModel::IDRole).toInt();
-}
-
-void Tour::waitForEnd(trovek::Job::ID job, const QString& what)
-{
-    JobListModel& jobs = m_host.window().jobs();
-    const auto conclusion = [&] {
-        return jobs.indexOf(job).data(JobListModel::ConclusionRole).toInt();
-    };
-    m_robot.waitFor([&] { return conclusion() != trovek::JobNotConcluded; }, what);
-    if (conclusion() != trovek::JobEnded)
-        fail(jobs.indexOf(job).data(JobListModel::FailureRole).toString());
 }
 
 } // namespace ostrand

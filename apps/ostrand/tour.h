@@ -1,5 +1,6 @@
 #pragma once
 
+#include "make_steps.h"
 #include "pictures.h"
 #include "robot.h"
 
@@ -19,9 +20,11 @@ class Host;
 
 /**
  * Uses the host without hands: each file is opened, printed on a virtual machine to the end, and
- * exported as x3g, s3g and gcode through the real windows, with a picture of each step.
+ * exported through the real windows, with a picture of each step; G-code as x3g, s3g and gcode, a
+ * model for each type of machine.
  *
- * Every export is compared, byte by byte, with what the service writes for the same request.
+ * Every export of G-code is compared, byte by byte, with what the service writes for the same
+ * request.
  */
 class Tour
 {
@@ -41,20 +44,17 @@ private:
     void photograph(QWidget& window, const QString& name, const QString& caption);
     void waitForMachines();
     void open(const QString& file);
-    QDialog& openMakeDialog(bool exporting);
     void print(const QString& file);
     void exportAs(const QString& file, const QString& suffix, const QString& filterStart);
     void compareWithService(const QString& file, const QString& exported,
                             const std::string& machine, const QString& suffix);
-    /** The job that the action starts, when it shows in the list. */
-    trovek::Job::ID jobStartedBy(const std::function<void()>& action);
-    void waitForEnd(trovek::Job::ID job, const QString& what);
 
     Host& m_host;
     const QStringList m_files;
     QTextStream& m_lines;
     Pictures m_pictures;
     Robot m_robot;
+    MakeSteps m_steps;
 };
 
 } // namespace ostrand

@@ -19,7 +19,8 @@ private slots:
     void offersWhatCanBeOpened();
     void showsAnInvitationFirst();
     void showsAFile();
-    void saysWhyAModelCannotBeMade();
+    void offersToMakeAModel();
+    void saysWhyAnUnknownKindCannotBeMade();
     void saysThatAFileHasGone();
     void showsAnOddNameAsItIs();
 };
@@ -114,15 +115,25 @@ void tst_FileKinds::showsAFile()
     QCOMPARE(make.count(), 1);
 }
 
-void tst_FileKinds::saysWhyAModelCannotBeMade()
+void tst_FileKinds::offersToMakeAModel()
 {
     QTemporaryDir folder;
     FileView view;
     view.show();
     view.setFile(write(folder, QStringLiteral("part.stl"), "solid"));
-    const QString reason =
-        QStringLiteral("This version of Ostrand prints G-code only. Slice the model with a slicer "
-                       "and open the G-code file that it saves.");
+    QCOMPARE(textOf(view, "fileKind"), QStringLiteral("3D model"));
+    QCOMPARE(textOf(view, "fileRemark"), QString());
+    QVERIFY(makeButton(view).isEnabled());
+}
+
+void tst_FileKinds::saysWhyAnUnknownKindCannotBeMade()
+{
+    QTemporaryDir folder;
+    FileView view;
+    view.show();
+    view.setFile(write(folder, QStringLiteral("part.txt"), "solid"));
+    const QString reason = QStringLiteral(
+        "Ostrand does not know this kind of file. It prints models and G-code files.");
     QCOMPARE(textOf(view, "fileRemark"), reason);
     QVERIFY(!makeButton(view).isEnabled());
     QCOMPARE(makeButton(view).toolTip(), reason);

@@ -9,6 +9,7 @@
 #include "apps/ostrand/service_link.h"
 
 #include <trovek-ui/make_gcode_dialog.h>
+#include <trovek-ui/make_thing_dialog.h>
 #include <trovek-ui/message_box.h>
 #include <trovek-ui/trovekqt.h>
 #include <trovek/wire.h>
@@ -175,7 +176,8 @@ private slots:
     void opensADroppedFile();
     void refusesOtherDrops();
     void saysThatAFileIsNotThere();
-    void opensAModelWithoutMakingIt();
+    void opensAnUnknownKindWithoutMakingIt();
+    void opensTheDialogForAModel();
     void makeOpensTheDialogOnce();
     void makeTellsWhenTheFileHasGone();
     void makingSendsThePrintAndShowsTheJob();
@@ -355,15 +357,27 @@ void tst_MainWindow::saysThatAFileIsNotThere()
     QTRY_COMPARE(answer.headings.size(), 2);
 }
 
-void tst_MainWindow::opensAModelWithoutMakingIt()
+void tst_MainWindow::opensAnUnknownKindWithoutMakingIt()
+{
+    TestLog log;
+    World world;
+    world.show();
+    world.window->openFile(world.write(QStringLiteral("part.txt")));
+    QVERIFY(!world.action("make").isEnabled());
+    QVERIFY(!world.makeButton().isEnabled());
+    QVERIFY(world.window->findChild<QLabel*>(QStringLiteral("fileRemark"))->isVisible());
+}
+
+void tst_MainWindow::opensTheDialogForAModel()
 {
     TestLog log;
     World world;
     world.show();
     world.window->openFile(world.write(QStringLiteral("part.stl")));
-    QVERIFY(!world.action("make").isEnabled());
-    QVERIFY(!world.makeButton().isEnabled());
-    QVERIFY(world.window->findChild<QLabel*>(QStringLiteral("fileRemark"))->isVisible());
+    QTest::mouseClick(&world.makeButton(), Qt::LeftButton);
+    QVERIFY(qobject_cast<MakeThingDialog*>(world.window->makeDialog()));
+    world.window->makeDialog()->reject();
+    QTRY_VERIFY(!world.window->makeDialog());
 }
 
 void tst_MainWindow::makeOpensTheDialogOnce()
