@@ -8,7 +8,6 @@
 #include <QDialog>
 #include <QString>
 
-#include <initializer_list>
 #include <memory>
 #include <optional>
 
@@ -111,8 +110,6 @@ protected:
     QPushButton& mainButton() const;
     /** For the subclass's rows, which go below the base's. */
     QFormLayout& formLayout() const;
-    /** Lets the focus go from the machine through these to the buttons. */
-    void setRowTabOrder(std::initializer_list<QWidget*> rows);
     /** The row stays in sight when the form scrolls. */
     void insertAboveButtons(QWidget* row);
     /**

@@ -26,7 +26,6 @@
 #include <QRadioButton>
 #include <QScreen>
 #include <QSettings>
-#include <QVBoxLayout>
 
 #include <algorithm>
 #include <exception>
@@ -160,42 +159,20 @@ QFormLayout& MakeDialog::formLayout() const
     return *d->form.rows;
 }
 
-void MakeDialog::setRowTabOrder(std::initializer_list<QWidget*> rows)
-{
-    QWidget* last = d->form.machineCombo;
-    for (QWidget* const row : rows) {
-        setTabOrder(last, row);
-        last = row;
-    }
-    setTabOrder(last, d->form.cancelButton);
-    setTabOrder(d->form.cancelButton, d->form.mainButton);
-}
-
 void MakeDialog::insertAboveButtons(QWidget* row)
 {
-    d->form.column->insertWidget(d->form.column->count() - 1, row);
+    d->form.insertAboveButtons(row);
 }
 
 void MakeDialog::layOutAround(QWidget* row)
 {
-    if (!isVisible())
-        return;
-    for (QWidget* widget = row; widget != this; widget = widget->parentWidget()) {
-        if (widget->layout() != nullptr)
-            widget->layout()->activate();
-        widget->updateGeometry();
-    }
-    layout()->activate();
+    if (isVisible())
+        d->form.layOutAround(row);
 }
 
 void MakeDialog::moveButtonsToEndOfTabOrder()
 {
-    QWidget* last = previousInFocusChain();
-    while (last->focusPolicy() == Qt::NoFocus || last == d->form.cancelButton ||
-           last == d->form.mainButton)
-        last = last->previousInFocusChain();
-    setTabOrder(last, d->form.cancelButton);
-    setTabOrder(d->form.cancelButton, d->form.mainButton);
+    d->form.moveButtonsToEndOfTabOrder();
 }
 
 void MakeDialog::requestSanitize()

@@ -71,4 +71,29 @@ void MakeDialogForm::build(TrovekQt& facade, QDialog* dialog)
     ignoreWheelUnlessFocused(dialog);
 }
 
+void MakeDialogForm::insertAboveButtons(QWidget* row)
+{
+    column->insertWidget(column->count() - 1, row);
+}
+
+void MakeDialogForm::layOutAround(QWidget* row)
+{
+    const QWidget* const dialog = column->parentWidget();
+    for (QWidget* widget = row; widget != dialog; widget = widget->parentWidget()) {
+        if (widget->layout() != nullptr)
+            widget->layout()->activate();
+        widget->updateGeometry();
+    }
+    column->activate();
+}
+
+void MakeDialogForm::moveButtonsToEndOfTabOrder()
+{
+    QWidget* last = column->parentWidget()->previousInFocusChain();
+    while (last->focusPolicy() == Qt::NoFocus || last == cancelButton || last == mainButton)
+        last = last->previousInFocusChain();
+    QWidget::setTabOrder(last, cancelButton);
+    QWidget::setTabOrder(cancelButton, mainButton);
+}
+
 } // namespace trovek

@@ -6,6 +6,7 @@ class QLabel;
 class QPushButton;
 class QRadioButton;
 class QVBoxLayout;
+class QWidget;
 
 namespace trovek {
 
@@ -17,6 +18,11 @@ struct MakeDialogForm
 {
     /** Makes them, as children of the dialog, and sets its layout. */
     void build(TrovekQt& facade, QDialog* dialog);
+
+    // As MakeDialog says of its own.
+    void insertAboveButtons(QWidget* row);
+    void layOutAround(QWidget* row);
+    void moveButtonsToEndOfTabOrder();
 
     QRadioButton* makeRadio = nullptr;
     QRadioButton* exportRadio = nullptr;

@@ -76,7 +76,7 @@ MakeGCodeDialog::MakeGCodeDialog(TrovekQt& facade, const QString& inputFile, QSe
     form.addRow(m_materialLabel, m_material);
     form.addRow(m_extruderLabel, m_extruder);
     form.addRow(QString(), m_extruderWarning);
-    setRowTabOrder({m_addStartEnd, m_material, m_extruder});
+    moveButtonsToEndOfTabOrder();
     ignoreWheelUnlessFocused(this);
 
     connect(m_addStartEnd, &QCheckBox::toggled, this, &MakeGCodeDialog::requestSanitize);

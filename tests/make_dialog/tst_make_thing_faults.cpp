@@ -1,10 +1,6 @@
-#include "make_dialog/thing_world.h"
-
-#include <trovek-ui/pathscope_dialog.h>
+#include "make_dialog/thing_preview.h"
 
 #include <json/reader.h>
-
-#include <QProgressBar>
 
 using namespace trovek;
 
@@ -33,21 +29,6 @@ private slots:
 private:
     TrovekQt m_facade;
 };
-
-namespace {
-
-struct Opened : OpenedThing
-{
-    explicit Opened(ThingWorld& world)
-        : OpenedThing(world, "single")
-    {
-        previewWanted().setChecked(true);
-    }
-
-    bool isSlicing() const { return find<QProgressBar>("previewProgress").isVisible(); }
-};
-
-} // namespace
 
 void tst_MakeThingFaults::cleanup()
 {
@@ -83,7 +64,7 @@ void tst_MakeThingFaults::staysUsableWhateverBreaks()
     QFETCH(QByteArray, fault);
     QFETCH(QStringList, texts);
     ThingWorld world(m_facade);
-    const Opened opened(world);
+    const OpenedPreview opened(world);
     m_facade.setDeadlineScale(0.02);
     const std::string name = method.toStdString();
     if (fault == "hangs")
@@ -114,7 +95,7 @@ void tst_MakeThingFaults::cancelsAgainstAServiceThatHangs()
     TestLog log;
     log.allowErrors("");
     ThingWorld world(m_facade);
-    const Opened opened(world);
+    const OpenedPreview opened(world);
     opened.clickMain();
     QVERIFY(opened.isSlicing());
     m_facade.setDeadlineScale(0.02);
@@ -135,7 +116,7 @@ void tst_MakeThingFaults::takesNoOtherJobForItsOwn()
     TestLog log;
     log.allowErrors("");
     ThingWorld world(m_facade);
-    const Opened opened(world);
+    const OpenedPreview opened(world);
     opened.clickMain();
     const int job = world.service.lastJobID();
     ModalDriver driver;
@@ -158,7 +139,7 @@ void tst_MakeThingFaults::takesAConclusionOnce()
 {
     TestLog log;
     ThingWorld world(m_facade);
-    const Opened opened(world);
+    const OpenedPreview opened(world);
     opened.clickMain();
     const int job = world.service.lastJobID();
 
@@ -178,7 +159,7 @@ void tst_MakeThingFaults::keepsTheLastProgressWhenTheServiceSaysOddThings()
     TestLog log;
     log.allowErrors("");
     ThingWorld world(m_facade);
-    const Opened opened(world);
+    const OpenedPreview opened(world);
     opened.clickMain();
     Job::Data job = world.service.job(world.service.lastJobID());
     job.progress = 30;
@@ -207,7 +188,7 @@ void tst_MakeThingFaults::survivesItsEndWhenTheSliceStarts()
 {
     TestLog log;
     ThingWorld world(m_facade);
-    const Opened opened(world);
+    const OpenedPreview opened(world);
     connect(opened.dialog.data(), &MakeDialog::sliceFileStarted, this,
             [&opened] { delete opened.dialog.data(); });
 
@@ -221,7 +202,7 @@ void tst_MakeThingFaults::survivesItsEndInItsMessage()
     TestLog log;
     log.allowErrors("");
     ThingWorld world(m_facade);
-    const Opened opened(world);
+    const OpenedPreview opened(world);
     opened.clickMain();
     ModalDriver driver;
     driver.expect([&opened](QDialog*) { delete opened.dialog.data(); });
@@ -244,7 +225,7 @@ void tst_MakeThingFaults::survivesTheEndOfItsParent()
     TestLog log;
     QFETCH(bool, looking);
     ThingWorld world(m_facade);
-    const Opened opened(world);
+    const OpenedPreview opened(world);
     auto* const window = new QWidget;
     opened.dialog->setParent(window, opened.dialog->windowFlags());
     opened.dialog->show();
@@ -270,7 +251,7 @@ void tst_MakeThingFaults::tellsNothingWhenItIsClosed()
     log.allowErrors("");
     ThingWorld world(m_facade);
     ModalDriver driver;
-    const Opened opened(world);
+    const OpenedPreview opened(world);
     opened.clickMain();
 
     opened.dialog->close();
@@ -286,7 +267,7 @@ void tst_MakeThingFaults::survivesTheEndOfItsMachine()
 {
     TestLog log;
     ThingWorld world(m_facade);
-    const Opened opened(world);
+    const OpenedPreview opened(world);
     opened.clickMain();
 
     world.service.removePrinter("single");
@@ -307,7 +288,7 @@ void tst_MakeThingFaults::opensAndClosesAgainAndAgain()
     ThingWorld world(m_facade);
     world.addProfile("mine");
     const auto openAndClose = [&world] {
-        const Opened opened(world);
+        const OpenedPreview opened(world);
         opened.openAdvanced();
         opened.clickMain();
         opened.dialog->close();
