@@ -1,12 +1,17 @@
-#include "service/service_world.h"
-#include "support/test_log.h"
+#include "fake_slicer.h"
+#include "service/machine_file_reader.h"
+#include "slice_world.h"
+#include "sliced_gcode.h"
 #include "test_models.h"
 
 #include <trovek/text.h>
 
 #include <QDir>
 #include <QFile>
+#include <QStandardPaths>
 #include <QTest>
+
+#include <algorithm>
 
 using namespace trovek;
 
@@ -16,79 +21,294 @@ class tst_SliceJobs : public QObject
     Q_OBJECT
 
 private slots:
-    void slicesEveryFormat_data();
-    void slicesEveryFormat();
+    void putsStartAndEndCodeAround_data();
+    void putsStartAndEndCodeAround();
+    void keepsTheSlicersEstimates();
+    void writesMachineFiles_data();
+    void writesMachineFiles();
+    void printsAModel();
+    void printsWithAProfile();
+    void slicesTheSameInEveryWay();
+    void usesTheToolsThatTheFileNames();
+    void twoSliceAtATime();
+    void aFullDiskIsTold();
+    void withoutASlicerItSaysSo();
+    void cancelsTheRealSlicer();
 };
 
 namespace {
 
-constexpr int kSliceMs = 60000;
+const Block kBlock;
+constexpr char kPartSettings[] = "Metadata/Slic3r_PE_model.config";
 
-struct Fixture
+std::string fileOf(const SliceWorld& f, const char* name, const QByteArray& bytes)
 {
-    Fixture()
-    {
-        world.start();
-        client.connectToDaemon(world.address());
-    }
+    return f.world.writeFile(QString::fromUtf8(name), bytes);
+}
 
-    int slice(const std::string& model, const std::string& out, bool addStartEnd = false)
-    {
-        return client.slice(archetype, model, out, configuration, {"pla"}, addStartEnd);
-    }
+/** What a preview of the model makes. */
+QByteArray sliced(SliceWorld& f, const std::string& model)
+{
+    const std::string out = f.world.emptyFile(QStringLiteral("out.gcode"));
+    const Job job = f.conclude(f.preview(model, out));
+    if (job.conclusion() != JobEnded)
+        qWarning("%s", job.failure().c_str());
+    return ServiceWorld::read(out);
+}
 
-    Job conclude(int job)
-    {
-        if (!QTest::qWaitFor([&] { return client.jobFromID(job).conclusion() != JobNotConcluded; },
-                             kSliceMs))
-            qWarning("The job did not conclude");
-        return client.jobFromID(job);
-    }
+QByteArray sliced(SliceWorld& f, const char* name, const QByteArray& bytes)
+{
+    return sliced(f, fileOf(f, name, bytes));
+}
 
-    /** What is left of slices. */
-    QStringList leftovers() const
-    {
-        return QDir(world.stateDir() + QStringLiteral("/slices"))
-            .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-    }
-
-    TestLog log;
-    ServiceWorld world;
-    RecordingTrovek client;
-    SlicerConfiguration configuration;
-    MachineName archetype{ServiceWorld::kArchetype};
-};
+QByteArray realSlicer()
+{
+    return QStandardPaths::findExecutable(QStringLiteral("prusa-slicer")).toUtf8();
+}
 
 } // namespace
 
-void tst_SliceJobs::slicesEveryFormat_data()
+void tst_SliceJobs::putsStartAndEndCodeAround_data()
 {
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QByteArray>("model");
+    QTest::addColumn<bool>("skip");
+    QTest::addColumn<bool>("heatPlatform");
 
-    const Block block;
-    QTest::newRow("binary STL") << QStringLiteral("part.stl") << block.binaryStl();
-    QTest::newRow("ASCII STL") << QStringLiteral("part.stl") << block.asciiStl();
-    QTest::newRow("upper case") << QStringLiteral("PART.STL") << block.binaryStl();
-    QTest::newRow("OBJ") << QStringLiteral("part.obj") << block.obj();
-    QTest::newRow("3MF") << QStringLiteral("part.3mf") << block.threeMf();
-    QTest::newRow("AMF") << QStringLiteral("part.amf") << block.amf();
+    QTest::newRow("with code, a cold platform") << false << false;
+    QTest::newRow("with code, a warm platform") << false << true;
+    QTest::newRow("without code") << true << false;
 }
 
-void tst_SliceJobs::slicesEveryFormat()
+void tst_SliceJobs::putsStartAndEndCodeAround()
 {
-    QFETCH(QString, name);
-    QFETCH(QByteArray, model);
-    Fixture f;
+    QFETCH(bool, skip);
+    QFETCH(bool, heatPlatform);
+    SliceWorld f;
+    f.archetype = MachineName("archetype_fabrino_2x");
+    f.configuration.setHeatPlatform(heatPlatform);
+    f.configuration.setPlatformTemperature(77);
+    f.configuration.setExtruderTemperature(213);
+    // A G-code file would be heated for by its material; a model is by the request.
+    f.materials = {heatPlatform ? "pla" : "abs"};
     const std::string out = f.world.emptyFile(QStringLiteral("out.gcode"));
 
-    const Job job = f.conclude(f.slice(f.world.writeFile(name, model), out));
+    const Job job =
+        f.conclude(f.exportTo(fileOf(f, "a.stl", kBlock.binaryStl()), out, "gcode", skip));
+
+    QCOMPARE(job.failure(), std::string());
+    const QByteArray text = ServiceWorld::read(out);
+    const SlicedGCode gcode = SlicedGCode::read(text);
+    QCOMPARE(gcode.hasStartCode, !skip);
+    QCOMPARE(gcode.hasEndCode, !skip);
+    QCOMPARE(text.startsWith("; start code\n"), !skip);
+    QCOMPARE(text.endsWith("; end of end code\n"), !skip);
+    QCOMPARE(text.contains("\nM190 S77\n"), heatPlatform);
+    QCOMPARE(text.contains("\nM109 T0 S213\n"), !skip);
+    QCOMPARE(gcode.layers.size(), std::size_t(10));
+}
+
+void tst_SliceJobs::keepsTheSlicersEstimates()
+{
+    SliceWorld f;
+    const QByteArray bare = sliced(f, "a.stl", kBlock.binaryStl());
+    const std::string out = f.world.emptyFile(QStringLiteral("whole.gcode"));
+    f.conclude(f.exportTo(fileOf(f, "a.stl", kBlock.binaryStl()), out, "gcode"));
+
+    for (const QByteArray& text : {bare, ServiceWorld::read(out)}) {
+        const SlicedGCode gcode = SlicedGCode::read(text);
+        QVERIFY(gcode.comments.count("estimated printing time (normal mode)") > 0);
+        QVERIFY(std::stod(gcode.comments.at("filament used [mm]")) > 10);
+        QVERIFY(text.contains("; generated by PrusaSlicer"));
+    }
+}
+
+void tst_SliceJobs::writesMachineFiles_data()
+{
+    QTest::addColumn<QByteArray>("format");
+    QTest::addColumn<bool>("skip");
+
+    QTest::newRow("x3g") << QByteArray("x3g") << false;
+    QTest::newRow("s3g") << QByteArray("s3g") << false;
+    QTest::newRow("x3g without code") << QByteArray("x3g") << true;
+}
+
+void tst_SliceJobs::writesMachineFiles()
+{
+    QFETCH(QByteArray, format);
+    QFETCH(bool, skip);
+    SliceWorld f;
+    const std::string out = f.world.emptyFile(QStringLiteral("out"));
+
+    const Job job = f.conclude(
+        f.exportTo(fileOf(f, "a.stl", kBlock.binaryStl()), out, format.constData(), skip));
+
+    QCOMPARE(job.failure(), std::string());
+    QCOMPARE(job.kind(), std::string("print_to_file"));
+    const MachineFileReplay replay(readMachineFile(ServiceWorld::read(out)));
+    QVERIFY(replay.stops().size() > 100);
+    const auto& events = replay.events();
+    QVERIFY(std::count(events.begin(), events.end(), "wait 0") > 0);
+    // The start code's prime line, far from the model in the middle.
+    const auto first = std::find_if(replay.stops().begin(), replay.stops().end(),
+                                    [](const auto& stop) { return stop.steps[0] != 0; });
+    QVERIFY(first != replay.stops().end());
+    QTRY_COMPARE(f.leftovers(), QStringList());
+}
+
+void tst_SliceJobs::printsAModel()
+{
+    SliceWorld f;
+    ServiceWorld::openMachine(f.client);
+    QStringList stages;
+    std::vector<int> progress;
+    f.client.onEvent = [&](const std::string& event) {
+        if (event.rfind("jobChanged", 0) != 0)
+            return;
+        const Job job = f.job(std::stoi(event.substr(11)));
+        progress.push_back(job.progress());
+        if (stages.isEmpty() || stages.last() != toQString(job.stage()))
+            stages.append(toQString(job.stage()));
+    };
+
+    const int id = f.print(fileOf(f, "a.stl", kBlock.binaryStl()));
+    QVERIFY(f.waitForStage(id, "Printing"));
+    // It lies in memory by now.
+    QTRY_COMPARE(f.leftovers(), QStringList());
+    const Job job = f.conclude(id);
 
     QCOMPARE(job.failure(), std::string());
     QCOMPARE(job.conclusion(), JobEnded);
-    QCOMPARE(job.progress(), 100);
+    QTRY_VERIFY(!eventsOf(f.client, "jobConcluded").empty());
+    QVERIFY(std::is_sorted(progress.begin(), progress.end()));
+    QVERIFY(std::any_of(stages.begin(), stages.end(), [](const QString& stage) {
+        return stage.startsWith(QStringLiteral("Slicing"));
+    }));
+    QCOMPARE(stages.last(), QStringLiteral("Done"));
+    const Printer* printer = f.client.printerFromKey(f.machine);
+    QTRY_COMPARE(printer->state(), Printer::Idle);
+    QCOMPARE(printer->toolheadTargetTemperature().at(0), 0);
+}
+
+void tst_SliceJobs::printsWithAProfile()
+{
+    SliceWorld f;
+    const QDir profile(QStringLiteral(TROVEK_PROFILES "/Orvane PLA Low"));
+    f.configuration.setProfilePath(toStdString(profile.path()));
+    const std::string out = f.world.emptyFile(QStringLiteral("out.gcode"));
+
+    const Job job = f.conclude(f.exportTo(fileOf(f, "a.stl", kBlock.binaryStl()), out, "gcode"));
+
+    QCOMPARE(job.failure(), std::string());
+    QFile end(profile.filePath(QStringLiteral("end.gcode")));
+    QVERIFY(end.open(QIODevice::ReadOnly));
+    const QByteArray lastLine = end.readAll().trimmed().split('\n').last();
+    QVERIFY(ServiceWorld::read(out).trimmed().endsWith(lastLine));
+}
+
+void tst_SliceJobs::slicesTheSameInEveryWay()
+{
+    // On one processor, since several make the slicer's result differ a little each time.
+    const QByteArray real = QStandardPaths::findExecutable(QStringLiteral("prusa-slicer")).toUtf8();
+    const FakeSlicer slicer("exec taskset -c 0 " + realSlicer() + " $arguments");
+    SliceWorld f(slicer.program());
+    const std::string model = fileOf(f, "a.stl", kBlock.binaryStl());
+    const QByteArray preview = sliced(f, model);
+    const std::string gcode = fileOf(f, "preview.gcode", preview);
+    const std::string fromModel = f.world.emptyFile(QStringLiteral("model.x3g"));
+    const std::string fromGCode = f.world.emptyFile(QStringLiteral("gcode.x3g"));
+
+    // The names are in the files.
+    const std::string renamed = fileOf(f, "preview.stl", kBlock.binaryStl());
+    f.conclude(f.exportTo(renamed, fromModel, "x3g", true));
+    f.conclude(f.exportTo(gcode, fromGCode, "x3g", true));
+
+    QVERIFY(ServiceWorld::read(fromModel).size() > 1000);
+    QCOMPARE(ServiceWorld::read(fromModel), ServiceWorld::read(fromGCode));
+}
+
+void tst_SliceJobs::usesTheToolsThatTheFileNames()
+{
+    SliceWorld f;
+    f.archetype = MachineName("archetype_fabrino_2x");
+    f.configuration.setExtruder(SlicerConfiguration::Both);
+    f.materials = {"pla", "pla"};
+    const QByteArray parts = "<config><object id=\"1\">"
+                             "<volume firstid=\"0\" lastid=\"11\">"
+                             "<metadata type=\"volume\" key=\"extruder\" value=\"2\"/>"
+                             "</volume></object></config>";
+    const std::string out = f.world.emptyFile(QStringLiteral("out.gcode"));
+
+    const Job left = f.conclude(
+        f.exportTo(fileOf(f, "a.3mf", kBlock.threeMf({{kPartSettings, parts}})), out, "gcode"));
+
+    QCOMPARE(left.failure(), std::string());
     const QByteArray gcode = ServiceWorld::read(out);
-    QCOMPARE(gcode.count(";LAYER_CHANGE"), 10);
+    QCOMPARE(SlicedGCode::read(gcode).tools(), std::set<int>{1});
+    // What is not used is not heated.
+    QVERIFY(gcode.contains("\nM109 T1 S230\n"));
+    QVERIFY(!gcode.contains("\nM109 T0 "));
+}
+
+void tst_SliceJobs::twoSliceAtATime()
+{
+    // Each begins when the other one has.
+    const FakeSlicer slicer("echo >> \"$test/begun\"\n"
+                            "while [ $(wc -l < \"$test/begun\") -lt 2 ]; do sleep 0.01; done\n"
+                            "exec " +
+                            realSlicer() + " $arguments");
+    SliceWorld f(slicer.program(), 2);
+    const std::string model = fileOf(f, "a.stl", kBlock.binaryStl());
+    const std::string first = f.world.emptyFile(QStringLiteral("1.gcode"));
+    const std::string second = f.world.emptyFile(QStringLiteral("2.x3g"));
+
+    const int one = f.preview(model, first);
+    const int two = f.exportTo(model, second, "x3g");
+
+    QCOMPARE(f.conclude(one).conclusion(), JobEnded);
+    QCOMPARE(f.conclude(two).conclusion(), JobEnded);
+    QVERIFY(!ServiceWorld::read(first).isEmpty());
+    QVERIFY(!ServiceWorld::read(second).isEmpty());
+}
+
+void tst_SliceJobs::aFullDiskIsTold()
+{
+    const QByteArray real = QStandardPaths::findExecutable(QStringLiteral("prusa-slicer")).toUtf8();
+    // 64 blocks of 512 bytes, and no signal about it.
+    const FakeSlicer slicer("ulimit -f 64\ntrap '' XFSZ\nexec " + realSlicer() + " $arguments");
+    SliceWorld f(slicer.program());
+    const std::string out = f.world.emptyFile(QStringLiteral("out.gcode"));
+
+    const Job job = f.conclude(f.preview(fileOf(f, "a.stl", Block{60, 60, 20}.binaryStl()), out));
+
+    QCOMPARE(job.failure(),
+             std::string("There is not enough space on the disk for the sliced model"));
+    QCOMPARE(ServiceWorld::read(out), QByteArray());
+    QTRY_COMPARE(f.leftovers(), QStringList());
+}
+
+void tst_SliceJobs::withoutASlicerItSaysSo()
+{
+    SliceWorld f(QStringLiteral("no-such-slicer"));
+    const std::string out = f.world.emptyFile(QStringLiteral("out.gcode"));
+
+    const Job job = f.conclude(f.preview(fileOf(f, "a.stl", kBlock.binaryStl()), out));
+
+    QCOMPARE(job.conclusion(), JobFailed);
+    QCOMPARE(
+        job.failure(),
+        std::string("Models cannot be sliced: the slicer \"no-such-slicer\" is not installed"));
+}
+
+void tst_SliceJobs::cancelsTheRealSlicer()
+{
+    SliceWorld f;
+    const std::string out = f.world.emptyFile(QStringLiteral("out.gcode"));
+    const int id = f.preview(fileOf(f, "a.stl", Block{200, 140, 150}.binaryStl()), out);
+    QVERIFY(f.waitForStage(id, "Slicing: generating"));
+
+    f.client.cancelJob(id);
+
+    QCOMPARE(f.conclude(id).conclusion(), JobCanceled);
+    QCOMPARE(ServiceWorld::read(out), QByteArray());
     QTRY_COMPARE(f.leftovers(), QStringList());
 }
 
