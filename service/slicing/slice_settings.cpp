@@ -113,7 +113,8 @@ void checkTemperature(const std::string& what, int celsius, int most)
 
 void checkLayerHeight(const std::string& what, double height, double nozzle)
 {
-    if (height <= nozzle)
+    // What is no height at all is told by its range.
+    if (!(height > nozzle))
         return;
     throw std::runtime_error("A " + what + " of " + numberText(height) +
                              " mm is more than a nozzle of " + numberText(nozzle) +

@@ -53,8 +53,9 @@ double firstLayerHeightFor(double layerHeight)
 
 int solidLayersFor(double layerHeight)
 {
-    // A little less than a whole layer more is rounding.
-    const double layers = kSolidThickness / std::max(layerHeight, kThinnestLayer) - 1e-6;
+    const double height = layerHeight > kThinnestLayer ? layerHeight : kThinnestLayer;
+    // What is too little by rounding alone makes no layer more.
+    const double layers = kSolidThickness / height - 1e-6;
     return std::max(kFewestSolidLayers, static_cast<int>(std::ceil(layers)));
 }
 

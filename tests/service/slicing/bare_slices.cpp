@@ -74,12 +74,25 @@ void BareSlices::run()
         throw std::runtime_error(failure);
 }
 
+QByteArray BareSlices::text(const std::string& name) const
+{
+    QFile file(outputPath(name));
+    if (!file.open(QIODevice::ReadOnly))
+        throw std::runtime_error("cannot read " + name);
+    return file.readAll();
+}
+
+QString BareSlices::outputPath(const std::string& name) const
+{
+    return m_folder.filePath(QString::fromStdString(name)) + QStringLiteral(".gcode");
+}
+
 void BareSlices::sliceOne(const std::string& name, const BareSlice& slice)
 {
     const QString base = m_folder.filePath(QString::fromStdString(name));
     const QString model = base + QLatin1Char('.') + slice.suffix;
     const QString options = base + QStringLiteral(".ini");
-    const QString output = base + QStringLiteral(".gcode");
+    const QString output = outputPath(name);
     const SliceSettings settings = slice.settings();
     writeFile(model, slice.model);
     writeFile(options,

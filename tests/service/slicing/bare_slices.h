@@ -47,8 +47,11 @@ public:
     void run();
     /** @throws std::out_of_range without such a slice */
     const SlicedGCode& operator[](const std::string& name) const { return m_results.at(name); }
+    /** The same as it stands in the file. */
+    QByteArray text(const std::string& name) const;
 
 private:
+    QString outputPath(const std::string& name) const;
     void sliceOne(const std::string& name, const BareSlice& slice);
 
     QTemporaryDir m_folder;
