@@ -1,3 +1,7 @@
+#include "service/slicing/sliced_gcode.h"
+
+#include <gcode/machine_definition.h>
+
 #include <QDir>
 #include <QFile>
 #include <QImage>
@@ -5,6 +9,9 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <algorithm>
+#include <set>
 
 /** The program as a user starts it, driven by itself. */
 class tst_Tour : public QObject
@@ -15,7 +22,8 @@ private slots:
     void printsAndExportsEachFile();
     void leavesNothingBehind();
     void tellsByItsExitStatusThatAFileIsMissing();
-    void tellsWhyAFileCannotBeMade();
+    void makesModels();
+    void tellsThatAModelCannotBeMade();
     void refusesAWrongCommandLine();
     void namesItsVersionWithoutADisplay();
 
@@ -53,6 +61,9 @@ private:
                 QString::fromUtf8(program.readAllStandardOutput()),
                 QString::fromUtf8(program.readAllStandardError())};
     }
+
+    static void checkExport(const QString& path, const trovek::service::MachineDefinition& machine,
+                            const std::set<int>& tools);
 
     static QString data(const char* name)
     {
@@ -117,18 +128,69 @@ void tst_Tour::tellsByItsExitStatusThatAFileIsMissing()
     QVERIFY2(tour.output.contains(QStringLiteral("FAILED: ")), qPrintable(tour.output));
 }
 
-void tst_Tour::tellsWhyAFileCannotBeMade()
+void tst_Tour::tellsThatAModelCannotBeMade()
 {
     QTemporaryDir folder;
-    QFile model(folder.filePath(QStringLiteral("part.stl")));
-    QVERIFY(model.open(QIODevice::WriteOnly));
-    model.close();
+    QFile file(folder.filePath(QStringLiteral("part.stl")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.close();
     const Run tour = run(folder, {QStringLiteral("--tour"), folder.filePath(QStringLiteral("out")),
-                                  QStringLiteral("--file"), model.fileName()});
+                                  QStringLiteral("--file"), file.fileName()});
     QCOMPARE(tour.status, 1);
-    QVERIFY2(tour.output.contains(QStringLiteral("FAILED: This version of Ostrand prints G-code "
-                                                 "only.")),
-             qPrintable(tour.output));
+    QVERIFY2(tour.output.contains(QStringLiteral("FAILED: Print Failed")), qPrintable(tour.output));
+}
+
+void tst_Tour::makesModels()
+{
+    QTemporaryDir folder;
+    const QString out = folder.filePath(QStringLiteral("out"));
+    const Run tour = run(folder, {QStringLiteral("--tour"), out, QStringLiteral("--file"),
+                                  data("models/bracket.stl"), QStringLiteral("--file"),
+                                  data("models/two_colors.amf")});
+    QVERIFY2(tour.status == 0, qPrintable(tour.output + tour.errors));
+    QVERIFY(tour.output.contains(QStringLiteral("  printed bracket.stl to the end\n")));
+    QVERIFY(tour.output.contains(QStringLiteral("  printed two_colors.amf to the end\n")));
+
+    const QDir exports(out + QStringLiteral("/exports"));
+    int count = 0;
+    for (const trovek::service::MachineDefinition& machine :
+         trovek::service::defaultMachineDefinitions().archetypes) {
+        const QString type = QString::fromStdString(trovek::service::machineTypeName(machine.type));
+        checkExport(exports.filePath(QStringLiteral("bracket-%1.gcode").arg(type)), machine, {0});
+        ++count;
+        const QString dual = exports.filePath(QStringLiteral("two_colors-%1.gcode").arg(type));
+        QCOMPARE(QFile::exists(dual), machine.extruders == 2);
+        if (machine.extruders < 2)
+            continue;
+        checkExport(dual, machine, {0, 1});
+        ++count;
+    }
+    // And one of each with a profile of the user's.
+    for (const char* name : {"bracket-profile.gcode", "two_colors-profile.gcode"})
+        QVERIFY(SlicedGCode::readFile(exports.filePath(QLatin1String(name))).hasStartCode);
+    QCOMPARE(exports.entryList(QDir::Files).size(), count + 2);
+}
+
+void tst_Tour::checkExport(const QString& path, const trovek::service::MachineDefinition& machine,
+                           const std::set<int>& tools)
+{
+    const SlicedGCode code = SlicedGCode::readFile(path);
+    const std::vector<double> heights = code.modelHeights();
+    // The preset "Standard", of parts that are 20 and 12 mm high.
+    QCOMPARE(int(heights.size()), tools.size() == 1 ? 100 : 60);
+    for (std::size_t i = 0; i < heights.size(); ++i)
+        QVERIFY2(qAbs(heights[i] - 0.2 * double(i + 1)) < 0.001, qPrintable(path));
+    QCOMPARE(code.tools(), tools);
+    for (const int tool : tools) {
+        const auto celsius = code.toolCelsius.find(tool);
+        QVERIFY(celsius != code.toolCelsius.end());
+        QVERIFY(std::count(celsius->second.begin(), celsius->second.end(), 230.0) > 0);
+    }
+    QVERIFY(code.hasStartCode);
+    QVERIFY(code.hasEndCode);
+    QVERIFY(code.minX >= machine.buildVolume[0].min && code.maxX <= machine.buildVolume[0].max);
+    QVERIFY(code.minY >= machine.buildVolume[1].min && code.maxY <= machine.buildVolume[1].max);
+    QVERIFY(code.maxZ <= machine.buildVolume[2].max);
 }
 
 void tst_Tour::refusesAWrongCommandLine()
