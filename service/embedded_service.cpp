@@ -28,7 +28,8 @@ EmbeddedService::EmbeddedService(const Options& options)
                                         toQString(options.firmwareCatalogue),
                                         toQString(options.firmwareCache),
                                         toQString(options.slicer),
-                                        options.slicesAtOnce};
+                                        options.slicesAtOnce,
+                                        toQString(options.scannerFile)};
     const ServerOptions serverOptions{options.socketName, toQString(stateDir), options.tcpPort};
     const auto ready = std::make_shared<std::promise<void>>();
     std::future<void> isReady = ready->get_future();

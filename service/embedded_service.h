@@ -35,6 +35,7 @@ public:
         std::string firmwareCache;
         std::string slicer;
         int slicesAtOnce = 0;
+        std::string scannerFile;
     };
 
     /** @throws std::runtime_error for a user: why the service cannot start */

@@ -79,6 +79,10 @@ Settings readSettings(const QStringList& arguments)
     const QCommandLineOption slicer(QStringLiteral("slicer"),
                                     QStringLiteral("Program that slices models, a prusa-slicer."),
                                     QStringLiteral("PROGRAM"), QStringLiteral("prusa-slicer"));
+    const QCommandLineOption scanner(
+        QStringLiteral("scanner"),
+        QStringLiteral("JSON file with the settings of the virtual scanner."),
+        QStringLiteral("FILE"));
     const QCommandLineOption timeScale(
         QStringLiteral("time-scale"),
         QStringLiteral("Seconds of the virtual machines for each second of the clock."),
@@ -95,7 +99,7 @@ Settings readSettings(const QStringList& arguments)
     parser.addHelpOption();
     parser.addVersionOption();
     parser.addOptions(
-        {socket, state, machines, firmware, firmwareCache, slicer, timeScale, tcp, log});
+        {socket, state, machines, firmware, firmwareCache, slicer, scanner, timeScale, tcp, log});
     parser.process(arguments);
     if (!parser.positionalArguments().isEmpty()) {
         throw std::runtime_error("Unexpected argument: " +
@@ -109,6 +113,7 @@ Settings readSettings(const QStringList& arguments)
     if (parser.isSet(firmwareCache))
         settings.service.firmwareCache = QDir(parser.value(firmwareCache)).absolutePath();
     settings.service.slicer = parser.value(slicer);
+    settings.service.scannerFile = parser.value(scanner);
     bool isNumber = false;
     settings.service.timeScale = parser.value(timeScale).toDouble(&isNumber);
     if (!isNumber || !std::isfinite(settings.service.timeScale) || settings.service.timeScale <= 0)

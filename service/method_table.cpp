@@ -127,12 +127,6 @@ void MethodTable::addLate(const char* name, LateMethod method)
     m_methods.emplace(name, std::move(method));
 }
 
-void MethodTable::addMissing(const char* name)
-{
-    const std::string text = std::string("This version of the service does not offer ") + name;
-    addLate(name, [text](const Call&) { throw wire::makeError(wire::error::kNotOffered, text); });
-}
-
 void MethodTable::handle(const std::string& name, const Json::Value& params, Client& client,
                          const Responder& respond) const
 {

@@ -96,8 +96,6 @@ public:
 
     void add(const char* name, Method method);
     void addLate(const char* name, LateMethod method);
-    /** A method that clients know and this version does not have. */
-    void addMissing(const char* name);
     bool contains(const std::string& name) const { return m_methods.count(name) > 0; }
 
     /** Runs the method and answers; nothing is ever thrown. */

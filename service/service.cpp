@@ -7,6 +7,7 @@
 #include "machine_list.h"
 #include "machine_methods.h"
 #include "onboard/onboard_methods.h"
+#include "scanner/scanner_service.h"
 #include "simulation/fault_injector.h"
 #include "simulation/simulation_methods.h"
 #include "slicing/prusa_engine.h"
@@ -37,44 +38,6 @@ static constexpr char kLogUnit[] = "service\\service";
 namespace {
 
 constexpr int kLockWaitMs = 200;
-
-/** Offered by a later version, or by a service that drives scanners. */
-constexpr const char* kMissingMethods[] = {
-    "create_calibrate_camera_job",
-    "create_calibrate_turntable_job",
-    "calibratecamera",
-    "calibratelaser",
-    "calibrateturntable",
-    "loadcalibration",
-    "savecalibration",
-    "read_user_calibration_from_eeprom",
-    "write_user_calibration_to_eeprom",
-    "digitizer_invalidate_user_calibration",
-    "get_digitizer_version",
-    "digitizer_load_name",
-    "digitizer_save_name",
-    "digitizer_camera_device_path",
-    "digitizer_set_enabled_lasers",
-    "captureimage",
-    "capture_image_auto_exposure",
-    "scan",
-    "point_cloud_create",
-    "point_cloud_destroy",
-    "point_cloud_load_from_id",
-    "point_cloud_save",
-    "point_cloud_crop",
-    "point_cloud_process",
-    "point_cloud_coarse_alignment",
-    "point_cloud_fine_alignment",
-    "mesh_create",
-    "mesh_copy",
-    "mesh_destroy",
-    "mesh_load",
-    "mesh_save",
-    "mesh_cut_plane",
-    "mesh_place_on_platform",
-    "mesh_reconstruct_point_cloud",
-};
 
 MachineDefinitions readDefinitions(const QString& path)
 {
@@ -137,17 +100,20 @@ public:
 
     void followMachines();
     void followJobs();
+    void followScanner();
     void addMethods();
     Json::Value subscribe(Client& client);
     void post(const char* method, Json::Value params);
     void flush();
 
     Service& q;
-    // The order matters: jobs use the slices, they machines and the pool, and all the folder.
+    // The order matters: jobs use the slices and the scanner, they machines and the pool, and
+    // all the folder.
     const std::unique_ptr<QLockFile> lock;
     QThreadPool pool;
     MachineList machines;
     SliceQueue slices;
+    ScannerService scanner;
     JobList jobs;
     MethodTable table;
     FaultInjector faults;
@@ -163,6 +129,8 @@ Service::Private::Private(Service& owner, const ServiceOptions& options)
     , machines(readDefinitions(options.machinesFile), options.stateDir, options.timeScale)
     , slices(slicerOf(options), QDir(options.stateDir).filePath(QStringLiteral("slices")),
              options.slicesAtOnce)
+    , scanner(options.scannerFile,
+              QDir(options.stateDir).filePath(QStringLiteral("scanner_memory.json")), pool)
     , jobs(QDir(options.stateDir).filePath(QStringLiteral("jobs.json")))
     , faults(table, machines)
     , onboard(machines)
@@ -204,6 +172,15 @@ void Service::Private::followJobs()
     connect(&jobs, &JobList::concluded, &q, [this](int id) { post(kJobConcluded, idOf(id)); });
 }
 
+void Service::Private::followScanner()
+{
+    connect(&scanner, &ScannerService::cameraClosed, &q, [this](const std::string& devicePath) {
+        Json::Value camera(Json::objectValue);
+        camera["device_path"] = devicePath;
+        post(wire::notification::kCameraClosed, camera);
+    });
+}
+
 void Service::Private::addMethods()
 {
     table.add(wire::method::kSubscribe,
@@ -214,8 +191,7 @@ void Service::Private::addMethods()
     onboard.addTo(table);
     addStrandelMethods(table);
     firmware.addTo(table);
-    for (const char* name : kMissingMethods)
-        table.addMissing(name);
+    scanner.addTo(table, jobs);
 }
 
 Json::Value Service::Private::subscribe(Client& client)
@@ -254,6 +230,7 @@ Service::Service(const ServiceOptions& options, QObject* parent)
 {
     d->followMachines();
     d->followJobs();
+    d->followScanner();
     d->addMethods();
     d->machines.start();
     TROVEK_LOG(1) << "Service ready, state in " << toStdString(options.stateDir) << std::endl;

@@ -31,6 +31,8 @@ struct ServiceOptions
     QString slicer;
     /** Models that are sliced at a time; 0 for one a processor. */
     int slicesAtOnce = 0;
+    /** Settings of the virtual scanner; the usual one when empty. */
+    QString scannerFile;
 };
 
 /**

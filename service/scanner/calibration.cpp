@@ -66,7 +66,8 @@ Vector direction(const Json::Value& object, const std::string& path, const char*
     const Vector value = vector(object, path, name);
     if (length(value) < 1e-6)
         fail("\"" + path + "." + name + "\" has no direction");
-    return normalized(value);
+    // What was saved comes back to the last digit.
+    return std::abs(length(value) - 1) < 1e-12 ? value : normalized(value);
 }
 
 Json::Value listOf(const Vector& vector)

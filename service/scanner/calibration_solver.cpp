@@ -16,8 +16,9 @@ namespace {
 
 constexpr std::size_t kViewsAtLeast = 4;
 /** Root of the mean square; far above what noise does, far below a board that is taken wrongly. */
-constexpr double kPixelsOff = 1.0;
+constexpr double kPixelsOff = 0.3;
 constexpr double kMillimetresOff = 0.5;
+constexpr double kRadiansOff = 0.02;
 
 Eigen::Vector3d toEigen(const Vector& vector)
 {
@@ -190,7 +191,7 @@ CameraModel cameraOf(const CameraModel& design, const Eigen::VectorXd& input)
     return camera;
 }
 
-/** The axis and the angle of the turn that fits all others best. */
+/** What the turns from each board to each other have in common. @throws CalibrationError */
 Eigen::Vector3d meanAxis(const std::vector<RigidTransform>& boards,
                          const std::vector<double>& angles)
 {
@@ -199,9 +200,11 @@ Eigen::Vector3d meanAxis(const std::vector<RigidTransform>& boards,
         for (std::size_t j = 0; j < i; ++j) {
             const Eigen::AngleAxisd turn(
                 Eigen::Matrix3d(rotationOf(boards[i]) * rotationOf(boards[j]).transpose()));
+            const double expected = angles[i] - angles[j];
+            if (std::abs(turn.angle() - std::abs(expected)) > kRadiansOff)
+                throw CalibrationError("The board did not turn as the table does");
             // Long turns tell more of the axis than short ones.
-            const double direction = angles[i] > angles[j] ? 1 : -1;
-            sum += direction * turn.angle() * turn.angle() * turn.axis();
+            sum += (expected > 0 ? 1 : -1) * turn.angle() * turn.angle() * turn.axis();
         }
     }
     return sum.normalized();

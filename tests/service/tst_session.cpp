@@ -30,8 +30,6 @@ private slots:
     void refusesParametersByName_data();
     void refusesParametersByName();
     void unknownMethodsAreAnError();
-    void missingMethodsHaveAnotherError_data();
-    void missingMethodsHaveAnotherError();
     void onlySubscribersAreTold();
     void theAnswerComesBeforeTheEvents();
     void aJobsAnswersComeBeforeItsEvents();
@@ -271,30 +269,6 @@ void tst_Session::unknownMethodsAreAnError()
 
     client.call(8, wire::method::kHello, greeting());
     QCOMPARE(client.readLine()["error"]["code"].asInt(), -32601);
-}
-
-void tst_Session::missingMethodsHaveAnotherError_data()
-{
-    QTest::addColumn<QByteArray>("method");
-
-    for (const char* method :
-         {"create_calibrate_camera_job", "scan", "captureimage", "point_cloud_create", "mesh_load",
-          "mesh_reconstruct_point_cloud", "digitizer_save_name"})
-        QTest::newRow(method) << QByteArray(method);
-}
-
-void tst_Session::missingMethodsHaveAnotherError()
-{
-    QFETCH(QByteArray, method);
-    TestLog log;
-    ServiceWorld world;
-    world.start();
-    RawClient client(world.address());
-    client.greet();
-
-    client.call(7, method.constData());
-
-    QCOMPARE(client.readLine()["error"]["data"]["name"].asString(), std::string("NotOfferedError"));
 }
 
 void tst_Session::onlySubscribersAreTold()
