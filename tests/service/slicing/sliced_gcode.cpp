@@ -147,6 +147,9 @@ private:
         pulled = std::max(0.0, pulled - fed);
         double& deepest = m_file.retraction[m_tool];
         deepest = std::max(deepest, pulled);
+        double& speed = m_file.retractionSpeed[m_tool];
+        if (way <= 0 && fed < 0)
+            speed = std::max(speed, m_feed);
         if (way > 0 && fed <= 0)
             m_file.travels.add(way, 0, m_feed);
         if (way <= 0 || fed <= 0)

@@ -72,8 +72,9 @@ struct SlicedGCode
 
     /** Net filament by tool, in millimetres, start and end code left out. */
     std::map<int, double> filament;
-    /** The deepest retraction by tool, in millimetres. */
+    /** The deepest retraction by tool in millimetres, and the fastest in millimetres a second. */
     std::map<int, double> retraction;
+    std::map<int, double> retractionSpeed;
     /** From where to where it extrudes, start and end code left out. */
     double minX = std::numeric_limits<double>::infinity();
     double maxX = -std::numeric_limits<double>::infinity();
