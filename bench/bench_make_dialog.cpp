@@ -1,7 +1,11 @@
 #include "goal_table.h"
 #include "support/scripted_service.h"
 
+#include <trovek-ui/create_profile_dialog.h>
 #include <trovek-ui/make_gcode_dialog.h>
+#include <trovek-ui/make_thing_dialog.h>
+#include <trovek-ui/profile.h>
+#include <trovek-ui/profile_list_model.h>
 #include <trovek-ui/trovekqt.h>
 
 #include <benchmark/benchmark.h>
@@ -9,16 +13,21 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFormLayout>
+#include <QGroupBox>
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSettings>
+#include <QSpinBox>
 #include <QTemporaryDir>
 
 #include <functional>
+#include <map>
 #include <memory>
+#include <string>
 
 using namespace trovek;
 
@@ -79,12 +88,44 @@ QDialog* bareDialog()
     return dialog;
 }
 
-/** A connected facade with ten machines and the archetypes. */
+/** The same for the make-thing dialog, whose advanced widgets are made with it. */
+QDialog* bareThingDialog(int profiles)
+{
+    auto* const dialog = new QDialog;
+    auto* const form = new QFormLayout(dialog);
+    form->setSizeConstraint(QLayout::SetFixedSize);
+    form->addRow(new QRadioButton(QStringLiteral("Make It Now")),
+                 new QRadioButton(QStringLiteral("Export to a File")));
+    for (const char* label : {"Make With:", "Left:", "Right:", "Single:", "Raft:", "Supports:"}) {
+        auto* const box = new QComboBox;
+        box->addItems({QStringLiteral("First"), QStringLiteral("Second"), QStringLiteral("Third")});
+        form->addRow(QString::fromLatin1(label), box);
+    }
+    for (const char* label : {"Low", "Standard", "High"})
+        form->addRow(new QRadioButton(QString::fromLatin1(label)));
+    auto* const list = new QComboBox;
+    for (int i = 0; i < profiles; ++i)
+        list->addItem(QStringLiteral("profile %1").arg(i));
+    form->addRow(QStringLiteral("Profile:"), list);
+    auto* const numbers = new QGroupBox(QStringLiteral("Numbers"));
+    auto* const rows = new QFormLayout(numbers);
+    for (int i = 0; i < 8; ++i)
+        rows->addRow(QStringLiteral("Number:"), new QSpinBox);
+    numbers->hide();
+    form->addRow(numbers);
+    form->addRow(new QPushButton(QStringLiteral("Cancel")),
+                 new QPushButton(QStringLiteral("Make It!")));
+    return dialog;
+}
+
+/** A connected facade with ten machines and the archetypes, and the user's profiles. */
 class World
 {
 public:
     World()
     {
+        m_profiles.mkpath(QStringLiteral("."));
+        setGlobalProfileDirectory(m_profiles);
         for (int i = 0; i < 10; ++i)
             m_service.addPrinter(
                 ScriptedService::machine("machine " + std::to_string(i), Printer::Fabrino2X));
@@ -100,11 +141,33 @@ public:
                                    &m_settings, nullptr, m_folder.path(), true);
     }
 
+    QDialog* makeThingDialog()
+    {
+        return new MakeThingDialog(facade, m_folder.filePath(QStringLiteral("part.stl")),
+                                   SlicerConfiguration::Right, &m_settings, nullptr,
+                                   m_folder.path(), true);
+    }
+
+    /** Copies of a built-in one. */
+    void setProfileCount(int count)
+    {
+        const ResourceProfile profile(QStringLiteral(":/profiles/Orvane PLA Standard"));
+        for (; m_profileCount < count; ++m_profileCount)
+            profile.copyToDisk(m_profiles, QStringLiteral("profile %1").arg(m_profileCount),
+                               {Printer::Fabrino2X});
+        while (m_profileCount > count)
+            QDir(m_profiles.filePath(QStringLiteral("profile %1").arg(--m_profileCount)))
+                .removeRecursively();
+    }
+
     TrovekQt facade;
 
 private:
     ScriptedService m_service;
     QTemporaryDir m_folder;
+    // The folder around it is watched too, and the whole temporary one would be slow to watch.
+    const QDir m_profiles{m_folder.filePath(QStringLiteral("profiles"))};
+    int m_profileCount = 0;
     QSettings m_settings{m_folder.filePath(QStringLiteral("host.ini")), QSettings::IniFormat};
 };
 
@@ -115,6 +178,15 @@ void measureMakeGCodeDialog(benchmark::State& state, const char* goal)
 {
     const quint64 callsBefore = s_world->facade.callCount();
     measure(state, [] { return s_world->makeGCodeDialog(); });
+    state.counters["service_calls"] = double(s_world->facade.callCount() - callsBefore);
+    state.SetLabel(goal);
+}
+
+void measureMakeThingDialog(benchmark::State& state, int profiles, const char* goal)
+{
+    s_world->setProfileCount(profiles);
+    const quint64 callsBefore = s_world->facade.callCount();
+    measure(state, [] { return s_world->makeThingDialog(); });
     state.counters["service_calls"] = double(s_world->facade.callCount() - callsBefore);
     state.SetLabel(goal);
 }
@@ -141,20 +213,66 @@ void makeGCodeDialogAgain(benchmark::State& state)
     measureMakeGCodeDialog(state, "goal: 15 ms, 0 service calls");
 }
 
+void firstMakeThingDialog(benchmark::State& state)
+{
+    measureMakeThingDialog(state, 50, "goal: 40 ms, 0 service calls");
+}
+
+void bareThingDialogAgain(benchmark::State& state)
+{
+    const auto profiles = int(state.range(0));
+    measure(state, [profiles] { return bareThingDialog(profiles); });
+    state.SetLabel("baseline");
+}
+
+void makeThingDialogAgain(benchmark::State& state)
+{
+    const auto profiles = int(state.range(0));
+    measureMakeThingDialog(state, profiles,
+                           profiles <= 50 ? "goal: 15 ms, 0 service calls" : "0 service calls");
+}
+
+/** Which lists the built-in ones too. */
+void createProfileDialog(benchmark::State& state)
+{
+    s_world->setProfileCount(0);
+    measure(state, [] { return new CreateProfileDialog; });
+    state.SetLabel("the built-in profiles");
+}
+
 } // namespace
 
 // In this order: what comes first pays for what the process does once.
 BENCHMARK(firstBareDialog)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(firstMakeGCodeDialog)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(firstMakeThingDialog)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(bareDialogAgain)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(makeGCodeDialogAgain)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(bareThingDialogAgain)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Arg(0)
+    ->Arg(50)
+    ->Arg(100)
+    ->Arg(1000);
+BENCHMARK(makeThingDialogAgain)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Arg(0)
+    ->Arg(50)
+    ->Arg(100)
+    ->Arg(1000);
+BENCHMARK(createProfileDialog)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv)
 {
     QApplication application(argc, argv);
     World world;
     s_world = &world;
-    return runWithBaselines(
-        argc, argv,
-        {{"firstMakeGCodeDialog", "firstBareDialog"}, {"makeGCodeDialogAgain", "bareDialogAgain"}});
+    std::map<std::string, std::string> baselines = {{"firstMakeGCodeDialog", "firstBareDialog"},
+                                                    {"makeGCodeDialogAgain", "bareDialogAgain"}};
+    for (const char* profiles : {"/0", "/50", "/100", "/1000"})
+        baselines[std::string("makeThingDialogAgain") + profiles] =
+            std::string("bareThingDialogAgain") + profiles;
+    return runWithBaselines(argc, argv, baselines);
 }
