@@ -67,6 +67,7 @@ private:
     void restoreSettings();
     QString numbersContext() const;
 
+    void updateMainButton();
     void tellMachine();
     void selectMaterials();
     void updateMaterials();

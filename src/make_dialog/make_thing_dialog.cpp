@@ -96,6 +96,8 @@ void MakeThingDialog::connectSignals()
     connect(form.numbers, &BuiltInProfileWidget::overridednessChanged, form.extruders,
             &ExtruderSettingsWidget::overridednessChanged);
 
+    connect(extruders, &ExtruderSettingsWidget::resetIsSliced, form.preview,
+            &PreviewRow::clearNotice);
     connect(form.preview, &PreviewRow::cancelClicked, this, &MakeThingDialog::cancelPreview);
     connect(this, &QDialog::finished, &d->slice, &PreviewSlice::cancel);
     connect(&d->slice, &PreviewSlice::progressed, this, &MakeThingDialog::showPreviewProgress);
@@ -217,15 +219,20 @@ void MakeThingDialog::sanitize()
         MakeDialog::sanitize();
         tellMachine();
         updateCustomProfileHelpText();
-        const bool usable = d->form.profiles->isCurrentEnabled();
-        d->form.show({d->form.advancedHeader->isChecked(), profile().isOnDisk(),
-                      usable && d->profileError.isEmpty()});
+        const bool custom = profile().isOnDisk();
+        d->form.show({d->form.advancedHeader->isChecked(), custom,
+                      d->form.profiles->isCurrentEnabled() && d->profileIsReadable});
+        d->form.extruders->setRaftAndSupportsEnabled(!custom);
         layOutAround(d->form.numbers->parentWidget());
-        d->form.extruders->setRaftAndSupportsEnabled(!profile().isOnDisk());
-        mainButton().setEnabled(usable && !d->slice.isRunning());
+        updateMainButton();
     } catch (const std::exception& error) {
         TROVEK_LOG(0) << error.what() << std::endl;
     }
+}
+
+void MakeThingDialog::updateMainButton()
+{
+    mainButton().setEnabled(d->form.profiles->isCurrentEnabled() && !d->slice.isRunning());
 }
 
 // Whoever edited a profile comes back to the dialog.

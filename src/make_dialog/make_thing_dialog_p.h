@@ -39,8 +39,8 @@ public:
     /** As the numbers know them; of the right or only extruder, and of the left. */
     Orvane::Material rightMaterial = Orvane::UnknownMaterial;
     Orvane::Material leftMaterial = Orvane::UnknownMaterial;
-    /** Why the selected profile cannot be read; empty when it can. */
-    QString profileError;
+    /** True for the presets. */
+    bool profileIsReadable = true;
     /** The program changes the boxes, not the user. */
     bool filling = false;
 

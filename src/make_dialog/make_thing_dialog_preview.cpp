@@ -8,7 +8,6 @@
 #include "trovek-ui/machine_combo_box.h"
 #include "trovek-ui/messages.h"
 #include "trovek-ui/pathscope_dialog.h"
-#include "trovek-ui/profile_combo_box.h"
 #include "trovek-ui/trovekqt.h"
 
 #include <trovek/log.h>
@@ -81,7 +80,7 @@ void MakeThingDialog::endPreviewProgress(const QString& notice)
 {
     d->form.preview->showQuestion(notice);
     formLayout().parentWidget()->setEnabled(true);
-    mainButton().setEnabled(d->form.profiles->isCurrentEnabled());
+    updateMainButton();
     mainButton().setFocus();
 }
 

@@ -106,26 +106,28 @@ void MakeThingDialog::profileSelected(Profile* profile)
 
 void MakeThingDialog::updateCustomProfileHelpText()
 {
-    d->profileError.clear();
+    d->profileIsReadable = true;
     if (!profile().isOnDisk())
         return;
     QLabel& help = *d->form.profileHelp;
     try {
         readAll(profile());
     } catch (const std::exception& error) {
-        d->profileError = tr("Invalid profile: %1").arg(toQString(error.what()).toHtmlEscaped());
-        help.setText(tr("This custom slicer profile has an error:<br/><br/>") + d->profileError);
+        d->profileIsReadable = false;
+        help.setText(tr("This custom slicer profile has an error:<br/><br/>Invalid profile: %1")
+                         .arg(toQString(error.what()).toHtmlEscaped()));
         return;
     }
     if (!isProfileCompatibleWithMachine()) {
         help.setText(tr("This custom slicer profile is not valid for<br/>the selected bot."));
         return;
     }
-    help.setText(tr("<p>You are using a custom profile.</p><p>Clicking 'Edit Profile' below will "
-                    "open this profile's<br/>configuration file in your text editor.</p><p>") +
-                 QStringLiteral("<a href=\"" TROVEK_PROFILE_DOCUMENTATION_URL "\">") +
-                 tr("See documentation for custom Orvane Slicer profiles.") +
-                 QStringLiteral("</a></p>"));
+    help.setText(
+        tr("<p>You are using a custom profile.</p>"
+           "<p>Clicking 'Edit Profile' below will open this profile's<br/>"
+           "configuration file in your text editor.</p>"
+           "<p><a href=\"%1\">See documentation for custom Orvane Slicer profiles.</a></p>")
+            .arg(QStringLiteral(TROVEK_PROFILE_DOCUMENTATION_URL)));
 }
 
 bool MakeThingDialog::isProfileCompatibleWithMachine() const

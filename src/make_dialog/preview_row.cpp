@@ -74,10 +74,10 @@ void PreviewRow::setWanted(bool wanted)
 
 void PreviewRow::showProgress(const QString& stage, int percent)
 {
-    m_stageText = stage.isEmpty() ? tr("Slicing") : stage;
+    m_stageText = stage.isEmpty() ? tr("Slicing") : stage.simplified();
     m_stage->setToolTip(Qt::convertFromPlainText(m_stageText));
     m_progress->setValue(qBound(0, percent, 100));
-    m_notice->hide();
+    clearNotice();
     if (m_pages->currentIndex() != ProgressPage) {
         m_pages->setCurrentIndex(ProgressPage);
         m_cancel->setFocus();
@@ -90,6 +90,11 @@ void PreviewRow::showQuestion(const QString& notice)
     m_notice->setText(notice);
     m_notice->setVisible(!notice.isEmpty());
     m_pages->setCurrentIndex(QuestionPage);
+}
+
+void PreviewRow::clearNotice()
+{
+    m_notice->hide();
 }
 
 void PreviewRow::resizeEvent(QResizeEvent* event)

@@ -28,6 +28,7 @@ public:
     void showProgress(const QString& stage, int percent);
     /** @param notice what went wrong with the last preview; empty for nothing */
     void showQuestion(const QString& notice = QString());
+    void clearNotice();
 
 signals:
     void cancelClicked();
