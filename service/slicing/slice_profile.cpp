@@ -31,7 +31,13 @@ std::string readFile(const std::string& folder, const char* name)
         throw std::runtime_error(std::string(name) + ": " + toStdString(file->errorString()));
     if (bytes.size() > kLargestFile)
         throw std::runtime_error(std::string(name) + ": is larger than 1 MiB");
-    return bytes.startsWith(kByteOrderMark) ? bytes.mid(3).toStdString() : bytes.toStdString();
+    return bytes.toStdString();
+}
+
+std::string withoutMark(const std::string& text)
+{
+    const std::string_view mark = kByteOrderMark;
+    return text.compare(0, mark.size(), mark) == 0 ? text.substr(mark.size()) : text;
 }
 
 /** JSON has none, but editors and users put them there; what they leave is blank. */
@@ -70,14 +76,19 @@ SliceProfile loadSliceProfile(const std::string& folder)
     if (!QDir::isAbsolutePath(toQString(folder)))
         throw std::runtime_error("The profile's folder is not an absolute path");
     SliceProfile profile;
+    profile.config = parseStrandelConfig(readFile(folder, kSettingsFile));
+    profile.startCode = withoutMark(readFile(folder, "start.gcode"));
+    profile.endCode = withoutMark(readFile(folder, "end.gcode"));
+    return profile;
+}
+
+StrandelConfig parseStrandelConfig(const std::string& text)
+{
     Json::Value document;
     std::string error;
-    if (!rpcwire::parseJson(withoutComments(readFile(folder, kSettingsFile)), &document, &error))
+    if (!rpcwire::parseJson(withoutComments(withoutMark(text)), &document, &error))
         throw std::runtime_error(std::string(kSettingsFile) + ": is not valid JSON: " + error);
-    profile.config = readStrandelConfig(document);
-    profile.startCode = readFile(folder, "start.gcode");
-    profile.endCode = readFile(folder, "end.gcode");
-    return profile;
+    return readStrandelConfig(document);
 }
 
 } // namespace trovek::service

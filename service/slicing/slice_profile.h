@@ -22,4 +22,11 @@ struct SliceProfile
  */
 SliceProfile loadSliceProfile(const std::string& folder);
 
+/**
+ * The settings in the text of a "strandel.json", as users leave it: comments and a byte order mark
+ * are passed over.
+ * @throws std::runtime_error for a user, "strandel.json: " and what is wrong with it
+ */
+StrandelConfig parseStrandelConfig(const std::string& text);
+
 } // namespace trovek::service
