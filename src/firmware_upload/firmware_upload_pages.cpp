@@ -116,6 +116,7 @@ void FirmwareUploadPages::buildChoice(QWidget* page)
     next = addButton(FirmwareUploadDialog::tr("&Next"), "next", page);
 
     auto* const form = new QFormLayout;
+    form->setObjectName(QStringLiteral("form"));
     form->addRow(FirmwareUploadDialog::tr("Bot:"), bot);
     form->addRow(FirmwareUploadDialog::tr("Current Version:"), currentVersion);
     form->addRow(FirmwareUploadDialog::tr("&Available Versions:"), versions);
