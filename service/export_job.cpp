@@ -4,6 +4,7 @@
 #include "gcode/machine_definition.h"
 #include "slicing/slice_queue.h"
 #include "slicing/slice_task.h"
+#include "write_all.h"
 
 #include <trovek/log.h>
 #include <trovek/text.h>
@@ -49,12 +50,16 @@ public:
 
     void run(BackgroundTask::Control& control)
     {
-        if (m_format)
-            writeMachineCode(control);
-        else
-            writeGCode(control);
-        if (!m_output->flush())
-            throw std::runtime_error(writeError());
+        try {
+            if (m_format)
+                writeMachineCode(control);
+            else
+                writeGCode(control);
+            if (!m_output->flush())
+                throw WriteError(*m_output);
+        } catch (const WriteError& error) {
+            throw std::runtime_error(std::string("Cannot write the output: ") + error.what());
+        }
     }
 
     void emptyOutput() { m_output->resize(0); }
@@ -100,8 +105,7 @@ private:
     {
         if (size == 0)
             return;
-        if (m_output->write(bytes, static_cast<qint64>(size)) != static_cast<qint64>(size))
-            throw std::runtime_error(writeError());
+        writeAll(*m_output, bytes, static_cast<qint64>(size));
         m_lastByte = bytes[size - 1];
     }
 
@@ -109,11 +113,6 @@ private:
     {
         const auto all = static_cast<std::uint64_t>(std::max<qint64>(1, m_request.input->size()));
         control.setProgress(static_cast<int>(std::min<std::uint64_t>(99, bytes * 100 / all)));
-    }
-
-    std::string writeError() const
-    {
-        return "Cannot write the output: " + toStdString(m_output->errorString());
     }
 
     const MachineDefinition& m_machine;

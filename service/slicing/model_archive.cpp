@@ -2,8 +2,7 @@
 
 #include "gcode/gcode_estimate.h"
 #include "slicing/zip_archive.h"
-
-#include <trovek/text.h>
+#include "write_all.h"
 
 #include <QFile>
 #include <QSet>
@@ -201,7 +200,7 @@ void copyThreeMf(QFile& input, QFile& output, const GoOn& goOn)
         copy.begin(entry);
         archive.readPacked(entry, [&](const char* bytes, qint64 size) {
             check(goOn);
-            output.write(bytes, size);
+            copy.write(bytes, size);
         });
     }
     if (shapeBytes == 0)
@@ -226,11 +225,10 @@ void copyAmf(QFile& input, QFile& output, const GoOn& goOn)
         throw std::runtime_error("it is too large");
     QFile whole(output.fileName() + QStringLiteral(".unpacked"));
     if (!whole.open(QIODevice::ReadWrite | QIODevice::Truncate))
-        throw std::runtime_error(toStdString(whole.errorString()));
+        throw WriteError(whole);
     archive.read(*found, [&](const char* bytes, qint64 size) {
         check(goOn);
-        if (whole.write(bytes, size) != size)
-            throw std::runtime_error(toStdString(whole.errorString()));
+        writeAll(whole, bytes, size);
     });
     whole.seek(0);
     keepAmf(whole, output, goOn);

@@ -2,6 +2,7 @@
 
 #include "gcode/gcode_estimate.h"
 #include "slicing/model_archive.h"
+#include "write_all.h"
 
 #include <trovek/text.h>
 
@@ -25,11 +26,6 @@ QString suffixOf(const std::string& name)
     return QFileInfo(toQString(name)).suffix().toLower();
 }
 
-[[noreturn]] void failToCopy(const QFile& output)
-{
-    throw std::runtime_error("Cannot copy the model: " + toStdString(output.errorString()));
-}
-
 void copyBytes(QFile& input, QFile& output, const std::function<bool()>& goOn)
 {
     std::vector<char> buffer(kCopyBytes);
@@ -39,8 +35,9 @@ void copyBytes(QFile& input, QFile& output, const std::function<bool()>& goOn)
         const qint64 count = input.read(buffer.data(), kCopyBytes);
         if (count < 0)
             throw std::runtime_error(toStdString(input.errorString()));
-        if (count == 0 || output.write(buffer.data(), count) != count)
+        if (count == 0)
             return;
+        writeAll(output, buffer.data(), count);
     }
 }
 
@@ -56,7 +53,8 @@ void makeKindPlain(QFile& output)
     // Behind the first facet's numbers stands what nobody reads.
     constexpr int kSpareByte = kHeaderBytes + kFacetBytes - 1;
 
-    output.seek(0);
+    if (!output.flush() || !output.seek(0))
+        throw WriteError(output);
     QByteArray head = output.read(kLookedAt);
     if (head.size() < kLookedAt)
         return;
@@ -67,7 +65,7 @@ void makeKindPlain(QFile& output)
         std::replace_if(
             head.begin() + kHeaderBytes, head.end(), [](char c) { return (c & 0x80) != 0; }, '?');
     output.seek(0);
-    output.write(head);
+    writeAll(output, head.constData(), head.size());
 }
 
 void copyAs(const QString& format, QFile& input, QFile& output, const std::function<bool()>& goOn)
@@ -91,10 +89,12 @@ QString formatOf(QFile& input, const std::string& name)
 }
 
 template <typename Read>
-auto reading(Read read)
+auto copying(Read read)
 {
     try {
         return read();
+    } catch (const WriteError& error) {
+        throw std::runtime_error(std::string("Cannot copy the model: ") + error.what());
     } catch (const std::runtime_error& error) {
         throw std::runtime_error(std::string("The model cannot be read: ") + error.what());
     }
@@ -116,21 +116,21 @@ QString copyModel(QFile& input, const std::string& name, const QString& folder,
 {
     if (input.size() == 0)
         throw std::runtime_error("The model is empty");
-    const QString format = reading([&] { return formatOf(input, name); });
+    const QString format = copying([&] { return formatOf(input, name); });
     if (format.isEmpty()) {
         throw std::runtime_error("Things of this kind cannot be sliced; save the model as STL, "
                                  "OBJ, 3MF or AMF");
     }
     QFile output(folder + QStringLiteral("/model.") + format);
-    if (!output.open(QIODevice::ReadWrite | QIODevice::Truncate))
-        failToCopy(output);
-    reading([&] {
+    copying([&] {
+        if (!output.open(QIODevice::ReadWrite | QIODevice::Truncate))
+            throw WriteError(output);
         if (!input.seek(0))
             throw std::runtime_error(toStdString(input.errorString()));
         copyAs(format, input, output, goOn);
+        if (!output.flush() || output.error() != QFileDevice::NoError)
+            throw WriteError(output);
     });
-    if (!output.flush() || output.error() != QFileDevice::NoError)
-        failToCopy(output);
     return output.fileName();
 }
 

@@ -1,6 +1,8 @@
 #include "slicing/zip_archive.h"
 
-#include <QIODevice>
+#include "write_all.h"
+
+#include <QFile>
 #include <QtEndian>
 
 #include <zlib.h>
@@ -149,7 +151,8 @@ ZipReader::ZipReader(QIODevice& file)
 
 QByteArray ZipReader::bytesAt(qint64 offset, qint64 size)
 {
-    if (size > std::numeric_limits<int>::max() || !m_file.seek(offset))
+    if (size > std::numeric_limits<int>::max() || offset + size > m_file.size() ||
+        !m_file.seek(offset))
         fail("it is damaged");
     QByteArray bytes = m_file.read(size);
     if (bytes.size() != size)
@@ -198,7 +201,7 @@ void ZipReader::read(const ZipEntry& entry, const ByteTaker& take)
         fail("it is damaged");
 }
 
-ZipWriter::ZipWriter(QIODevice& file)
+ZipWriter::ZipWriter(QFile& file)
     : m_file(file)
 {}
 
@@ -230,7 +233,17 @@ void ZipWriter::begin(const ZipEntry& entry)
     m_entries.back().offset = static_cast<quint32>(m_file.pos());
     QByteArray header;
     append(header, kEntrySignature);
-    m_file.write(header + factsOf(entry) + QByteArray::fromStdString(entry.name));
+    write(header + factsOf(entry) + QByteArray::fromStdString(entry.name));
+}
+
+void ZipWriter::write(const char* bytes, qint64 size)
+{
+    writeAll(m_file, bytes, size);
+}
+
+void ZipWriter::write(const QByteArray& bytes)
+{
+    write(bytes.constData(), bytes.size());
 }
 
 void ZipWriter::add(const std::string& name, const QByteArray& bytes)
@@ -241,7 +254,7 @@ void ZipWriter::add(const std::string& name, const QByteArray& bytes)
     entry.size = static_cast<quint32>(bytes.size());
     entry.packedSize = entry.size;
     begin(entry);
-    m_file.write(bytes);
+    write(bytes);
 }
 
 void ZipWriter::finish()
@@ -266,7 +279,7 @@ void ZipWriter::finish()
     append(directory, static_cast<quint32>(directorySize));
     append(directory, static_cast<quint32>(directoryOffset));
     append(directory, quint16(0));
-    m_file.write(directory);
+    write(directory);
 }
 
 } // namespace trovek::service

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+class QFile;
 class QIODevice;
 
 namespace trovek::service {
@@ -51,20 +52,23 @@ private:
     std::vector<ZipEntry> m_entries;
 };
 
-/** Writes a ZIP archive. What cannot be written shows in the device's error. */
+/** Writes a ZIP archive. Each call throws std::runtime_error when the file cannot be written. */
 class ZipWriter
 {
 public:
     /** @param file open, at its beginning; not owned */
-    explicit ZipWriter(QIODevice& file);
+    explicit ZipWriter(QFile& file);
 
-    /** Begins a file whose packed bytes the caller writes to the device next. */
+    /** Begins a file whose packed bytes come next. */
     void begin(const ZipEntry& entry);
+    void write(const char* bytes, qint64 size);
     void add(const std::string& name, const QByteArray& bytes);
     void finish();
 
 private:
-    QIODevice& m_file;
+    void write(const QByteArray& bytes);
+
+    QFile& m_file;
     std::vector<ZipEntry> m_entries;
 };
 
