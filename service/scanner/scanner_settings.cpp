@@ -22,8 +22,10 @@ public:
         , m_path(std::move(path))
     {
         if (!object.isObject())
-            throw std::runtime_error("Scanner settings: " +
-                                     (m_path.empty() ? "not an object" : m_path + " is no object"));
+            throw std::runtime_error(
+                "Scanner settings: " +
+                (m_path.empty() ? std::string("not an object")
+                                : m_path.substr(0, m_path.size() - 1) + " is not an object"));
         for (const std::string& name : object.getMemberNames())
             m_unknown[name] = true;
     }
