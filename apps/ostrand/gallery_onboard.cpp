@@ -1,9 +1,9 @@
 #include "gallery_onboard.h"
 
 #include "host.h"
+#include "machine_windows.h"
 #include "main_window.h"
 #include "onboard_scenes.h"
-#include "onboard_windows.h"
 #include "robot.h"
 
 #include <trovek-ui/eeprom_grama.h>
@@ -34,11 +34,11 @@ void photographOnboardPreferences(Host& host, Robot& robot,
         throw std::runtime_error("There is no machine");
     trovek::Printer* const machine = *first;
     const QString key = trovek::toQString(machine->key().name());
-    OnboardWindows& windows = host.window().preferences();
-    robot.click([&] { windows.open(key); });
-    if (!windows.window(key))
+    MachineWindows& windows = host.window().machineWindows();
+    robot.click([&] { windows.openPreferences(key); });
+    if (!windows.preferences(key))
         throw std::runtime_error("The onboard preferences did not open");
-    QDialog& window = *windows.window(key);
+    QDialog& window = *windows.preferences(key);
     trovek::EepromGrama& form = onboard::formOf(window);
     const auto click = [&window](const char* name) {
         window.findChild<QAbstractButton*>(QLatin1String(name))->click();

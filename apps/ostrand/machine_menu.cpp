@@ -28,6 +28,28 @@ QString MachineMenu::preferencesActionName(const QString& machine)
     return QStringLiteral("onboardPreferences:") + machine;
 }
 
+QString MachineMenu::directControlsActionName(const QString& machine)
+{
+    return QStringLiteral("directControls:") + machine;
+}
+
+QString MachineMenu::firmwareActionName(const QString& machine)
+{
+    return QStringLiteral("uploadFirmware:") + machine;
+}
+
+void MachineMenu::addTool(QMenu* menu, const QString& text, const QString& statusTip,
+                          const QString& objectName, const QString& machine, Request request)
+{
+    QAction* tool = menu->addAction(text);
+    tool->setObjectName(objectName);
+    tool->setStatusTip(statusTip);
+    // Queued: while the machine is asked this menu may be filled anew.
+    connect(
+        tool, &QAction::triggered, this,
+        [this, machine, request] { emit(this->*request)(machine); }, Qt::QueuedConnection);
+}
+
 void MachineMenu::fill()
 {
     std::list<trovek::Printer*> machines = m_facade.printers();
@@ -44,19 +66,25 @@ void MachineMenu::fill()
     for (QMenu* menu : findChildren<QMenu*>(QString(), Qt::FindDirectChildrenOnly))
         menu->deleteLater();
     clear();
+    QAction* panel = addAction(tr("&Control Panel..."));
+    panel->setObjectName(QStringLiteral("controlPanelAction"));
+    panel->setStatusTip(tr("Connect and disconnect machines, and open their tools"));
+    connect(panel, &QAction::triggered, this, &MachineMenu::controlPanelRequested,
+            Qt::QueuedConnection);
+    addSeparator();
     for (const trovek::Printer* machine : machines) {
         QString name = trovek::toQString(machine->displayName());
         QMenu* menu = addMenu(name.replace(QLatin1Char('&'), QLatin1String("&&")));
-        QAction* preferences = menu->addAction(tr("&Onboard Preferences..."));
         const QString key = trovek::toQString(machine->key().name());
-        preferences->setObjectName(preferencesActionName(key));
-        preferences->setStatusTip(tr("Change the settings in this machine's own memory"));
-        // Queued: while the machine is read this menu may be filled anew.
-        connect(
-            preferences, &QAction::triggered, this, [this, key] { emit preferencesRequested(key); },
-            Qt::QueuedConnection);
+        addTool(menu, tr("&Direct Controls..."), tr("Home, heat and feed this machine by hand"),
+                directControlsActionName(key), key, &MachineMenu::directControlsRequested);
+        addTool(menu, tr("&Onboard Preferences..."),
+                tr("Change the settings in this machine's own memory"), preferencesActionName(key),
+                key, &MachineMenu::preferencesRequested);
+        addTool(menu, tr("&Upload Firmware..."), tr("Give this machine another firmware"),
+                firmwareActionName(key), key, &MachineMenu::firmwareUploadRequested);
     }
-    if (isEmpty())
+    if (machines.empty())
         addAction(tr("No machine is connected"))->setEnabled(false);
 }
 

@@ -1,9 +1,11 @@
 #include "gallery.h"
 #include "host.h"
+#include "machine_windows.h"
 #include "main_window.h"
 #include "options.h"
 #include "tour.h"
 
+#include <trovek-ui/old_firmware_check.h>
 #include <trovek-ui/profile_list_model.h>
 
 #include <trovek/log.h>
@@ -78,6 +80,8 @@ int run(QApplication& application, const Options& options)
     MainWindow& window = host.window();
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &window,
                      &MainWindow::endSession, Qt::DirectConnection);
+    trovek::enableOldFirmwareCheck(host.facade(), &window.machineWindows().factory(),
+                                   &host.settings());
     window.show();
     QTimer::singleShot(0, &window, [&] {
         host.link().connectNow();

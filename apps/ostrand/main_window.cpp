@@ -6,9 +6,9 @@
 #include "job_list_model.h"
 #include "link_indicator.h"
 #include "log_view.h"
+#include "machine_windows.h"
 #include "model_extruders.h"
 #include "notice_bar.h"
-#include "onboard_windows.h"
 #include "recent_files.h"
 
 #include <trovek-ui/make_gcode_dialog.h>
@@ -106,8 +106,8 @@ MainWindow::MainWindow(const Surroundings& surroundings, QWidget* parent)
     , m_notice(new NoticeBar(this))
     , m_jobs(new JobListModel(surroundings.facade, this))
     , m_recentFiles(new RecentFiles(surroundings.settings, this))
-    , m_preferences(
-          std::make_unique<OnboardWindows>(surroundings.facade, surroundings.settings, this))
+    , m_machineWindows(
+          std::make_unique<MachineWindows>(surroundings.facade, surroundings.settings, this))
     , m_logView(new LogView(surroundings.log, surroundings.settings))
 {
     setObjectName(QStringLiteral("mainWindow"));
@@ -337,7 +337,7 @@ bool MainWindow::mayClose()
         return false;
     const QScopedValueRollback<bool> asking(m_asking, true);
     try {
-        if (!m_preferences->closeAll())
+        if (!m_machineWindows->closeAll())
             return false;
         if (!m_exports.unfinished().isEmpty() && message::UnfinishedExportJobs(this).exec() !=
                                                      message::UnfinishedExportJobs::CloseOstrand)

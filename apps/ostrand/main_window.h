@@ -30,7 +30,7 @@ class JobsView;
 class LogModel;
 class LogView;
 class NoticeBar;
-class OnboardWindows;
+class MachineWindows;
 class RecentFiles;
 
 /** What the window works with; everything is owned elsewhere and outlives it. */
@@ -56,7 +56,7 @@ public:
     QString file() const;
     JobListModel& jobs() { return *m_jobs; }
     NoticeBar& notice() { return *m_notice; }
-    OnboardWindows& preferences() { return *m_preferences; }
+    MachineWindows& machineWindows() { return *m_machineWindows; }
     /** The open make dialog, or null. */
     QDialog* makeDialog() const { return m_makeDialog; }
     /** Of the open G-code file; null for any other. */
@@ -108,7 +108,7 @@ private:
     NoticeBar* const m_notice;
     JobListModel* const m_jobs;
     RecentFiles* const m_recentFiles;
-    const std::unique_ptr<OnboardWindows> m_preferences;
+    const std::unique_ptr<MachineWindows> m_machineWindows;
     QDockWidget* m_jobsDock = nullptr;
     QDockWidget* m_logDock = nullptr;
     LogView* m_logView = nullptr;

@@ -7,8 +7,8 @@
 #include "jobs_view.h"
 #include "log_view.h"
 #include "machine_menu.h"
+#include "machine_windows.h"
 #include "notice_bar.h"
-#include "onboard_windows.h"
 #include "recent_files.h"
 #include "simulate_menu.h"
 
@@ -78,8 +78,14 @@ void MainWindow::makeMenus()
     menuBar()->addMenu(tr("&Make"))->addAction(m_make);
     auto* machines = new MachineMenu(m_facade, this);
     menuBar()->addMenu(machines);
+    connect(machines, &MachineMenu::controlPanelRequested, this,
+            [this] { m_machineWindows->openControlPanel(); });
     connect(machines, &MachineMenu::preferencesRequested, this,
-            [this](const QString& machine) { m_preferences->open(machine); });
+            [this](const QString& machine) { m_machineWindows->openPreferences(machine); });
+    connect(machines, &MachineMenu::directControlsRequested, this,
+            [this](const QString& machine) { m_machineWindows->openDirectControls(machine); });
+    connect(machines, &MachineMenu::firmwareUploadRequested, this,
+            [this](const QString& machine) { m_machineWindows->openFirmwareUpload(machine); });
     QMenu* services = menuBar()->addMenu(tr("Se&rvices"));
     services->addActions({m_restart, m_reconnect});
     auto* simulate = new SimulateMenu(m_facade, this);

@@ -6,6 +6,7 @@
 #include "main_window.h"
 #include "model_page.h"
 #include "toolpath_steps.h"
+#include "tour_machines.h"
 #include "tour_model.h"
 #include "tour_onboard.h"
 
@@ -98,6 +99,7 @@ int Tour::run()
             exportAs(path, QStringLiteral("gcode"), QStringLiteral("GCode"));
         }
         OnboardTour(m_host, m_pictures, m_robot, [this](const QString& line) { say(line); }).run();
+        MachineTour(m_host, m_pictures, m_robot, [this](const QString& line) { say(line); }).run();
         m_pictures.writeContactSheet(QStringLiteral("Ostrand"));
         say(QStringLiteral("All is well; the pictures are in %1").arg(m_pictures.dir().path()));
         return 0;

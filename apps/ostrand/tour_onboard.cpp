@@ -2,9 +2,9 @@
 
 #include "host.h"
 #include "machine_menu.h"
+#include "machine_windows.h"
 #include "main_window.h"
 #include "onboard_scenes.h"
-#include "onboard_windows.h"
 #include "pictures.h"
 #include "robot.h"
 
@@ -90,7 +90,7 @@ trovek::ui::OnboardPreferences& OnboardTour::open()
                     QStringLiteral("the machine in the menu"));
     window.findChild<QAction*>(name)->trigger();
     const auto opened = [&] {
-        return window.preferences().window(m_machine);
+        return window.machineWindows().preferences(m_machine);
     };
     m_robot.waitFor([&] { return opened() != nullptr; }, QStringLiteral("the preferences"));
     return *opened();
@@ -98,9 +98,10 @@ trovek::ui::OnboardPreferences& OnboardTour::open()
 
 void OnboardTour::close()
 {
-    trovek::ui::OnboardPreferences& window = *m_host.window().preferences().window(m_machine);
+    trovek::ui::OnboardPreferences& window =
+        *m_host.window().machineWindows().preferences(m_machine);
     m_robot.click([&window] { button(window, "cancelButton").click(); });
-    m_robot.waitFor([this] { return !m_host.window().preferences().window(m_machine); },
+    m_robot.waitFor([this] { return !m_host.window().machineWindows().preferences(m_machine); },
                     QStringLiteral("the end of the preferences"));
 }
 

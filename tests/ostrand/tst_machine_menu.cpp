@@ -40,7 +40,9 @@ struct World
     }
 };
 
-const QStringList kNone = {QStringLiteral("No machine is connected")};
+/** Above the machines. */
+const QStringList kPanel = {QStringLiteral("&Control Panel..."), QString()};
+const QStringList kNone = kPanel + QStringList{QStringLiteral("No machine is connected")};
 
 } // namespace
 
@@ -61,7 +63,7 @@ void tst_MachineMenu::saysThatThereIsNoMachine()
     TestLog log;
     World world;
     QCOMPARE(world.texts(), kNone);
-    QVERIFY(!world.menu.actions().first()->isEnabled());
+    QVERIFY(!world.menu.actions().last()->isEnabled());
     QCOMPARE(world.menu.title(), QStringLiteral("M&achine"));
 }
 
@@ -73,11 +75,16 @@ void tst_MachineMenu::listsTheMachinesThatCanPrint()
     world.service.addPrinter(ScriptedService::archetype(Printer::Fabrino2X));
     world.service.addPrinter(machine("2", "R&D"));
     world.facade.connectToDaemon(world.service.address());
-    QTRY_COMPARE(world.texts(), QStringList({QStringLiteral("Left"), QStringLiteral("R&&D")}));
-    const QMenu* const sub = world.menu.actions().first()->menu();
-    QCOMPARE(sub->actions().size(), 1);
-    QCOMPARE(sub->actions().first()->text(), QStringLiteral("&Onboard Preferences..."));
-    QCOMPARE(sub->actions().first()->statusTip(),
+    QTRY_COMPARE(world.texts(),
+                 kPanel + QStringList({QStringLiteral("Left"), QStringLiteral("R&&D")}));
+    const QMenu* const sub = world.menu.actions().at(2)->menu();
+    QStringList tools;
+    for (const QAction* action : sub->actions())
+        tools.append(action->text());
+    QCOMPARE(tools, QStringList({QStringLiteral("&Direct Controls..."),
+                                 QStringLiteral("&Onboard Preferences..."),
+                                 QStringLiteral("&Upload Firmware...")}));
+    QCOMPARE(sub->actions().at(1)->statusTip(),
              QStringLiteral("Change the settings in this machine's own memory"));
 }
 
@@ -101,13 +108,13 @@ void tst_MachineMenu::followsTheMachines()
     World world;
     world.service.addPrinter(machine("1", "Left"));
     world.facade.connectToDaemon(world.service.address());
-    QTRY_COMPARE(world.texts(), QStringList({QStringLiteral("Left")}));
+    QTRY_COMPARE(world.texts(), kPanel + QStringList({QStringLiteral("Left")}));
     world.service.changePrinter(machine("1", "Renamed"));
-    QTRY_COMPARE(world.texts(), QStringList({QStringLiteral("Renamed")}));
+    QTRY_COMPARE(world.texts(), kPanel + QStringList({QStringLiteral("Renamed")}));
     world.service.removePrinter("1");
     QTRY_COMPARE(world.texts(), kNone);
     world.service.addPrinter(machine("1", "Left"));
-    QTRY_COMPARE(world.texts(), QStringList({QStringLiteral("Left")}));
+    QTRY_COMPARE(world.texts(), kPanel + QStringList({QStringLiteral("Left")}));
     world.service.stop();
     QTRY_COMPARE(world.texts(), kNone);
 }

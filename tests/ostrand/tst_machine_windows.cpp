@@ -2,7 +2,7 @@
 #include "support/scripted_service.h"
 #include "support/test_log.h"
 
-#include "apps/ostrand/onboard_windows.h"
+#include "apps/ostrand/machine_windows.h"
 
 #include <trovek-ui/json_widgets.h>
 #include <trovek-ui/onboard_preferences.h>
@@ -30,7 +30,7 @@ struct World
     QSettings settings{folder.filePath(QStringLiteral("host.ini")), QSettings::IniFormat};
     TrovekQt facade;
     QWidget parent;
-    OnboardWindows windows{facade, settings, &parent};
+    MachineWindows windows{facade, settings, &parent};
 
     World()
     {
@@ -50,13 +50,13 @@ struct World
 
     void change(const QString& machine) const
     {
-        windows.window(machine)->findChild<JsonSpinBox*>()->setValue(5);
+        windows.preferences(machine)->findChild<JsonSpinBox*>()->setValue(5);
     }
 };
 
 } // namespace
 
-class tst_OnboardWindows : public QObject
+class tst_MachineWindows : public QObject
 {
     Q_OBJECT
 
@@ -69,38 +69,38 @@ private slots:
     void keepsThePlaceInTheSettings();
 };
 
-void tst_OnboardWindows::opensOneWindowAMachine()
+void tst_MachineWindows::opensOneWindowAMachine()
 {
     TestLog log;
     World world;
-    world.windows.open(kLeft);
-    QPointer<ui::OnboardPreferences> left = world.windows.window(kLeft);
+    world.windows.openPreferences(kLeft);
+    QPointer<ui::OnboardPreferences> left = world.windows.preferences(kLeft);
     QVERIFY(left && left->isVisible());
     QCOMPARE(left->parentWidget(), &world.parent);
-    world.windows.open(kRight);
-    QVERIFY(world.windows.window(kRight) != left);
-    world.windows.open(kLeft);
-    QCOMPARE(world.windows.window(kLeft), left.data());
+    world.windows.openPreferences(kRight);
+    QVERIFY(world.windows.preferences(kRight) != left);
+    world.windows.openPreferences(kLeft);
+    QCOMPARE(world.windows.preferences(kLeft), left.data());
     QCOMPARE(int(world.service.requests("read_eeprom").size()), 2);
     QTRY_VERIFY(left->isActiveWindow());
 }
 
-void tst_OnboardWindows::opensAClosedOneAnew()
+void tst_MachineWindows::opensAClosedOneAnew()
 {
     TestLog log;
     World world;
-    world.windows.open(kLeft);
-    world.windows.window(kLeft)->close();
-    QVERIFY(!world.windows.window(kLeft));
+    world.windows.openPreferences(kLeft);
+    world.windows.preferences(kLeft)->close();
+    QVERIFY(!world.windows.preferences(kLeft));
     // Before the closed one is deleted, too.
-    world.windows.open(kLeft);
-    QVERIFY(world.windows.window(kLeft));
+    world.windows.openPreferences(kLeft);
+    QVERIFY(world.windows.preferences(kLeft));
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QVERIFY(world.windows.window(kLeft));
+    QVERIFY(world.windows.preferences(kLeft));
     QCOMPARE(world.parent.findChildren<ui::OnboardPreferences*>().size(), 1);
 }
 
-void tst_OnboardWindows::opensNothingForAMachineThatHasGone()
+void tst_MachineWindows::opensNothingForAMachineThatHasGone()
 {
     TestLog log;
     log.expectError("Null machine");
@@ -108,48 +108,48 @@ void tst_OnboardWindows::opensNothingForAMachineThatHasGone()
     ModalDriver driver;
     driver.expectMessage({QStringLiteral("Error displaying onboard preferences"),
                           QStringLiteral("Printer is not connected.")});
-    world.windows.open(QStringLiteral("gone"));
-    QVERIFY(!world.windows.window(QStringLiteral("gone")));
+    world.windows.openPreferences(QStringLiteral("gone"));
+    QVERIFY(!world.windows.preferences(QStringLiteral("gone")));
 }
 
-void tst_OnboardWindows::closesAllThatAreUnchanged()
+void tst_MachineWindows::closesAllThatAreUnchanged()
 {
     TestLog log;
     World world;
     QVERIFY(world.windows.closeAll());
-    world.windows.open(kLeft);
-    world.windows.open(kRight);
+    world.windows.openPreferences(kLeft);
+    world.windows.openPreferences(kRight);
     QVERIFY(world.windows.closeAll());
-    QVERIFY(!world.windows.window(kLeft));
-    QVERIFY(!world.windows.window(kRight));
+    QVERIFY(!world.windows.preferences(kLeft));
+    QVERIFY(!world.windows.preferences(kRight));
 }
 
-void tst_OnboardWindows::keepsAWindowWhoseChangesAreWanted()
+void tst_MachineWindows::keepsAWindowWhoseChangesAreWanted()
 {
     TestLog log;
     World world;
-    world.windows.open(kLeft);
-    world.windows.open(kRight);
+    world.windows.openPreferences(kLeft);
+    world.windows.openPreferences(kRight);
     world.change(kRight);
     ModalDriver driver;
     driver.expect([](QDialog* box) { pressButton(box, QStringLiteral("&Cancel")); });
     QVERIFY(!world.windows.closeAll());
-    QVERIFY(world.windows.window(kRight));
+    QVERIFY(world.windows.preferences(kRight));
     driver.expect([](QDialog* box) { pressButton(box, QStringLiteral("Close &without Saving")); });
     QVERIFY(world.windows.closeAll());
-    QVERIFY(!world.windows.window(kRight));
+    QVERIFY(!world.windows.preferences(kRight));
 }
 
-void tst_OnboardWindows::keepsThePlaceInTheSettings()
+void tst_MachineWindows::keepsThePlaceInTheSettings()
 {
     TestLog log;
     World world;
-    world.windows.open(kLeft);
-    world.windows.window(kLeft)->resize(905, 605);
+    world.windows.openPreferences(kLeft);
+    world.windows.preferences(kLeft)->resize(905, 605);
     QVERIFY(world.windows.closeAll());
-    world.windows.open(kLeft);
-    QCOMPARE(world.windows.window(kLeft)->size(), QSize(905, 605));
+    world.windows.openPreferences(kLeft);
+    QCOMPARE(world.windows.preferences(kLeft)->size(), QSize(905, 605));
 }
 
-QTEST_MAIN(tst_OnboardWindows)
-#include "tst_onboard_windows.moc"
+QTEST_MAIN(tst_MachineWindows)
+#include "tst_machine_windows.moc"
