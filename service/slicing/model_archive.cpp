@@ -19,10 +19,14 @@ namespace {
 
 constexpr qint64 kMostSettingsBytes = 64 << 20;
 constexpr qint64 kMostShapeBytes = qint64(2) << 30;
+constexpr qint64 kMostPaintedBytes = qint64(1) << 29;
 constexpr int kFirstBytes = 1024;
 
 constexpr char kShapes[] = "3d/";
 constexpr char kShapeSuffix[] = ".model";
+/** A triangle's attribute, and one of the same length that means nothing. */
+constexpr char kPaint[] = "mmu_segmentation";
+constexpr char kNoPaint[] = "not_segmentation";
 constexpr char kAmfSuffix[] = ".amf";
 constexpr char kPartSettings[] = "metadata/slic3r_pe_model.config";
 constexpr const char* kPackage[] = {"[content_types].xml", "_rels/.rels"};
@@ -46,9 +50,9 @@ bool isShape(const QByteArray& name)
     return name.startsWith(kShapes) && name.endsWith(kShapeSuffix);
 }
 
-QByteArray unpacked(ZipReader& archive, const ZipEntry& entry)
+QByteArray unpacked(ZipReader& archive, const ZipEntry& entry, qint64 most)
 {
-    if (entry.size > kMostSettingsBytes)
+    if (entry.size > most)
         throw std::runtime_error("it is too large");
     QByteArray bytes;
     archive.read(entry, [&](const char* piece, qint64 size) {
@@ -110,19 +114,35 @@ private:
     QXmlStreamWriter& m_writer;
 };
 
-QByteArray keptPartSettings(const QByteArray& settings, const GoOn& goOn)
+/** Whether tools are painted on the shape. */
+bool isPainted(ZipReader& archive, const ZipEntry& entry, const GoOn& goOn)
+{
+    bool isFound = false;
+    // A name may be cut in two by the pieces.
+    QByteArray text;
+    archive.read(entry, [&](const char* bytes, qint64 size) {
+        check(goOn);
+        text = text.right(static_cast<int>(sizeof kPaint)) +
+               QByteArray::fromRawData(bytes, static_cast<int>(size));
+        isFound = isFound || text.contains(kPaint);
+    });
+    return isFound;
+}
+
+QByteArray keptPartSettings(const QByteArray& settings, PartTools tools, const GoOn& goOn)
 {
     static const QSet<QString> elements{QStringLiteral("config"), QStringLiteral("object"),
                                         QStringLiteral("volume")};
-    static const QSet<QString> keys{QStringLiteral("name"), QStringLiteral("extruder"),
-                                    QStringLiteral("modifier"), QStringLiteral("volume_type"),
-                                    QStringLiteral("matrix")};
+    QSet<QString> keys{QStringLiteral("name"), QStringLiteral("modifier"),
+                       QStringLiteral("volume_type"), QStringLiteral("matrix")};
+    if (tools == PartTools::Kept)
+        keys.insert(QStringLiteral("extruder"));
     QByteArray kept;
     QXmlStreamReader reader(settings);
     QXmlStreamWriter writer(&kept);
     XmlFilter(reader, writer)
         .run(
-            [](const QStringRef& name, const QXmlStreamAttributes& attributes) {
+            [&keys](const QStringRef& name, const QXmlStreamAttributes& attributes) {
                 if (name == QLatin1String("metadata"))
                     return keys.contains(attributes.value(QLatin1String("key")).toString());
                 return elements.contains(name.toString());
@@ -131,16 +151,17 @@ QByteArray keptPartSettings(const QByteArray& settings, const GoOn& goOn)
     return kept;
 }
 
-void keepAmf(QIODevice& input, QIODevice& output, const GoOn& goOn)
+void keepAmf(QIODevice& input, QIODevice& output, PartTools tools, const GoOn& goOn)
 {
-    static const QSet<QString> types{
+    QSet<QString> types{
         QStringLiteral("name"),
         QStringLiteral("slic3rpe_amf_version"),
-        QStringLiteral("slic3r.extruder"),
         QStringLiteral("slic3r.modifier"),
         QStringLiteral("slic3r.volume_type"),
         QStringLiteral("slic3r.matrix"),
     };
+    if (tools == PartTools::Kept)
+        types.insert(QStringLiteral("slic3r.extruder"));
     static const QSet<QString> elements = [] {
         QSet<QString> names;
         for (
@@ -158,7 +179,7 @@ void keepAmf(QIODevice& input, QIODevice& output, const GoOn& goOn)
     QXmlStreamWriter writer(&output);
     XmlFilter(reader, writer)
         .run(
-            [&isAmf](const QStringRef& name, const QXmlStreamAttributes& attributes) {
+            [&](const QStringRef& name, const QXmlStreamAttributes& attributes) {
                 isAmf = isAmf || name == QLatin1String("amf");
                 if (name == QLatin1String("metadata"))
                     return types.contains(attributes.value(QLatin1String("type")).toString());
@@ -177,7 +198,7 @@ bool isZip(QFile& input)
 
 } // namespace
 
-void copyThreeMf(QFile& input, QFile& output, const GoOn& goOn)
+void copyThreeMf(QFile& input, QFile& output, PartTools tools, const GoOn& goOn)
 {
     ZipReader archive(input);
     ZipWriter copy(output);
@@ -185,7 +206,8 @@ void copyThreeMf(QFile& input, QFile& output, const GoOn& goOn)
     for (const ZipEntry& entry : archive.entries()) {
         const QByteArray name = nameOf(entry);
         if (name == kPartSettings) {
-            copy.add(entry.name, keptPartSettings(unpacked(archive, entry), goOn));
+            copy.add(entry.name,
+                     keptPartSettings(unpacked(archive, entry, kMostSettingsBytes), tools, goOn));
             continue;
         }
         const bool isPackage =
@@ -197,6 +219,11 @@ void copyThreeMf(QFile& input, QFile& output, const GoOn& goOn)
             shapeBytes += entry.size;
         if (shapeBytes > kMostShapeBytes)
             throw std::runtime_error("it is too large");
+        if (tools == PartTools::Dropped && isShape(name) && isPainted(archive, entry, goOn)) {
+            QByteArray shape = unpacked(archive, entry, kMostPaintedBytes);
+            copy.add(entry.name, shape.replace(kPaint, kNoPaint));
+            continue;
+        }
         copy.begin(entry);
         archive.readPacked(entry, [&](const char* bytes, qint64 size) {
             check(goOn);
@@ -208,10 +235,10 @@ void copyThreeMf(QFile& input, QFile& output, const GoOn& goOn)
     copy.finish();
 }
 
-void copyAmf(QFile& input, QFile& output, const GoOn& goOn)
+void copyAmf(QFile& input, QFile& output, PartTools tools, const GoOn& goOn)
 {
     if (!isZip(input)) {
-        keepAmf(input, output, goOn);
+        keepAmf(input, output, tools, goOn);
         return;
     }
     ZipReader archive(input);
@@ -231,7 +258,7 @@ void copyAmf(QFile& input, QFile& output, const GoOn& goOn)
         writeAll(whole, bytes, size);
     });
     whole.seek(0);
-    keepAmf(whole, output, goOn);
+    keepAmf(whole, output, tools, goOn);
     whole.remove();
 }
 

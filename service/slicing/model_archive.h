@@ -8,6 +8,9 @@ class QFile;
 
 namespace trovek::service {
 
+/** What becomes of the tools that a model's file names for its parts or paints on them. */
+enum class PartTools { Kept, Dropped };
+
 /**
  * Copies a 3MF with its shapes and places, and of its settings only which parts there are and which
  * tool prints them.
@@ -18,10 +21,10 @@ namespace trovek::service {
  * @throws std::runtime_error the second half of a sentence such as "it is damaged"
  * @throws GCodeCanceled
  */
-void copyThreeMf(QFile& input, QFile& output, const std::function<bool()>& goOn);
+void copyThreeMf(QFile& input, QFile& output, PartTools tools, const std::function<bool()>& goOn);
 
 /** The same of an AMF, packed or not; the copy is not. Needs room beside the output. */
-void copyAmf(QFile& input, QFile& output, const std::function<bool()>& goOn);
+void copyAmf(QFile& input, QFile& output, PartTools tools, const std::function<bool()>& goOn);
 
 /** "3mf" or "amf": what a thing is inside; empty for anything else. */
 QByteArray formatOfThing(QFile& input);

@@ -68,12 +68,13 @@ void makeKindPlain(QFile& output)
     writeAll(output, head.constData(), head.size());
 }
 
-void copyAs(const QString& format, QFile& input, QFile& output, const std::function<bool()>& goOn)
+void copyAs(const QString& format, QFile& input, QFile& output, PartTools tools,
+            const std::function<bool()>& goOn)
 {
     if (format == QLatin1String("3mf")) {
-        copyThreeMf(input, output, goOn);
+        copyThreeMf(input, output, tools, goOn);
     } else if (format == QLatin1String("amf")) {
-        copyAmf(input, output, goOn);
+        copyAmf(input, output, tools, goOn);
     } else {
         copyBytes(input, output, goOn);
         if (format == QLatin1String("stl"))
@@ -111,7 +112,7 @@ bool isModelName(const std::string& path)
     return suffixes.contains(suffixOf(path));
 }
 
-QString copyModel(QFile& input, const std::string& name, const QString& folder,
+QString copyModel(QFile& input, const std::string& name, const QString& folder, PartTools tools,
                   const std::function<bool()>& goOn)
 {
     if (input.size() == 0)
@@ -127,7 +128,7 @@ QString copyModel(QFile& input, const std::string& name, const QString& folder,
             throw WriteError(output);
         if (!input.seek(0))
             throw std::runtime_error(toStdString(input.errorString()));
-        copyAs(format, input, output, goOn);
+        copyAs(format, input, output, tools, goOn);
         if (!output.flush() || output.error() != QFileDevice::NoError)
             throw WriteError(output);
     });

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "slicing/model_archive.h"
+
 #include <QString>
 
 #include <functional>
@@ -19,12 +21,13 @@ bool isModelName(const std::string& path);
  * places and each part's tool are taken over: how it is printed is the request's business.
  * @param input  open; read from its beginning
  * @param name   decides by its suffix, what a thing holds by its contents
+ * @param tools  whether parts keep them, in a format that has them
  * @param goOn   asked often; false ends it
  * @return the copy's path, with the suffix of its format
  * @throws std::runtime_error for a user: an empty file, another format, a full disk
  * @throws GCodeCanceled
  */
-QString copyModel(QFile& input, const std::string& name, const QString& folder,
+QString copyModel(QFile& input, const std::string& name, const QString& folder, PartTools tools,
                   const std::function<bool()>& goOn);
 
 } // namespace trovek::service

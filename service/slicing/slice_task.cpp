@@ -69,7 +69,9 @@ public:
         // Mistakes in a profile's code are told before minutes of slicing.
         if (m_request.addStartEndCode)
             code({mayUseTool(m_settings, 0), mayUseTool(m_settings, 1)});
-        m_modelPath = copyModel(*m_request.input, m_request.inputPath, m_folder.path(),
+        // Whoever names one extruder means all parts.
+        const PartTools tools = m_settings.modelTool < 0 ? PartTools::Kept : PartTools::Dropped;
+        m_modelPath = copyModel(*m_request.input, m_request.inputPath, m_folder.path(), tools,
                                 [&control] { return !control.isCanceled(); });
     }
 

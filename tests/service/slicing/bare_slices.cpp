@@ -1,8 +1,10 @@
 #include "service/slicing/bare_slices.h"
 
+#include <slicing/model_file.h>
 #include <slicing/prusa_options.h>
 #include <slicing/raft_tool.h>
 
+#include <QDir>
 #include <QFile>
 #include <QProcess>
 
@@ -20,6 +22,19 @@ void writeFile(const QString& path, const QByteArray& bytes)
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
         throw std::runtime_error("cannot write " + path.toStdString());
+}
+
+/** As the service hands it to the slicer. */
+QString copyOf(const BareSlice& slice, const SliceSettings& settings, const QString& folder)
+{
+    QDir().mkpath(folder);
+    const QString path = folder + QStringLiteral("/original.") + slice.suffix;
+    writeFile(path, slice.model);
+    QFile original(path);
+    if (!original.open(QIODevice::ReadOnly))
+        throw std::runtime_error("cannot read the model");
+    const PartTools tools = settings.modelTool < 0 ? PartTools::Kept : PartTools::Dropped;
+    return copyModel(original, path.toStdString(), folder, tools, [] { return true; });
 }
 
 } // namespace
@@ -90,11 +105,10 @@ QString BareSlices::outputPath(const std::string& name) const
 void BareSlices::sliceOne(const std::string& name, const BareSlice& slice)
 {
     const QString base = m_folder.filePath(QString::fromStdString(name));
-    const QString model = base + QLatin1Char('.') + slice.suffix;
     const QString options = base + QStringLiteral(".ini");
     const QString output = outputPath(name);
     const SliceSettings settings = slice.settings();
-    writeFile(model, slice.model);
+    const QString model = copyOf(slice, settings, base);
     writeFile(options,
               QByteArray::fromStdString(prusaOptions(machineOfType(slice.machineType), settings)));
 

@@ -33,6 +33,8 @@ private slots:
     void leavesSettingsOutOfA3mf_data();
     void leavesSettingsOutOfA3mf();
     void keepsThePartsOfA3mf();
+    void dropsToolsWhereAllPartsHaveOne();
+    void dropsToolsPaintedOnA3mf();
     void leavesSettingsOutOfAnAmf_data();
     void leavesSettingsOutOfAnAmf();
     void readsAPackedAmf();
@@ -52,6 +54,8 @@ const Block kBlock;
 /** Copies bytes as a file of some name. */
 struct Copy
 {
+    PartTools tools = PartTools::Kept;
+
     QString make(
         const QByteArray& bytes, const char* name,
         const std::function<bool()>& goOn = [] { return true; })
@@ -62,7 +66,7 @@ struct Copy
             throw std::runtime_error("The test cannot write its model");
         QDir(dir.path()).mkdir(QStringLiteral("copy"));
         const QString path = copyModel(input, input.fileName().toStdString(),
-                                       dir.filePath(QStringLiteral("copy")), goOn);
+                                       dir.filePath(QStringLiteral("copy")), tools, goOn);
         return path;
     }
 
@@ -277,6 +281,50 @@ void tst_ModelFile::keepsThePartsOfA3mf()
                         "</volume></object></config>\n"));
 }
 
+void tst_ModelFile::dropsToolsWhereAllPartsHaveOne()
+{
+    const QByteArray settings =
+        "<config><object id=\"1\"><metadata type=\"object\" key=\"extruder\" value=\"2\"/>"
+        "<metadata type=\"object\" key=\"name\" value=\"x\"/></object></config>";
+    const QByteArray amf = kBlock.amf("<metadata type=\"slic3r.extruder\">2</metadata>"
+                                      "<metadata type=\"name\">x</metadata>");
+    const QByteArray threeMf = kBlock.threeMf({{kPartSettings, settings}});
+    Copy kept;
+    QVERIFY(kept.bytes(amf, "a.amf").contains("extruder"));
+    QVERIFY(filesOf(kept.bytes(threeMf, "a.3mf"))[3].second.contains("extruder"));
+    Copy dropped;
+    dropped.tools = PartTools::Dropped;
+
+    QVERIFY(!dropped.bytes(amf, "a.amf").contains("extruder"));
+    QVERIFY(dropped.bytes(amf, "a.amf").contains("<metadata type=\"name\">x</metadata>"));
+    QCOMPARE(
+        filesOf(dropped.bytes(threeMf, "a.3mf"))[3].second,
+        QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\"?><config><object id=\"1\">"
+                   "<metadata type=\"object\" key=\"name\" value=\"x\"/></object></config>\n"));
+}
+
+void tst_ModelFile::dropsToolsPaintedOnA3mf()
+{
+    QByteArray shape = kBlock.modelXml();
+    shape.replace("<triangle ", "<triangle slic3rpe:mmu_segmentation=\"8\" ");
+    QVERIFY(shape.contains("mmu_segmentation"));
+    // So much before the paint that it comes in several pieces.
+    shape.replace("<mesh>", "<mesh><!--" + QByteArray(3 << 20, 'x') + "-->");
+    const QByteArray painted = zipOf({{"3D/3dmodel.model", shape}});
+
+    Copy kept;
+    QCOMPARE(filesOf(kept.bytes(painted, "a.3mf"))[0].second, shape);
+    Copy dropped;
+    dropped.tools = PartTools::Dropped;
+    const auto files = filesOf(dropped.bytes(painted, "a.3mf"));
+    QCOMPARE(files.size(), std::size_t(1));
+    QCOMPARE(files[0].first, QByteArray("3D/3dmodel.model"));
+    QCOMPARE(files[0].second.size(), shape.size());
+    QCOMPARE(files[0].second, shape.replace("mmu_seg", "not_seg"));
+    // One that is not painted stays as it is packed.
+    QCOMPARE(dropped.bytes(kBlock.threeMf(), "b.3mf"), kept.bytes(kBlock.threeMf(), "b.3mf"));
+}
+
 void tst_ModelFile::leavesSettingsOutOfAnAmf_data()
 {
     QTest::addColumn<QByteArray>("metadata");
@@ -448,7 +496,9 @@ void tst_ModelFile::aFullDiskIsTold()
     // What stands there under the copy's name takes nothing.
     QVERIFY(QFile::link(QStringLiteral("/dev/full"), dir.filePath(QStringLiteral("model.obj"))));
 
-    QCOMPARE(thrownText([&] { copyModel(input, "a.obj", dir.path(), [] { return true; }); }),
+    QCOMPARE(thrownText([&] {
+                 copyModel(input, "a.obj", dir.path(), PartTools::Kept, [] { return true; });
+             }),
              std::string("Cannot copy the model: No space left on device"));
 }
 

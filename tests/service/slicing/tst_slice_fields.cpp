@@ -238,6 +238,11 @@ void tst_SliceFields::initTestCase()
     slice.model = amfOf(kPair);
     slice.suffix = QStringLiteral("amf");
     m_slices.add("pair", slice);
+    slice.request.configuration.setExtruder(Slicer::Right);
+    m_slices.add("pair right", slice);
+    slice.request.configuration.setExtruder(Slicer::Left);
+    m_slices.add("pair left", slice);
+    slice.request.configuration.setExtruder(Slicer::Both);
     slice.machineType = "fabrino_single";
     m_slices.add("pair on one", slice);
     slice = changed([](Slicer& c) {
@@ -536,6 +541,9 @@ void tst_SliceFields::extruder()
     QCOMPARE(m_slices["left"].tools(), Tools{kLeft});
     // A file without parts is all the right one's.
     QCOMPARE(m_slices["both"].tools(), Tools{kRight});
+    // Whoever names one means all parts, whatever the file says of them.
+    QCOMPARE(m_slices["pair right"].tools(), Tools{kRight});
+    QCOMPARE(m_slices["pair left"].tools(), Tools{kLeft});
 }
 
 void tst_SliceFields::partsKeepTheirToolsWithBothExtruders()
