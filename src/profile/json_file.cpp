@@ -18,14 +18,13 @@ constexpr qint64 kLargestFile = 1024 * 1024;
 
 } // namespace
 
-bool parseJson(QByteArray bytes, Json::Value* value)
+bool parseJson(const QByteArray& bytes, Json::Value* value)
 {
-    if (bytes.startsWith("\xef\xbb\xbf"))
-        bytes.remove(0, 3);
     Json::CharReaderBuilder builder;
     builder["allowTrailingCommas"] = false;
     builder["collectComments"] = true;
     builder["failIfExtra"] = true;
+    builder["skipBom"] = true;
     const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
     try {
         return reader->parse(bytes.constData(), bytes.constData() + bytes.size(), value, nullptr);

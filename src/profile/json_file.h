@@ -15,7 +15,7 @@ namespace trovek {
  * Reads a JSON text that a user may have edited: comments and a byte order mark are allowed.
  * @return false when it is anything but one JSON value
  */
-TROVEK_UI_EXPORT bool parseJson(QByteArray bytes, Json::Value* value);
+TROVEK_UI_EXPORT bool parseJson(const QByteArray& bytes, Json::Value* value);
 
 /**
  * Reads such a file. Only regular files of a sane size are opened: a pipe or a device would block
