@@ -40,7 +40,7 @@ JsonRpcException damaged(const QString& path)
 {
     return wire::makeError(
         wire::error::kFirmwareImage,
-        toStdString(QStringLiteral("The downloaded file \"%1\" is damaged").arg(path)));
+        toStdString(QStringLiteral("The downloaded file %1 is damaged").arg(path)));
 }
 
 } // namespace
@@ -57,7 +57,7 @@ std::string FirmwareCache::add(const QByteArray& image)
         const QString path = QDir(m_folder).filePath(fileName(image));
         if (!writeStateBytes(path, image)) {
             throw std::runtime_error(toStdString(
-                QStringLiteral("Cannot write into \"%1\"; is the disk full?").arg(m_folder)));
+                QStringLiteral("Cannot write into %1; is the disk full?").arg(m_folder)));
         }
         forgetOldOnes(path);
         return toStdString(path);

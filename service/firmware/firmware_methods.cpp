@@ -35,7 +35,7 @@ constexpr int kThreads = 4;
 JsonRpcException imageError(const FirmwareEntry& entry, const std::string& whatIsWrong)
 {
     return wire::makeError(wire::error::kFirmwareImage,
-                           "The firmware file \"" + toStdString(entry.file) + "\" " + whatIsWrong);
+                           "The firmware file " + toStdString(entry.file) + " " + whatIsWrong);
 }
 
 /** What a failed download shows to its user stands in "error". */

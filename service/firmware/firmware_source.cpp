@@ -32,17 +32,17 @@ FirmwareSourceError failure(const QString& text)
 
 FirmwareSourceError tooLarge(const QString& name)
 {
-    return failure(QStringLiteral("\"%1\" is larger than it should be").arg(name));
+    return failure(QStringLiteral("%1 is larger than it should be").arg(name));
 }
 
 QByteArray readFile(const QString& path, int bytesAtMost)
 {
     // A pipe or a device would block for ever.
     if (!QFileInfo(path).isFile())
-        throw failure(QStringLiteral("There is no file \"%1\"").arg(path));
+        throw failure(QStringLiteral("There is no file %1").arg(path));
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        throw failure(QStringLiteral("Cannot read \"%1\": %2").arg(path, file.errorString()));
+        throw failure(QStringLiteral("Cannot read %1: %2").arg(path, file.errorString()));
     // One byte more than there should be tells a file that is too large.
     const QByteArray bytes = file.read(bytesAtMost + 1LL);
     if (bytes.size() > bytesAtMost)
@@ -100,10 +100,10 @@ public:
         const QVariant status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
         if (status.isValid() && status.toInt() >= 400)
             throw failure(
-                QStringLiteral("The site answers %1 for \"%2\"").arg(status.toInt()).arg(url));
+                QStringLiteral("The site answers %1 for %2").arg(status.toInt()).arg(url));
         const QString reason =
             m_late ? QStringLiteral("No answer in time") : m_reply->errorString();
-        throw failure(QStringLiteral("Cannot reach \"%1\": urlopen error: %2").arg(url, reason));
+        throw failure(QStringLiteral("Cannot reach %1: urlopen error: %2").arg(url, reason));
     }
 
 private:

@@ -10,6 +10,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
@@ -19,8 +20,9 @@ using ui::FirmwareUploadDialog;
 
 namespace {
 
-constexpr int kTextWidth = 440;
-constexpr int kDescriptionLines = 4;
+/** So that no line of the texts with line ends of their own is broken once more. */
+constexpr int kStatusCharacters = 78;
+constexpr int kDescriptionLines = 5;
 
 /**
  * The second click of a double click, and a key that is held, would press the button of the next
@@ -56,6 +58,30 @@ QLabel* addStatus(const char* name, QWidget* page)
 {
     QLabel* const label = addLabel(name, page);
     label->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    return label;
+}
+
+/** Long descriptions scroll; short ones do not let the window jump from version to version. */
+QWidget* scrollAreaOf(QLabel* description, QWidget* page)
+{
+    auto* const area = new QScrollArea(page);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area->setWidgetResizable(true);
+    area->setWidget(description);
+    area->setMinimumHeight(kDescriptionLines * description->fontMetrics().lineSpacing() + 4);
+    // The background of the window.
+    area->viewport()->setAutoFillBackground(false);
+    description->setAutoFillBackground(false);
+    return area;
+}
+
+/** At the top of its field, however high that is. */
+QLabel* topLabel(const QString& text, QWidget* page)
+{
+    auto* const label = new QLabel(text, page);
+    label->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    label->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Expanding);
     return label;
 }
 
@@ -107,9 +133,6 @@ void FirmwareUploadPages::buildChoice(QWidget* page)
     versions = new QComboBox(page);
     versions->setObjectName(QStringLiteral("versions"));
     description = addStatus("description", page);
-    description->setMinimumWidth(kTextWidth);
-    // The window does not jump from version to version.
-    description->setMinimumHeight(kDescriptionLines * description->fontMetrics().lineSpacing());
     error = addLabel("error", page);
     error->hide();
     choiceCancel = addButton(FirmwareUploadDialog::tr("&Cancel"), "choiceCancel", page);
@@ -120,7 +143,8 @@ void FirmwareUploadPages::buildChoice(QWidget* page)
     form->addRow(FirmwareUploadDialog::tr("Bot:"), bot);
     form->addRow(FirmwareUploadDialog::tr("Current Version:"), currentVersion);
     form->addRow(FirmwareUploadDialog::tr("&Available Versions:"), versions);
-    form->addRow(FirmwareUploadDialog::tr("Description:"), description);
+    form->addRow(topLabel(FirmwareUploadDialog::tr("Description:"), page),
+                 scrollAreaOf(description, page));
     QVBoxLayout* const layout = layoutOf(page);
     layout->addLayout(form, 1);
     layout->addWidget(error);
@@ -133,6 +157,7 @@ void FirmwareUploadPages::buildReady(QWidget* page)
     readyCancel = addButton(FirmwareUploadDialog::tr("&Cancel"), "readyCancel", page);
     upload = addButton(FirmwareUploadDialog::tr("&Upload"), "upload", page);
     upload->setAutoDefault(true);
+    readyStatus->setMinimumWidth(kStatusCharacters * readyStatus->fontMetrics().averageCharWidth());
     QVBoxLayout* const layout = layoutOf(page);
     layout->addWidget(readyStatus, 1);
     layout->addLayout(rowOf(readyCancel, upload));

@@ -175,19 +175,18 @@ void tst_FirmwareDownload::nothingWrongIsKept_data()
     row("no image", "FirmwareImageError: There is no file ",
         [=](CatalogueFolder& folder, Json::Value&) { QFile::remove(folder.filePath(name)); });
     row("an image that is cut",
-        "FirmwareImageError: The firmware file \"fabrino_2-9.9.fw\" is not complete",
+        "FirmwareImageError: The firmware file fabrino_2-9.9.fw is not complete",
         [=](CatalogueFolder& folder, Json::Value&) {
             folder.writeFile(name, folder.readFile(name).chopped(1));
         });
-    row("an empty image",
-        "FirmwareImageError: The firmware file \"fabrino_2-9.9.fw\" is not complete",
+    row("an empty image", "FirmwareImageError: The firmware file fabrino_2-9.9.fw is not complete",
         [=](CatalogueFolder& folder, Json::Value&) { folder.writeFile(name, QByteArray()); });
-    row("an image that has grown", "FirmwareImageError: \"",
+    row("an image that has grown", "FirmwareImageError: /",
         [=](CatalogueFolder& folder, Json::Value&) {
             folder.writeFile(name, folder.readFile(name) + 'x');
         });
     row("another bit",
-        "FirmwareImageError: The firmware file \"fabrino_2-9.9.fw\" is damaged: its SHA-256 is "
+        "FirmwareImageError: The firmware file fabrino_2-9.9.fw is damaged: its SHA-256 is "
         "not the catalogue's",
         [=](CatalogueFolder& folder, Json::Value&) {
             QByteArray image = folder.readFile(name);
@@ -203,12 +202,11 @@ void tst_FirmwareDownload::nothingWrongIsKept_data()
             folder.writeIndex();
         };
     };
-    const QByteArray other = "FirmwareImageError: The firmware file \"fabrino_2-9.9.fw\" is for "
+    const QByteArray other = "FirmwareImageError: The firmware file fabrino_2-9.9.fw is for "
                              "another machine or of another version";
     row("an image of another type", other, exchange(firmwareImage(Printer::Fabrino2X, 9, 9)));
     row("an image of another version", other, exchange(firmwareImage(Printer::Fabrino2, 9, 8)));
-    row("no image at all",
-        "FirmwareImageError: The firmware file \"fabrino_2-9.9.fw\" is no firmware",
+    row("no image at all", "FirmwareImageError: The firmware file fabrino_2-9.9.fw is no firmware",
         exchange("Please sign in"));
 }
 
@@ -283,8 +281,8 @@ void tst_FirmwareDownload::aFullDiskIsSaid()
     log.expectError("Cannot write ");
 
     QCOMPARE(refusalOf([&] { world.download(); }),
-             "FirmwareCacheError: The firmware cannot be kept: Cannot write into \"" +
-                 toStdString(world.cacheFolder()) + "\"; is the disk full?");
+             "FirmwareCacheError: The firmware cannot be kept: Cannot write into " +
+                 toStdString(world.cacheFolder()) + "; is the disk full?");
     QVERIFY(filesIn(world.cacheFolder()).isEmpty());
     QVERIFY(QFile::exists(QString::fromStdString(world.download())));
 }
@@ -363,7 +361,7 @@ void tst_FirmwareDownload::aSiteIsOffered()
     // A page where the image should be, as hotels send it.
     site.serve("/firmware/fabrino_2-7.6.fw", "<html>Please sign in</html>");
     QCOMPARE(refusalOf([&] { client.downloadFirmware("fabrino_2", 3, FirmwareVersion("7.6")); }),
-             std::string("FirmwareImageError: The firmware file \"fabrino_2-7.6.fw\" is not "
+             std::string("FirmwareImageError: The firmware file fabrino_2-7.6.fw is not "
                          "complete"));
     QCOMPARE(ServiceWorld::read(path), image);
 }

@@ -351,7 +351,7 @@ void tst_FirmwareUpload::aDamagedDownloadIsRefused()
         file.write(damaged);
         file.close();
         QCOMPARE(refusalOf([&] { world.client->uploadFirmware(world.key, path); }),
-                 "FirmwareImageError: The downloaded file \"" + path + "\" is damaged");
+                 "FirmwareImageError: The downloaded file " + path + " is damaged");
     }
     QCOMPARE(world.version(), std::string("7.5"));
     world.client->uploadFirmware(world.key, world.download());
