@@ -17,8 +17,7 @@
  *
  * Each class is named as its method. Derive from one, override handleResponse() and
  * handleErrorResponse(), set the parameters, and issue() it; docs/protocol.md tells what each
- * answers. Paths are UTF-8, lengths millimetres. Those for scanners, point clouds and meshes are
- * answered with the error "NotOfferedError" by a service that has no scanner.
+ * answers. Paths are UTF-8 and absolute, lengths millimetres.
  */
 namespace trovek::methods {
 
@@ -136,7 +135,7 @@ class TROVEK_EXPORT create_calibrate_camera_job : public AsynchronousMethod
     void setPath(const std::string& folder) { setParameter("path", folder); }
 };
 
-/** Takes the pictures that calibrateturntable reads. Answers {"id"}. */
+/** Takes the pictures that calibratelaser and calibrateturntable read. Answers {"id"}. */
 class TROVEK_EXPORT create_calibrate_turntable_job : public AsynchronousMethod
 {
     TROVEK_REQUEST(create_calibrate_turntable_job)
@@ -225,11 +224,12 @@ class TROVEK_EXPORT digitizer_set_enabled_lasers : public AsynchronousMethod
     void setRight(bool enabled) { setParameter("right", enabled); }
 };
 
+/** Writes a PNG file, which must exist. */
 class TROVEK_EXPORT captureimage : public AsynchronousMethod
 {
     TROVEK_REQUEST(captureimage)
     void setPath(const std::string& file) { setParameter("path", file); }
-    /** Milliseconds. */
+    /** 0.1 to 500. */
     void setExposure(double milliseconds) { setParameter("exposure", milliseconds); }
 };
 
@@ -262,11 +262,15 @@ class TROVEK_EXPORT point_cloud_destroy : public AsynchronousMethod
     void setId(PointCloudID id) { setParameter("id", id.value()); }
 };
 
+/** Copies the points of another cloud or of a file; one of the two must be set. */
 class TROVEK_EXPORT point_cloud_load_from_id : public AsynchronousMethod
 {
     TROVEK_REQUEST(point_cloud_load_from_id)
     void setId(PointCloudID id) { setParameter("id", id.value()); }
     void setSource(PointCloudID id) { setParameter("source", id.value()); }
+    void setPath(const std::string& file) { setParameter("path", file); }
+    /** Beside the points that are there; otherwise in their place. */
+    void setAppend(bool append) { setParameter("append", append); }
 };
 
 class TROVEK_EXPORT point_cloud_save : public AsynchronousMethod
@@ -274,7 +278,7 @@ class TROVEK_EXPORT point_cloud_save : public AsynchronousMethod
     TROVEK_REQUEST(point_cloud_save)
     void setId(PointCloudID id) { setParameter("id", id.value()); }
     void setPath(const std::string& file) { setParameter("path", file); }
-    /** For example "ply". */
+    /** "ply", "ply_text" or "xyz". */
     void setFormat(const std::string& format) { setParameter("format", format); }
 };
 
@@ -349,7 +353,7 @@ class TROVEK_EXPORT mesh_save : public AsynchronousMethod
     TROVEK_REQUEST(mesh_save)
     void setId(MeshID id) { setParameter("id", id.value()); }
     void setPath(const std::string& file) { setParameter("path", file); }
-    /** For example "stl". */
+    /** "stl", "stl_text", "obj" or "ply". */
     void setFormat(const std::string& format) { setParameter("format", format); }
 };
 

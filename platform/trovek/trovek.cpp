@@ -378,6 +378,26 @@ void Trovek::simulateUploadFailure(const std::string& machine, int percent)
             kTimeoutMs);
 }
 
+Json::Value Trovek::simulatedScanner()
+{
+    return d->call(wire::method::kSimulatedScanner, object({}), kTimeoutMs);
+}
+
+void Trovek::simulateScannerPlugIn()
+{
+    d->call(wire::method::kSimulateScannerPlugIn, object({}), kTimeoutMs);
+}
+
+void Trovek::simulateScannerUnplug()
+{
+    d->call(wire::method::kSimulateScannerUnplug, object({}), kTimeoutMs);
+}
+
+void Trovek::simulateScannedModel(const Json::Value& model)
+{
+    d->call(wire::method::kSimulateScannedModel, model, kTimeoutMs);
+}
+
 void Trovek::simulateFault(const SimulatedFault& fault)
 {
     d->call(wire::method::kSimulateFault, object({{"fault", wire::toJson(fault)}}), kTimeoutMs);

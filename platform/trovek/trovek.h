@@ -157,6 +157,13 @@ public:
     /** Lets the next firmware upload to it fail when so many percent are written, 0 to 100. */
     void simulateUploadFailure(const std::string& machine, int percent);
 
+    /** The virtual scanner: docs/protocol.md says what is told of it. */
+    Json::Value simulatedScanner();
+    void simulateScannerPlugIn();
+    void simulateScannerUnplug();
+    /** Puts something on its table: {path, turn, position}, each of which may be missing. */
+    void simulateScannedModel(const Json::Value& model);
+
     /** Lets requests to the service fail, those of all its clients. */
     void simulateFault(const SimulatedFault& fault);
     /** Those that are still to come; uploads that are to fail are not among them. */

@@ -113,6 +113,11 @@ void addEveryOperation()
         [](Trovek& t) { t.simulatePort("left", "two"); });
     row("simulate_upload_failure", R"({"name": "left", "percent": 40})", 10000,
         [](Trovek& t) { t.simulateUploadFailure("left", 40); });
+    row("simulated_scanner", "{}", 10000, [](Trovek& t) { t.simulatedScanner(); });
+    row("simulate_scanner_plug_in", "{}", 10000, [](Trovek& t) { t.simulateScannerPlugIn(); });
+    row("simulate_scanner_unplug", "{}", 10000, [](Trovek& t) { t.simulateScannerUnplug(); });
+    row("simulate_scanned_model", R"({"path": "/a.stl"})", 10000,
+        [](Trovek& t) { t.simulateScannedModel(json(R"({"path": "/a.stl"})")); });
     row("simulate_fault",
         R"({"fault": {"method": "print", "kind": "late", "times": 2, "delay_ms": 70}})", 10000,
         [](Trovek& t) { t.simulateFault(SimulatedFault::late("print", 70).forTimes(2)); });

@@ -531,6 +531,12 @@ void tst_AsynchronousMethod::filesAndNumbersStandUnderTheirNames()
                  request.setSource(PointCloudID(5));
              }),
              std::string(R"({"id":4,"source":5})"));
+    QCOMPARE(paramsSetBy<methods::point_cloud_load_from_id>([](auto& request) {
+                 request.setId(PointCloudID(4));
+                 request.setPath("/p.ply");
+                 request.setAppend(true);
+             }),
+             std::string(R"({"append":true,"id":4,"path":"/p.ply"})"));
     QCOMPARE(paramsSetBy<methods::point_cloud_save>([](auto& request) {
                  request.setId(PointCloudID(4));
                  request.setPath("/p");
