@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <utility>
 
 static constexpr char kLogUnit[] = "src\\profile\\profile_list_item";
 
@@ -47,15 +48,17 @@ void ProfileListModel::Item::read()
     if (m_profile->preset() != SlicerConfiguration::Custom)
         return;
     m_machineTypes.clear();
-    m_error.clear();
+    const QString earlierError = std::exchange(m_error, QString());
     try {
         const Json::Value profileJson = m_profile->json();
         slicerOf(profileJson);
         m_machineTypes = machineTypesOf(profileJson);
     } catch (const std::exception& error) {
         m_error = toQString(error.what());
-        TROVEK_LOG(1) << toStdString(m_profile->name()) << ": " << error.what() << std::endl;
     }
+    if (m_error != earlierError)
+        TROVEK_LOG(1) << toStdString(m_profile->name()) << ": "
+                      << (m_error.isEmpty() ? "can be read" : toStdString(m_error)) << std::endl;
 }
 
 void ProfileListModel::Item::judge(Printer::Type selectedMachine)

@@ -24,6 +24,9 @@ std::unique_ptr<QDir>& globalProfileDirectory()
     return directory;
 }
 
+/** Files that change twice within a tick of the clock that they are stamped by look the same. */
+constexpr qint64 kClockTickMs = 100;
+
 /** What a folder and its "profile.json" looked like when they were read. */
 struct Stamp
 {
@@ -36,13 +39,16 @@ struct Stamp
         size = file.size();
         fileWritten = file.lastModified();
         fileChanged = file.metadataChangeTime();
+        const QDateTime changed = isFile ? fileChanged : folderChanged;
+        isSettled =
+            QDateTime::currentMSecsSinceEpoch() - changed.toMSecsSinceEpoch() > kClockTickMs;
     }
 
-    bool operator==(const Stamp& other) const
+    /** Whether it is sure that nothing has changed since. */
+    bool isStill(const Stamp& now) const
     {
-        return folderChanged == other.folderChanged && isFile == other.isFile &&
-               size == other.size && fileWritten == other.fileWritten &&
-               fileChanged == other.fileChanged;
+        return isSettled && folderChanged == now.folderChanged && isFile == now.isFile &&
+               size == now.size && fileWritten == now.fileWritten && fileChanged == now.fileChanged;
     }
 
     QDateTime folderChanged;
@@ -50,6 +56,7 @@ struct Stamp
     QDateTime fileChanged;
     qint64 size = -1;
     bool isFile = false;
+    bool isSettled = false;
 };
 
 } // namespace
@@ -159,7 +166,7 @@ private:
     void refresh(Item* item, const QFileInfo& folder)
     {
         const QString path = folder.absoluteFilePath();
-        if (stamps.value(path) == Stamp(folder))
+        if (stamps.value(path).isStill(Stamp(folder)))
             return;
         watch->watchProfile(path);
         stamps.insert(path, Stamp(folder));
