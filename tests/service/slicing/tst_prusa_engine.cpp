@@ -14,7 +14,7 @@
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QProcess>
-#include <QTemporaryFile>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QThread>
 
@@ -124,8 +124,9 @@ void tst_PrusaEngine::givesTheSlicerNothingOfItsOwn()
 {
     qputenv("TROVEK_SECRET", "secret");
     // Without the flag that closes it in a child.
-    QTemporaryFile file;
-    QVERIFY(file.open());
+    QTemporaryDir dir;
+    QFile file(dir.filePath(QStringLiteral("secret")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
     const int descriptor = ::dup(file.handle());
     Fixture f("env > \"$test/environment\"\n"
               "pwd > \"$test/folder\"\n"
