@@ -15,6 +15,8 @@ namespace ostrand {
 namespace {
 
 constexpr char kLogUnit[] = "apps\\ostrand\\simulate_menu";
+constexpr int kLateMs = 3000;
+constexpr int kUploadFailurePercent = 50;
 
 QString textMember(const Json::Value& object, const char* name)
 {
@@ -59,7 +61,11 @@ void SimulateMenu::fill()
             if (machines.isArray()) {
                 for (const Json::Value& machine : machines)
                     addMachine(machine);
-                addFirmwares(machines);
+                if (!isEmpty()) {
+                    addSeparator();
+                    addFirmwares(machines);
+                    addTroubles(machines);
+                }
             }
         } catch (const std::exception& e) {
             // A service for real machines only does not know the question.
@@ -97,10 +103,8 @@ void SimulateMenu::addFirmwares(const Json::Value& machines)
         const QString name = textMember(machine, "name");
         if (name.isEmpty() || !machine["firmware_versions"].isArray())
             continue;
-        if (!firmwares) {
-            addSeparator();
+        if (!firmwares)
             firmwares = addMenu(tr("&Firmware"));
-        }
         QMenu* choices = firmwares->addMenu(inMenu(name));
         auto* group = new QActionGroup(choices);
         for (const Json::Value& offered : machine["firmware_versions"]) {
@@ -117,6 +121,67 @@ void SimulateMenu::addFirmwares(const Json::Value& machines)
                 [this, name, version] { setFirmware(name, version); }, Qt::QueuedConnection);
         }
     }
+}
+
+void SimulateMenu::addMachineChoices(QMenu* menu, const QString& title, const QString& objectName,
+                                     const Json::Value& machines,
+                                     const std::function<void(const std::string& machine)>& request)
+{
+    QMenu* choices = menu->addMenu(title);
+    choices->setObjectName(objectName);
+    for (const Json::Value& machine : machines) {
+        const QString name = textMember(machine, "name");
+        if (name.isEmpty())
+            continue;
+        const auto act = [this, name, request] {
+            ask([&] { request(trovek::toStdString(name)); });
+        };
+        connect(choices->addAction(inMenu(name)), &QAction::triggered, this, act,
+                Qt::QueuedConnection);
+    }
+}
+
+void SimulateMenu::addTroubles(const Json::Value& machines)
+{
+    QMenu* troubles = addMenu(tr("&Trouble"));
+    troubles->setObjectName(QStringLiteral("simulateTrouble"));
+    addMachineChoices(troubles, tr("Move to Another &Port"), QStringLiteral("simulatePort"),
+                      machines, [this](const std::string& machine) {
+                          m_facade.simulatePort(machine, "moved" + std::to_string(++m_movedPorts));
+                      });
+    addMachineChoices(troubles, tr("Let the Next &Upload Fail"), QStringLiteral("simulateUpload"),
+                      machines, [this](const std::string& machine) {
+                          m_facade.simulateUploadFailure(machine, kUploadFailurePercent);
+                      });
+    addFaults(troubles);
+}
+
+void SimulateMenu::addFaults(QMenu* menu)
+{
+    using trovek::SimulatedFault;
+    QMenu* faults = menu->addMenu(tr("The Next &Request"));
+    faults->setObjectName(QStringLiteral("simulateFault"));
+    const auto add = [this, faults](const QString& text, const char* name,
+                                    const SimulatedFault& fault) {
+        QAction* action = faults->addAction(text);
+        action->setObjectName(QLatin1String(name));
+        connect(
+            action, &QAction::triggered, this,
+            [this, fault] { ask([&] { m_facade.simulateFault(fault); }); }, Qt::QueuedConnection);
+    };
+    const std::string any("*");
+    add(tr("Is Answered &Late"), "faultLate", SimulatedFault::late(any, kLateMs));
+    add(tr("Is &Never Answered"), "faultNever", SimulatedFault::never(any));
+    add(tr("&Fails"), "faultError",
+        SimulatedFault::error(any, JsonRpcException("A simulated fault", Json::Value())));
+    add(tr("Gets an &Odd Answer"), "faultAnswer", SimulatedFault::answer(any, Json::Value("odd")));
+    add(tr("Loses the &Link"), "faultDrop", SimulatedFault::dropBefore(any));
+    faults->addSeparator();
+    QAction* clear = faults->addAction(tr("&Clear All Faults"));
+    clear->setObjectName(QStringLiteral("clearFaults"));
+    connect(
+        clear, &QAction::triggered, this,
+        [this] { ask([this] { m_facade.clearSimulatedFaults(); }); }, Qt::QueuedConnection);
 }
 
 void SimulateMenu::setPluggedIn(const QString& name, bool pluggedIn)

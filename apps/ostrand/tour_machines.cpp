@@ -142,7 +142,7 @@ void MachineTour::useDirectControls()
     press(*factory.controlPanel(), "directControls");
     if (factory.directControls(printer()) != window)
         throw std::runtime_error("There are two windows of direct controls");
-    factory.controlPanel()->close();
+    m_robot.click([&] { factory.controlPanel()->close(); });
     photograph(*window, QStringLiteral("direct-controls"), QStringLiteral("Direct controls"));
 
     auto& heat = part<QAbstractButton>(*window, "heat");
@@ -168,7 +168,7 @@ void MachineTour::useDirectControls()
     heat.click();
     m_robot.waitFor([&] { return heat.text() == QLatin1String("Heat"); },
                     QStringLiteral("the heater to be off"));
-    window->close();
+    m_robot.click([&] { window->close(); });
     m_say(QStringLiteral("  heated to %1 degrees and fed filament").arg(kTargetCelsius));
 }
 

@@ -67,6 +67,7 @@ private slots:
     void saysWhatWasRefused();
     void givesAnotherFirmware();
     void leavesOutOddFirmwares();
+    void makesTrouble();
     void survivesAServiceWithoutVirtualMachines();
     void survivesAnOddAnswer_data();
     void survivesAnOddAnswer();
@@ -86,8 +87,9 @@ void tst_SimulateMenu::listsTheMachines()
     World world;
     world.offer(two());
     world.facade.connectToDaemon(world.service.address());
-    QTRY_COMPARE(world.texts(), QStringList({QStringLiteral("Dual 1 (Orvane Fabrino (Dual))"),
-                                             QStringLiteral("R&&D")}));
+    QTRY_COMPARE(world.texts(),
+                 QStringList({QStringLiteral("Dual 1 (Orvane Fabrino (Dual))"),
+                              QStringLiteral("R&&D"), QString(), QStringLiteral("&Trouble")}));
     QVERIFY(world.menu.actions().at(0)->isChecked());
     QVERIFY(!world.menu.actions().at(1)->isChecked());
 }
@@ -100,11 +102,11 @@ void tst_SimulateMenu::plugsInAndOut()
     for (const char* method : {"simulate_plug_in", "simulate_unplug"})
         world.service.onRequest(method, [](const Json::Value&) { return Json::Value(); });
     world.facade.connectToDaemon(world.service.address());
-    QTRY_COMPARE(world.texts().size(), 2);
+    QTRY_COMPARE(world.texts().size(), 4);
     world.menu.actions().at(1)->trigger();
     QTRY_COMPARE(world.service.requests("simulate_plug_in").size(), std::size_t(1));
     QCOMPARE(world.service.lastRequest("simulate_plug_in")["name"].asString(), std::string("R&D"));
-    QTRY_COMPARE(world.texts().size(), 2);
+    QTRY_COMPARE(world.texts().size(), 4);
     world.menu.actions().at(0)->trigger();
     QTRY_COMPARE(world.service.requests("simulate_unplug").size(), std::size_t(1));
     QCOMPARE(world.service.lastRequest("simulate_unplug")["name"].asString(),
@@ -118,7 +120,7 @@ void tst_SimulateMenu::saysWhatWasRefused()
     world.offer(two());
     world.service.failAlways("simulate_unplug", wire::makeError("Odd", "It is stuck"));
     world.facade.connectToDaemon(world.service.address());
-    QTRY_COMPARE(world.texts().size(), 2);
+    QTRY_COMPARE(world.texts().size(), 4);
     QSignalSpy failed(&world.menu, &SimulateMenu::failed);
     log.expectError("It is stuck");
     world.menu.actions().at(0)->trigger();
@@ -139,9 +141,10 @@ void tst_SimulateMenu::givesAnotherFirmware()
     world.offer(machines);
     world.service.onRequest("simulate_firmware", [](const Json::Value&) { return Json::Value(); });
     world.facade.connectToDaemon(world.service.address());
-    QTRY_COMPARE(world.texts(),
-                 QStringList({QStringLiteral("Dual 1 (Orvane Fabrino (Dual))"),
-                              QStringLiteral("R&&D"), QString(), QStringLiteral("&Firmware")}));
+    QTRY_COMPARE(
+        world.texts(),
+        QStringList({QStringLiteral("Dual 1 (Orvane Fabrino (Dual))"), QStringLiteral("R&&D"),
+                     QString(), QStringLiteral("&Firmware"), QStringLiteral("&Trouble")}));
     const QMenu* firmware = world.menu.actions().at(3)->menu();
     QVERIFY(firmware);
     QCOMPARE(firmware->actions().size(), 1);
@@ -162,7 +165,7 @@ void tst_SimulateMenu::givesAnotherFirmware()
     // The menu follows, and the one before has gone.
     QTRY_VERIFY(
         world.menu.actions().at(3)->menu()->actions().at(0)->menu()->actions().at(1)->isChecked());
-    QTRY_COMPARE(world.menu.findChildren<QMenu*>().size(), 2);
+    QTRY_COMPARE(world.menu.findChildren<QMenu*>().size(), 6);
     world.service.failAlways("simulate_firmware", wire::makeError("Odd", "It is printing"));
     QSignalSpy failed(&world.menu, &SimulateMenu::failed);
     log.expectError("It is printing");
@@ -182,11 +185,46 @@ void tst_SimulateMenu::leavesOutOddFirmwares()
     machines[1]["firmware_version"] = 7;
     world.offer(machines);
     world.facade.connectToDaemon(world.service.address());
-    QTRY_COMPARE(world.texts().size(), 4);
+    QTRY_COMPARE(world.texts().size(), 5);
     const QList<QAction*> offered = world.menu.actions().at(3)->menu()->actions();
     QCOMPARE(offered.size(), 1);
     QCOMPARE(offered[0]->menu()->actions().size(), 1);
     QVERIFY(!offered[0]->menu()->actions().at(0)->isChecked());
+}
+
+void tst_SimulateMenu::makesTrouble()
+{
+    TestLog log;
+    World world;
+    world.offer(two());
+    for (const char* method :
+         {"simulate_port", "simulate_upload_failure", "simulate_fault", "simulate_no_faults"})
+        world.service.onRequest(method, [](const Json::Value&) { return Json::Value(); });
+    world.facade.connectToDaemon(world.service.address());
+    QTRY_COMPARE(world.texts().size(), 4);
+    const auto choices = [&world](const char* name) {
+        return world.menu.findChild<QMenu*>(QLatin1String(name))->actions();
+    };
+    const auto received = [&world](const char* method) {
+        return int(world.service.requests(method).size());
+    };
+    choices("simulatePort").at(1)->trigger();
+    QTRY_COMPARE(received("simulate_port"), 1);
+    QCOMPARE(world.service.lastRequest("simulate_port")["name"].asString(), std::string("R&D"));
+    choices("simulateUpload").at(0)->trigger();
+    QTRY_COMPARE(received("simulate_upload_failure"), 1);
+    QCOMPARE(world.service.lastRequest("simulate_upload_failure")["percent"].asInt(), 50);
+    const QStringList kinds{QStringLiteral("faultLate"), QStringLiteral("faultNever"),
+                            QStringLiteral("faultError"), QStringLiteral("faultAnswer"),
+                            QStringLiteral("faultDrop")};
+    for (int i = 0; i < kinds.size(); ++i) {
+        world.menu.findChild<QAction*>(kinds[i])->trigger();
+        QTRY_COMPARE(received("simulate_fault"), i + 1);
+        QCOMPARE(world.service.lastRequest("simulate_fault")["fault"]["method"].asString(),
+                 std::string("*"));
+    }
+    world.menu.findChild<QAction*>(QStringLiteral("clearFaults"))->trigger();
+    QTRY_COMPARE(received("simulate_no_faults"), 1);
 }
 
 void tst_SimulateMenu::survivesAServiceWithoutVirtualMachines()
@@ -230,7 +268,7 @@ void tst_SimulateMenu::emptiesItselfWhenTheLinkIsLost()
     World world;
     world.offer(two());
     world.facade.connectToDaemon(world.service.address());
-    QTRY_COMPARE(world.texts().size(), 2);
+    QTRY_COMPARE(world.texts().size(), 4);
     world.service.stop();
     QTRY_COMPARE(world.texts(), QStringList(QStringLiteral("No virtual machines")));
 }

@@ -91,7 +91,7 @@ void tst_Tour::printsAndExportsEachFile()
     }
     const QStringList pictures =
         QDir(out).entryList({QStringLiteral("*.png")}, QDir::Files, QDir::Name);
-    QCOMPARE(pictures.size(), 46);
+    QCOMPARE(pictures.size(), 55);
     QCOMPARE(pictures.first(), QStringLiteral("01-start.png"));
     for (const QString& picture : pictures)
         QVERIFY2(!QImage(QDir(out).filePath(picture)).isNull(), qPrintable(picture));
