@@ -188,6 +188,8 @@ void addLayers(Options& options, const SliceSettings& settings)
     // By themselves these would make slopes thicker and fill what is small.
     options.set("extra_perimeters", false);
     options.set("solid_infill_below_area", 0);
+    // As wide as any other, not twice as wide as it is high.
+    options.set("first_layer_extrusion_width", 0);
     options.set("complete_objects", false);
     options.set("spiral_vase", false);
 }
@@ -242,6 +244,8 @@ void addParts(Options& options, const SliceSettings& settings)
     const int tool = part.tool == ExtraPart::SameAsModel ? model : part.tool + 1;
     options.set("support_material_extruder", tool);
     options.set("support_material_interface_extruder", tool);
+    // A wall around supports would hold on to the model.
+    options.set("support_material_with_sheath", false);
     options.set("support_material_contact_distance", dissolve(settings) ? 0 : kSupportGap);
     options.set("support_material_synchronize_layers", dissolve(settings));
     options.set("raft_contact_distance", kRaftGap);

@@ -117,7 +117,7 @@ void BareSlices::sliceOne(const std::string& name, const BareSlice& slice)
     slicer.start(QStringLiteral("prusa-slicer"),
                  {QStringLiteral("-g"), QStringLiteral("-o"), output, QStringLiteral("--datadir"),
                   m_folder.path(), QStringLiteral("--load"), options, model});
-    if (!slicer.waitForFinished(60000) || slicer.exitStatus() != QProcess::NormalExit ||
+    if (!slicer.waitForFinished(-1) || slicer.exitStatus() != QProcess::NormalExit ||
         slicer.exitCode() != 0)
         throw std::runtime_error(slicer.readAll().toStdString() +
                                  slicer.errorString().toStdString());
