@@ -219,7 +219,9 @@ Json::Value ScriptedServer::result(rpcwire::Peer* peer, const std::string& name,
         method::kUploadFirmware,         method::kSimulatePlugIn,
         method::kSimulateUnplug,         method::kSimulateFirmware,
         method::kSimulatePort,           method::kSimulateUploadFailure,
-        method::kSimulateFault,          method::kSimulateNoFaults};
+        method::kSimulateFault,          method::kSimulateNoFaults,
+        method::kSimulatedScanner,       method::kSimulateScannerPlugIn,
+        method::kSimulateScannerUnplug,  method::kSimulateScannedModel};
 
     if (name == method::kHello)
         return greet(peer, params);
