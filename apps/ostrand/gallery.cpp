@@ -1,6 +1,7 @@
 #include "gallery.h"
 
 #include "gallery_messages.h"
+#include "gallery_models.h"
 #include "gallery_onboard.h"
 #include "gallery_widgets.h"
 #include "host.h"
@@ -100,13 +101,17 @@ int Gallery::run()
     try {
         m_robot.waitFor([this] { return machinesAreReady(m_host.facade()); },
                         QStringLiteral("a machine"));
+        const Photograph take = [this](QWidget& window, const QString& name,
+                                       const QString& caption) {
+            photograph(window, name, caption);
+        };
         photographMainWindow();
+        photographModels(m_host, m_robot, take);
+        photographMachineTools(m_host, m_robot, take);
+        m_host.window().openFile(m_sample);
         photographMakeDialog();
         photographPreviews();
-        photographOnboardPreferences(
-            m_host, m_robot, [this](QWidget& window, const QString& name, const QString& caption) {
-                photograph(window, name, caption);
-            });
+        photographOnboardPreferences(m_host, m_robot, take);
         photographJobs();
         photographWidgets();
         photographMessages();
@@ -140,9 +145,8 @@ void Gallery::photographMainWindow()
 {
     MainWindow& window = m_host.window();
     photograph(window, QStringLiteral("main-empty"), QStringLiteral("Nothing open"));
-    window.openFile(sampleFile(QStringLiteral("gear_housing.stl"), QByteArray(48000, ' ')));
-    photograph(window, QStringLiteral("main-model"), QStringLiteral("A model"));
-    window.openFile(sampleFile(QStringLiteral("gear_housing.gcode"), sampleGCode()));
+    m_sample = sampleFile(QStringLiteral("gear_housing.gcode"), sampleGCode());
+    window.openFile(m_sample);
     waitForToolpaths(m_robot, *window.toolpathView());
     photograph(window, QStringLiteral("main-gcode"), QStringLiteral("A G-code file"));
 }
@@ -205,7 +209,7 @@ void Gallery::photographJobs()
         print = facade.print(machine->key(), trovek::toStdString(window.file()), *configuration,
                              materials, true);
     }
-    // One that fails: nothing can be made of a model yet.
+    // One that fails: it is no model.
     const trovek::Printer* archetype = facade.printers().back();
     const QString output = sampleFile(QStringLiteral("out.gcode"), QByteArray());
     facade.slice(archetype->key(),

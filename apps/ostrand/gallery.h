@@ -6,6 +6,8 @@
 #include <QPalette>
 #include <QStringList>
 
+#include <functional>
+
 class QTextStream;
 class QTemporaryDir;
 
@@ -37,10 +39,15 @@ private:
     void photograph(QWidget& window, const QString& name, const QString& caption);
     QString sampleFile(const QString& name, const QByteArray& content) const;
 
+    using Photograph =
+        std::function<void(QWidget& window, const QString& name, const QString& caption)>;
+
     Host& m_host;
     const QStringList m_files;
     QTextStream& m_lines;
     Pictures m_pictures;
+    /** The G-code file that is open most of the time. */
+    QString m_sample;
     Robot m_robot;
     int m_count = 0;
 };

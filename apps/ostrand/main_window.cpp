@@ -15,6 +15,7 @@
 #include <trovek-ui/make_thing_dialog.h>
 #include <trovek-ui/message_box.h>
 #include <trovek-ui/messages.h>
+#include <trovek-ui/service.h>
 #include <trovek-ui/trovekqt.h>
 
 #include <trovek/log.h>
@@ -243,11 +244,13 @@ void MainWindow::updateActions()
     setWindowFilePath(file());
     setWindowTitle(name.isEmpty() ? tr("Ostrand") : tr("%1 - Ostrand").arg(name));
     m_make->setEnabled(!name.isEmpty() && whyNotMakeable(file()).isEmpty());
-    m_restart->setEnabled(m_link.canRestartService());
-    m_restart->setStatusTip(m_link.canRestartService()
-                                ? tr("End the background service with all of its jobs and start "
-                                     "it again")
-                                : tr("This background service belongs to another program"));
+    const bool isOwnService = m_link.canRestartService();
+    const bool isControllable = !isOwnService && trovek::service::actions_supported();
+    m_startService->setVisible(isControllable);
+    m_stopService->setVisible(isControllable);
+    m_restart->setEnabled(isOwnService || isControllable);
+    m_restart->setStatusTip(
+        tr("End the background service with all of its jobs and start it again"));
     m_reconnect->setEnabled(m_link.state() != ServiceLink::Connected);
 }
 
@@ -318,9 +321,19 @@ void MainWindow::restartService()
     if (m_asking)
         return;
     const QScopedValueRollback<bool> asking(m_asking, true);
-    if (!m_jobs->runningCount() ||
-        confirmEndOfOwnPrints(tr("Restart while jobs are running?"), tr("&Restart")))
+    if (m_jobs->runningCount() &&
+        !confirmEndOfOwnPrints(tr("Restart while jobs are running?"), tr("&Restart")))
+        return;
+    if (m_link.canRestartService())
         m_link.restartService();
+    else
+        controlService(&trovek::service::restart);
+}
+
+void MainWindow::controlService(void (*action)())
+{
+    action();
+    m_link.connectNow();
 }
 
 void MainWindow::about()

@@ -95,6 +95,8 @@ private:
     void showInterrupted(const QStringList& destinations);
     void showLost(const QStringList& destinations);
     void restartService();
+    /** Lets the system do it, and connects again as soon as that is possible. */
+    void controlService(void (*action)());
     void about();
     /** True when nothing speaks against closing, or the user wants it all the same. */
     bool mayClose();
@@ -115,6 +117,8 @@ private:
     QAction* m_open = nullptr;
     QAction* m_make = nullptr;
     QAction* m_quit = nullptr;
+    QAction* m_startService = nullptr;
+    QAction* m_stopService = nullptr;
     QAction* m_restart = nullptr;
     QAction* m_reconnect = nullptr;
     QAction* m_saveLog = nullptr;

@@ -12,6 +12,8 @@
 #include "recent_files.h"
 #include "simulate_menu.h"
 
+#include <trovek-ui/service.h>
+
 #include <QAction>
 #include <QApplication>
 #include <QDockWidget>
@@ -41,6 +43,18 @@ void MainWindow::makeActions()
     m_restart = new QAction(tr("&Restart Background Service"), this);
     m_restart->setObjectName(QStringLiteral("restartService"));
     connect(m_restart, &QAction::triggered, this, &MainWindow::restartService);
+    // Of a service that the system runs; our own comes and goes with us.
+    m_startService = new QAction(tr("&Start Background Service"), this);
+    m_startService->setObjectName(QStringLiteral("startService"));
+    m_startService->setStatusTip(tr("Let the system start the background service"));
+    connect(m_startService, &QAction::triggered, this,
+            [this] { controlService(&trovek::service::start); });
+    m_stopService = new QAction(tr("S&top Background Service"), this);
+    m_stopService->setObjectName(QStringLiteral("stopService"));
+    m_stopService->setStatusTip(tr("Let the system end the background service with all of its "
+                                   "jobs"));
+    connect(m_stopService, &QAction::triggered, this,
+            [this] { controlService(&trovek::service::stop); });
     m_reconnect = new QAction(tr("Re&connect Now"), this);
     m_reconnect->setObjectName(QStringLiteral("reconnect"));
     m_reconnect->setShortcut(QKeySequence(Qt::Key_F5));
@@ -87,7 +101,7 @@ void MainWindow::makeMenus()
     connect(machines, &MachineMenu::firmwareUploadRequested, this,
             [this](const QString& machine) { m_machineWindows->openFirmwareUpload(machine); });
     QMenu* services = menuBar()->addMenu(tr("Se&rvices"));
-    services->addActions({m_restart, m_reconnect});
+    services->addActions({m_startService, m_stopService, m_restart, m_reconnect});
     auto* simulate = new SimulateMenu(m_facade, this);
     menuBar()->addMenu(simulate);
     connect(simulate, &SimulateMenu::failed, this, [this](const QString& text) {

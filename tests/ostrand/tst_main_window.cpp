@@ -189,7 +189,7 @@ private slots:
     void aNoticeCanBeClosed();
     void reconnectsWhenAsked();
     void restartsItsOwnServiceAfterAQuestion();
-    void anothersServiceCannotBeRestarted();
+    void controlsTheSystemsServiceWhereItIsNotItsOwn();
     void closesWithoutAQuestionWhenNothingRuns();
     void asksBeforeLeavingExports_data();
     void asksBeforeLeavingExports();
@@ -567,14 +567,18 @@ void tst_MainWindow::restartsItsOwnServiceAfterAQuestion()
     QTRY_COMPARE(world.link.state(), ServiceLink::Connected);
 }
 
-void tst_MainWindow::anothersServiceCannotBeRestarted()
+void tst_MainWindow::controlsTheSystemsServiceWhereItIsNotItsOwn()
 {
     TestLog log;
     World world;
     world.show();
-    QVERIFY(!world.action("restartService").isEnabled());
+    for (const char* name : {"startService", "stopService", "restartService"}) {
+        QVERIFY(world.action(name).isVisible());
+        QVERIFY(world.action(name).isEnabled());
+    }
     World own(true);
-    own.show();
+    QVERIFY(!own.action("startService").isVisible());
+    QVERIFY(!own.action("stopService").isVisible());
     QVERIFY(own.action("restartService").isEnabled());
 }
 
