@@ -17,7 +17,7 @@ constexpr int kLeft = 1;
 
 std::vector<ModelBox> slab()
 {
-    return {{{0, 0, 0}, {40, 40, 3}}};
+    return {{{0, 0, 0}, {28, 28, 3}}};
 }
 
 /** Leans over by 45 degrees, in steps as high as a layer. */

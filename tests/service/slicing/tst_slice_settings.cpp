@@ -77,6 +77,8 @@ private slots:
     void oddNumbersAreRefused();
     void extrudersAreChecked_data();
     void extrudersAreChecked();
+    void colorMatchedIsTheOnlyDissolvableTool_data();
+    void colorMatchedIsTheOnlyDissolvableTool();
     void unknownMaterialsPrintAsPla();
     void saysWhichToolsMayBeUsed_data();
     void saysWhichToolsMayBeUsed();
@@ -336,6 +338,44 @@ void tst_SliceSettings::extrudersAreChecked()
         machine);
     QCOMPARE(thrownText([&] { supports.settings(); }),
              isGood ? "nothing thrown" : "The supports" + problem);
+}
+
+void tst_SliceSettings::colorMatchedIsTheOnlyDissolvableTool_data()
+{
+    QTest::addColumn<std::string>("right");
+    QTest::addColumn<std::string>("left");
+    QTest::addColumn<int>("tool");
+
+    const auto row = [](const char* right, const char* left, ExtraPart::Tool tool) {
+        QTest::newRow((std::string(right) + ", " + left).c_str())
+            << std::string(right) << std::string(left) << int(tool);
+    };
+    row("pla", "abs", ExtraPart::SameAsModel);
+    row("abs", "dissolvable", ExtraPart::LeftTool);
+    row("dissolvable", "flexible", ExtraPart::RightTool);
+    row("dissolvable", "dissolvable", ExtraPart::SameAsModel);
+}
+
+void tst_SliceSettings::colorMatchedIsTheOnlyDissolvableTool()
+{
+    QFETCH(std::string, right);
+    QFETCH(std::string, left);
+    QFETCH(int, tool);
+    for (const auto extruder : {Slicer::Left, Slicer::Right, Slicer::Both}) {
+        BareSlice request = changed([&](Slicer& c) {
+            c.setExtruder(extruder);
+            c.setSupports(true);
+            c.setDoAutoSupport(true);
+        });
+        request.request.materials = {right, left};
+        QCOMPARE(int(request.settings().supports.tool), tool);
+
+        request.profile = profile();
+        request.profile->tools[0].material = right;
+        request.profile->tools[1].material = left;
+        request.profile->raft = ExtraPartChoice::ColorMatched;
+        QCOMPARE(int(request.settings().raft.tool), tool);
+    }
 }
 
 void tst_SliceSettings::unknownMaterialsPrintAsPla()
