@@ -20,6 +20,7 @@
 #include <trovek/text.h>
 
 #include <QEvent>
+#include <QPointer>
 #include <QPushButton>
 #include <QScopedValueRollback>
 #include <QTimer>
@@ -210,7 +211,12 @@ SlicerConfiguration MakeThingDialog::slicerConfiguration()
 
 bool MakeThingDialog::finalMakeOrExportCheck()
 {
-    return checkStrandelConfig(facade(), profile(), this);
+    const QPointer<MakeThingDialog> self(this);
+    QString error;
+    const bool passed = checkStrandelConfig(facade(), profile(), this, &error);
+    if (!self.isNull())
+        d->form.preview->showQuestion(error);
+    return passed;
 }
 
 void MakeThingDialog::sanitize()

@@ -26,7 +26,7 @@ public:
 
     /** Gives the cancel button the focus when the progress comes. */
     void showProgress(const QString& stage, int percent);
-    /** @param notice what went wrong with the last preview; empty for nothing */
+    /** @param notice what went wrong the last time; empty for nothing */
     void showQuestion(const QString& notice = QString());
     void clearNotice();
 

@@ -8,6 +8,7 @@
 #include "trovek-ui/trovekqt.h"
 
 #include <trovek/log.h>
+#include <trovek/text.h>
 
 #include <QDir>
 #include <QPointer>
@@ -51,16 +52,18 @@ bool check(TrovekQt& facade, const QDir& folder, QWidget* parent)
 
 } // namespace
 
-bool checkStrandelConfig(TrovekQt& facade, const Profile& profile, QWidget* parent)
+bool checkStrandelConfig(TrovekQt& facade, const Profile& profile, QWidget* parent, QString* error)
 {
+    error->clear();
     if (!profile.isOnDisk())
         return true;
     const QPointer<QWidget> guard(parent);
     const QDir folder(profile.path());
     try {
         return profile.slicer() != SlicerConfiguration::Strandel || check(facade, folder, parent);
-    } catch (const std::exception& error) {
-        TROVEK_LOG(0) << error.what() << std::endl;
+    } catch (const std::exception& caught) {
+        TROVEK_LOG(0) << caught.what() << std::endl;
+        *error = toQString(caught.what());
         if (!guard.isNull())
             tell<message::FailedToStartPrint>(parent);
         return false;

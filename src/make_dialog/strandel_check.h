@@ -1,5 +1,6 @@
 #pragma once
 
+class QString;
 class QWidget;
 
 namespace trovek {
@@ -13,7 +14,8 @@ class TrovekQt;
  *
  * May run the event loop, in which the profile and the parent may go away.
  * @param parent of the messages
+ * @param error  gets what is wrong, where the message is not the place to say it; else empty
  */
-bool checkStrandelConfig(TrovekQt& facade, const Profile& profile, QWidget* parent);
+bool checkStrandelConfig(TrovekQt& facade, const Profile& profile, QWidget* parent, QString* error);
 
 } // namespace trovek

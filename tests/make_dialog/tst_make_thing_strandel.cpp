@@ -139,6 +139,7 @@ void tst_MakeThingStrandel::refusesWhatIsTooNew()
     QVERIFY(opened.dialog->isVisible());
     QVERIFY(log.contains("finalMakeOrExportCheck didn't pass"));
     QCOMPARE(unitLog(log), QStringList());
+    QVERIFY(!opened.find<QLabel>("previewNotice").isVisible());
 }
 
 void tst_MakeThingStrandel::upgradesWhatIsOld()
@@ -260,6 +261,10 @@ void tst_MakeThingStrandel::tellsOfWhatCannotBeChecked()
 
     QCOMPARE(prints(world), std::size_t(0));
     QVERIFY(opened.dialog->isVisible());
+    // The message leaves it open what is wrong.
+    const auto& notice = opened.find<QLabel>("previewNotice");
+    QVERIFY(notice.isVisible());
+    QVERIFY2(notice.text().contains(logged), qPrintable(notice.text()));
 }
 
 void tst_MakeThingStrandel::tellsOfAnOddAnswer_data()
