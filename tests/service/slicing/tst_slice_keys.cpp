@@ -24,7 +24,7 @@ std::vector<ModelBox> slab()
 std::vector<ModelBox> leaning()
 {
     std::vector<ModelBox> boxes;
-    for (int step = 0; step < 60; ++step)
+    for (int step = 0; step < 15; ++step)
         boxes.push_back({{step * 0.2, 0, step * 0.2}, {12 + step * 0.2, 12, (step + 1) * 0.2}});
     return boxes;
 }
