@@ -1,15 +1,16 @@
 #include "reconstruction.h"
 
 #include "eigen_vector.h"
+#include "even_density.h"
 #include "mesh.h"
 #include "point_cloud.h"
-#include "point_cloud_filter.h"
 #include "progress_part.h"
 #include "surface_mesh.h"
 
 #include <CGAL/IO/facets_in_complex_2_to_triangle_mesh.h>
 #include <CGAL/Implicit_surface_3.h>
 #include <CGAL/Poisson_reconstruction_function.h>
+#include <CGAL/Polygon_mesh_processing/orientation.h>
 #include <CGAL/Surface_mesh_default_triangulation_3.h>
 #include <CGAL/compute_average_spacing.h>
 #include <CGAL/jet_estimate_normals.h>
@@ -41,6 +42,11 @@ constexpr double kFlat = 1e-5;
 constexpr double kDegrees = 20;
 constexpr double kSize = 3;
 constexpr double kDistance = 0.25;
+/** Points that the mesher begins at: so many at most, and for as many points at least; and how far
+ * from the cloud's the surface may be there, in average spacings. */
+constexpr std::size_t kSeeds = 300;
+constexpr std::size_t kPointsPerSeed = 50;
+constexpr double kSeedReach = 3;
 /** About how often the mesher looks at the function for each point, and how often it may: it goes
  * on for ever about a surface that is none. */
 constexpr std::size_t kExpectedLooks = 40;
@@ -93,18 +99,6 @@ OrientedPoints pointsOf(const PointCloud& cloud)
                                                   : toDirection(cloud.normals[number]));
     }
     return points;
-}
-
-OrientedPoints pointsOfThinned(const PointCloud& cloud, const ProgressPart& progress)
-{
-    OrientedPoints points = pointsOf(cloud);
-    const double count = double(points.size());
-    if (points.size() <= kMostPoints)
-        return points;
-    const double gridSize =
-        averageSpacing(points, progress.part(0, 0.7)) * std::sqrt(count / double(kMostPoints));
-    const ProgressPart thinning = progress.part(0.7, 1);
-    return pointsOf(thinned(cloud, gridSize, thinning.callback()));
 }
 
 /** Out of the surface. Neighbours agree, and the highest of those that hang together points up. */
@@ -183,16 +177,36 @@ void computeFunction(PoissonFunction& function, std::size_t points, const Progre
         throw GeometryError(kNoSurface);
 }
 
-SurfaceMesh meshOf(const PoissonFunction& function, std::size_t points, double spacing,
+/** Points on the surface for the mesher to begin at; by itself it would find the largest part only.
+ */
+template <typename Surface>
+void insertSeeds(Triangulation& triangulation, const Surface& surface, const OrientedPoints& points,
+                 double spacing)
+{
+    using Oracle = typename CGAL::Surface_mesh_traits_generator_3<Surface>::type;
+    const Oracle oracle;
+    const std::size_t step = std::max(kPointsPerSeed, points.size() / kSeeds);
+    for (std::size_t number = 0; number < points.size(); number += step) {
+        const auto& [point, normal] = points[number];
+        const Kernel::Vector_3 across = kSeedReach * spacing * normal;
+        const Kernel::Segment_3 segment(point - across, point + across);
+        const CGAL::Object met = oracle.intersect_3_object()(surface, segment);
+        if (const auto* const seed = CGAL::object_cast<Triangulation::Point>(&met))
+            triangulation.insert(*seed);
+    }
+}
+
+SurfaceMesh meshOf(const PoissonFunction& function, const OrientedPoints& points, double spacing,
                    const ProgressPart& progress)
 {
     const double radius = 5 * std::sqrt(function.bounding_sphere().squared_radius());
     std::size_t looks = 0;
     const CGAL::Implicit_surface_3<Kernel, WatchedFunction> surface(
-        WatchedFunction(function, points, looks, progress),
+        WatchedFunction(function, points.size(), looks, progress),
         Kernel::Sphere_3(function.get_inner_point(), radius * radius),
         kDistance * spacing / 1000 / radius);
     Triangulation triangulation;
+    insertSeeds(triangulation, surface, points, spacing);
     CGAL::Surface_mesh_complex_2_in_triangulation_3<Triangulation> facets(triangulation);
     CGAL::make_surface_mesh(facets, surface,
                             CGAL::Surface_mesh_default_criteria_3<Triangulation>(
@@ -201,6 +215,15 @@ SurfaceMesh meshOf(const PoissonFunction& function, std::size_t points, double s
     SurfaceMesh mesh;
     CGAL::facets_in_complex_2_to_triangle_mesh(facets, mesh);
     return mesh;
+}
+
+/** CGAL keeps them by where they lie in memory, which differs each time. */
+void orderTriangles(Mesh& mesh)
+{
+    for (std::array<std::uint32_t, 3>& triangle : mesh.triangles)
+        std::rotate(triangle.begin(), std::min_element(triangle.begin(), triangle.end()),
+                    triangle.end());
+    std::sort(mesh.triangles.begin(), mesh.triangles.end());
 }
 
 } // namespace
@@ -216,21 +239,24 @@ Mesh reconstructed(const PointCloud& cloud, const Progress& progress)
     whole.report(0);
     return askCgal(kNoSurface, [&] {
         requireThickness(cloud.positions);
-        OrientedPoints points = pointsOfThinned(cloud, whole.part(0, 0.1));
+        OrientedPoints points =
+            pointsOf(evenlyThinned(cloud, kNormalNeighbors, kMostPoints, whole.part(0, 0.15)));
+        if (points.size() < kFewestPoints)
+            throw GeometryError("Too many points of the cloud are the same");
         if (cloud.normals.empty())
-            estimateNormals(points, whole.part(0.1, 0.25));
+            estimateNormals(points, whole.part(0.15, 0.25));
         if (points.size() < kFewestPoints)
             throw GeometryError(kNoSurface);
         const double spacing = averageSpacing(points, whole.part(0.25, 0.3));
         PoissonFunction function(points.begin(), points.end(), PointMap(), NormalMap());
         computeFunction(function, points.size(), whole.part(0.3, 0.7));
-        Mesh mesh = fromCgal(meshOf(function, points.size(), spacing, whole.part(0.7, 0.99)));
-        if (!isClosed(mesh))
+        SurfaceMesh surface = meshOf(function, points, spacing, whole.part(0.7, 0.99));
+        if (surface.is_empty() || !CGAL::is_closed(surface))
             throw GeometryError(kNoSurface);
-        if (volume(mesh) < 0) {
-            for (std::array<std::uint32_t, 3>& triangle : mesh.triangles)
-                std::swap(triangle[1], triangle[2]);
-        }
+        // Each part comes out either way.
+        CGAL::Polygon_mesh_processing::orient_to_bound_a_volume(surface);
+        Mesh mesh = fromCgal(surface);
+        orderTriangles(mesh);
         whole.report(1);
         return mesh;
     });

@@ -117,11 +117,15 @@ void require(TextWords& words, std::string_view expected)
 
 Vector readCoordinates(TextWords& words)
 {
+    // Single precision, as in binary files: more digits would keep equal corners apart.
+    const auto next = [&words] {
+        return double(float(words.coordinate(words.next())));
+    };
     // One after the other: the order in which arguments are computed is not said.
     Vector vector;
-    vector.x = words.coordinate(words.next());
-    vector.y = words.coordinate(words.next());
-    vector.z = words.coordinate(words.next());
+    vector.x = next();
+    vector.y = next();
+    vector.z = next();
     return vector;
 }
 

@@ -61,8 +61,14 @@ void replaceFile(const std::string& path, const std::function<void(const ByteSin
     if (!file.open(QIODevice::WriteOnly))
         failToWrite(path, file.errorString().toStdString());
     write([&](const char* bytes, std::size_t size) {
-        if (file.write(bytes, qint64(size)) != qint64(size))
-            failToWrite(path, file.errorString().toStdString());
+        // On a full disk a part is written first; why no more is only said when the rest fails.
+        while (size > 0) {
+            const qint64 count = file.write(bytes, qint64(size));
+            if (count <= 0)
+                failToWrite(path, file.errorString().toStdString());
+            bytes += count;
+            size -= std::size_t(count);
+        }
     });
     if (!file.commit())
         failToWrite(path, file.errorString().toStdString());
