@@ -97,8 +97,9 @@ void photographModels(Host& host, Robot& robot,
     steps.chooseType(dialog, trovek::Printer::Fabrino2X);
     photograph(dialog, QStringLiteral("thing-dual"), QStringLiteral("Two extruders"));
     MakeSteps::button(dialog, "advancedHeader").click();
-    photograph(dialog, QStringLiteral("thing-advanced"), QStringLiteral("Advanced options"));
     auto* infill = dialog.findChild<QSpinBox*>(QStringLiteral("infill"));
+    robot.waitFor([infill] { return infill->isVisible(); }, QStringLiteral("the advanced options"));
+    photograph(dialog, QStringLiteral("thing-advanced"), QStringLiteral("Advanced options"));
     infill->setValue(infill->value() + 30);
     photograph(dialog, QStringLiteral("thing-changed"), QStringLiteral("With changed numbers"));
 

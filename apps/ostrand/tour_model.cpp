@@ -108,6 +108,12 @@ void ModelTour::printAfterPreview()
     QDialog& dialog = m_steps.openDialog(false);
     const trovek::Printer& machine = m_steps.chooseExtruders(dialog, m_extruders);
     m_say(QStringLiteral("Preview, then print on ") + trovek::toQString(machine.displayName()));
+    // A part that is printed by one extruder may hang over; the choice is remembered for exports.
+    if (machine.numberOfExtruders() == 1) {
+        auto& supports = MakeSteps::button(dialog, "supportsCheckBox");
+        if (!supports.isChecked())
+            supports.click();
+    }
     auto& wanted = MakeSteps::button(dialog, "previewWanted");
     if (!wanted.isChecked())
         wanted.click();

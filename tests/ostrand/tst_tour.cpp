@@ -181,6 +181,9 @@ void tst_Tour::checkExport(const QString& path, const trovek::service::MachineDe
     for (std::size_t i = 0; i < heights.size(); ++i)
         QVERIFY2(qAbs(heights[i] - 0.2 * double(i + 1)) < 0.001, qPrintable(path));
     QCOMPARE(code.tools(), tools);
+    // The bracket's arm hangs over.
+    if (tools.size() == 1)
+        QVERIFY2(code.features().count("Support material") == 1, qPrintable(path));
     for (const int tool : tools) {
         const auto celsius = code.toolCelsius.find(tool);
         QVERIFY(celsius != code.toolCelsius.end());
