@@ -29,6 +29,8 @@ private slots:
     void offersTcpWithAndWithoutAPort_data();
     void offersTcpWithAndWithoutAPort();
     void writesItsLogToAFile();
+    void offersTheFirmwareOfAFolder_data();
+    void offersTheFirmwareOfAFolder();
     void explainsItsOptions();
     void refusesOptions_data();
     void refusesOptions();
@@ -235,6 +237,46 @@ void tst_Trovekd::writesItsLogToAFile()
     QVERIFY2(text.contains("Shutting down"), text.constData());
 }
 
+void tst_Trovekd::offersTheFirmwareOfAFolder_data()
+{
+    QTest::addColumn<QString>("address");
+
+    QTest::newRow("an absolute path") << QStringLiteral("FOLDER/catalogue");
+    QTest::newRow("a path from where it is started") << QStringLiteral("catalogue");
+    QTest::newRow("an address") << QStringLiteral("file://FOLDER/catalogue");
+}
+
+void tst_Trovekd::offersTheFirmwareOfAFolder()
+{
+    QFETCH(QString, address);
+    TestLog log;
+    const QTemporaryDir folder;
+    QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("catalogue")));
+    QFile index(folder.filePath(QStringLiteral("catalogue/catalogue.json")));
+    QVERIFY(index.open(QIODevice::WriteOnly));
+    index.write(R"({"firmware": [{"machine": "mine", "type": "fabrino_2", "version": "9.9",
+                    "description": "", "file": "a.fw", "size": 1, "sha256": ")" +
+                QByteArray(64, '0') + "\"}]}");
+    index.close();
+    Daemon daemon(folder.path());
+    daemon.process().setWorkingDirectory(folder.path());
+    QVERIFY(!daemon
+                 .start({QStringLiteral("--firmware"),
+                         address.replace(QLatin1String("FOLDER"), folder.path()),
+                         QStringLiteral("--firmware-cache"), QStringLiteral("cache")})
+                 .isEmpty());
+    RecordingTrovek client;
+    client.connectToDaemon(Address::local(toStdString(daemon.socket())));
+
+    const Json::Value machines = client.getUploadableMachines();
+
+    QCOMPARE(machines.size(), 1U);
+    QCOMPARE(machines[0].asString(), std::string("mine"));
+    // Nothing is there that could be downloaded.
+    QCOMPARE(errorOf([&] { client.downloadFirmware("mine", 3, FirmwareVersion("9.9")); }),
+             std::string("FirmwareImageError"));
+}
+
 void tst_Trovekd::explainsItsOptions()
 {
     TestLog log;
@@ -243,8 +285,8 @@ void tst_Trovekd::explainsItsOptions()
     QCOMPARE(daemon.waitForEnd(), 0);
 
     const QByteArray text = daemon.process().readAllStandardOutput();
-    for (const char* option :
-         {"--socket", "--state", "--machines", "--time-scale", "--tcp", "--log", "--help"})
+    for (const char* option : {"--socket", "--state", "--machines", "--firmware",
+                               "--firmware-cache", "--time-scale", "--tcp", "--log", "--help"})
         QVERIFY2(text.contains(option), option);
 }
 
@@ -265,6 +307,9 @@ void tst_Trovekd::refusesOptions_data()
         << QByteArray("--time-scale needs a number above 0");
     QTest::newRow("a port that is none")
         << QStringList{QStringLiteral("--tcp=70000")} << QByteArray("--tcp needs a port number");
+    QTest::newRow("no address of firmware")
+        << QStringList{QStringLiteral("--firmware"), QStringLiteral("ftp://site/firmware")}
+        << QByteArray("Neither a folder nor an address of firmware: \"ftp://site/firmware\"");
     QTest::newRow("a missing machines file")
         << QStringList{QStringLiteral("--machines"), QStringLiteral("/nowhere/m.json")}
         << QByteArray("Cannot read the machines file \"/nowhere/m.json\"");

@@ -43,6 +43,10 @@ private slots:
     void aResetOfTheMemoryTakesTime();
     void aResetEndsWithTheMachine();
     void aResetNeedsAnIdleMachine();
+    void writingFirmwareTakesTime();
+    void writingFirmwareNeedsAnIdleMachine();
+    void writingFirmwareEndsWithTheMachine();
+    void writingFirmwareFailsOnceOnRequest();
     void firmwareSurvivesARestart();
     void aSavedPositionOutsideIsBroughtToTheEndStops();
     void spoiltStateIsLikeNone_data();
@@ -485,6 +489,71 @@ void tst_VirtualMachine::aResetNeedsAnIdleMachine()
     QTRY_COMPARE(f.machine->readMemory(0, 1), QByteArray("n"));
     f.machine->run(planOf({moveTo(1, 1, 1, 1)}));
     QVERIFY_EXCEPTION_THROWN(f.machine->resetMemory(image), std::logic_error);
+}
+
+void tst_VirtualMachine::writingFirmwareTakesTime()
+{
+    Fixture f(100);
+    f.open();
+    QSignalSpy written(f.machine.get(), &MachineDriver::firmwareWritten);
+    f.machine->writeFirmware("9.10", QByteArray(10, 'x'));
+    QCOMPARE(f.machine->firmwareVersion(), definition().firmwareVersion);
+    QVERIFY(written.wait(30000));
+    QCOMPARE(written, (QList<QVariantList>{{QString()}}));
+    QCOMPARE(f.machine->firmwareVersion(), std::string("9.10"));
+    // At once, not with the next saving of its temperatures.
+    f.restart();
+    QCOMPARE(f.machine->firmwareVersion(), std::string("9.10"));
+}
+
+void tst_VirtualMachine::writingFirmwareNeedsAnIdleMachine()
+{
+    Fixture f;
+    const QByteArray image(10, 'x');
+    QVERIFY_EXCEPTION_THROWN(f.machine->writeFirmware("9.10", image), std::logic_error);
+    f.open();
+    f.machine->writeFirmware("9.10", image);
+    QVERIFY_EXCEPTION_THROWN(f.machine->writeFirmware("9.11", image), std::logic_error);
+    QVERIFY_EXCEPTION_THROWN(f.machine->run(planOf({moveTo(1, 1, 1, 1)})), std::logic_error);
+    QVERIFY_EXCEPTION_THROWN(f.machine->resetMemory(image), std::logic_error);
+    QTRY_COMPARE(f.machine->firmwareVersion(), std::string("9.10"));
+    f.machine->run(planOf({moveTo(1, 1, 1, 1)}));
+    QVERIFY_EXCEPTION_THROWN(f.machine->writeFirmware("9.11", image), std::logic_error);
+}
+
+void tst_VirtualMachine::writingFirmwareEndsWithTheMachine()
+{
+    Fixture f(1);
+    f.open();
+    QSignalSpy written(f.machine.get(), &MachineDriver::firmwareWritten);
+    f.machine->writeFirmware("9.10", QByteArray(10, 'x'));
+    f.machine->close();
+    f.open();
+    QCOMPARE(f.machine->firmwareVersion(), definition().firmwareVersion);
+    QVERIFY(written.isEmpty());
+    // It can be given firmware again.
+    f.machine->writeFirmware("9.10", QByteArray(10, 'x'));
+}
+
+void tst_VirtualMachine::writingFirmwareFailsOnceOnRequest()
+{
+    Fixture f;
+    f.open();
+    QSignalSpy written(f.machine.get(), &MachineDriver::firmwareWritten);
+    QVERIFY(f.machine->simulateUploadFailure(100));
+    f.machine->writeFirmware("9.10", QByteArray(10, 'x'));
+    QVERIFY(written.wait(30000));
+    QCOMPARE(written.takeFirst().at(0).toString(),
+             QStringLiteral("The machine took no more of the firmware after 100 percent"));
+    QCOMPARE(f.machine->firmwareVersion(), definition().firmwareVersion);
+    f.machine->writeFirmware("9.10", QByteArray(10, 'x'));
+    QVERIFY(written.wait(30000));
+    QCOMPARE(written.takeFirst().at(0).toString(), QString());
+    QVERIFY(f.machine->simulateUploadFailure(0));
+    QVERIFY(f.machine->simulateUploadFailure(std::nullopt));
+    f.machine->writeFirmware("9.11", QByteArray(10, 'x'));
+    QVERIFY(written.wait(30000));
+    QCOMPARE(f.machine->firmwareVersion(), std::string("9.11"));
 }
 
 void tst_VirtualMachine::firmwareSurvivesARestart()
