@@ -1,6 +1,9 @@
 #include "service/slicing/bare_slices.h"
 #include "service/slicing/small_models.h"
 
+#include <gcode/gcode_program.h>
+#include <slicing/slice_code.h>
+
 #include <QTest>
 
 #include <cmath>
@@ -141,6 +144,8 @@ private slots:
     void aMachineWithOneExtruderPrintsEverythingWithIt();
     void materialsDecideCoolingAndRetraction();
     void eachToolIsTheRightOneForItsFilament();
+    void machinesRunWhatWasSliced_data();
+    void machinesRunWhatWasSliced();
 
 private:
     void addExtraParts();
@@ -317,7 +322,7 @@ void tst_SliceFields::infill()
     double all = 0;
     for (const std::string& feature : m_slices["infill 100"].features())
         all += m_slices["infill 100"].paths(feature).filament;
-    const double filamentArea = M_PI / 4 * 1.75 * 1.75;
+    const double filamentArea = std::acos(-1) / 4 * 1.75 * 1.75;
     QVERIFY(isNear(all * filamentArea, 30 * 30 * 4, 30 * 30 * 4 * 0.05));
 }
 
@@ -594,6 +599,41 @@ void tst_SliceFields::eachToolIsTheRightOneForItsFilament()
     QVERIFY(isNear(file.retraction.at(kLeft), 3.6, 1e-4));
     // The fan goes with the tool.
     QVERIFY(file.fan.size() > 10);
+}
+
+void tst_SliceFields::machinesRunWhatWasSliced_data()
+{
+    QTest::addColumn<bool>("right");
+    QTest::addColumn<bool>("left");
+
+    QTest::newRow("plain") << true << false;
+    QTest::newRow("left") << false << true;
+    QTest::newRow("pair") << true << true;
+    QTest::newRow("raft 0 supports 1 model 1") << true << true;
+    QTest::newRow("raft 1 supports 0 model 1") << true << true;
+    QTest::newRow("raft 1 supports 0 model 0") << true << true;
+    QTest::newRow("automatic abs dissolvable") << true << true;
+}
+
+void tst_SliceFields::machinesRunWhatWasSliced()
+{
+    QFETCH(bool, right);
+    QFETCH(bool, left);
+    const MachineDefinition machine = machineOfType("fabrino_2x");
+    const SliceSettings settings = changed([](Slicer&) {}).settings();
+    const StartEndCode code = sliceCode(machine, settings, {right, left}, nullptr);
+    std::vector<GCodeSection> sections;
+    sections.push_back({"Start code", byteSourceOf(code.start)});
+    sections.push_back(
+        {std::string(), byteSourceOf(m_slices.text(QTest::currentDataTag()).toStdString())});
+    sections.push_back({"End code", byteSourceOf(code.end)});
+
+    GCodeProgram program(machine, std::move(sections), GCodeProgram::RefuseCold);
+    MachineCommand command;
+    while (program.next(command)) {
+    }
+
+    QCOMPARE(program.remarks().toString(), std::string());
 }
 
 QTEST_GUILESS_MAIN(tst_SliceFields)
