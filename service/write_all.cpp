@@ -2,15 +2,15 @@
 
 #include <trovek/text.h>
 
-#include <QFile>
+#include <QIODevice>
 
 namespace trovek::service {
 
-WriteError::WriteError(const QFile& file)
+WriteError::WriteError(const QIODevice& file)
     : std::runtime_error(toStdString(file.errorString()))
 {}
 
-void writeAll(QFile& file, const char* bytes, qint64 size)
+void writeAll(QIODevice& file, const char* bytes, qint64 size)
 {
     while (size > 0) {
         const qint64 written = file.write(bytes, size);

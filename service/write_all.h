@@ -4,7 +4,7 @@
 
 #include <stdexcept>
 
-class QFile;
+class QIODevice;
 
 namespace trovek::service {
 
@@ -12,10 +12,10 @@ namespace trovek::service {
 class WriteError : public std::runtime_error
 {
 public:
-    explicit WriteError(const QFile& file);
+    explicit WriteError(const QIODevice& file);
 };
 
-/** Writes all of it. QFile takes what fits on a disk for a success and gives no error then. */
-void writeAll(QFile& file, const char* bytes, qint64 size);
+/** Writes all of it. A file takes what fits on a disk for a success and gives no error then. */
+void writeAll(QIODevice& file, const char* bytes, qint64 size);
 
 } // namespace trovek::service

@@ -1,14 +1,12 @@
 #include "slicing/model_archive.h"
 
 #include "gcode/gcode_estimate.h"
+#include "slicing/xml_filter.h"
 #include "slicing/zip_archive.h"
-#include "write_all.h"
 
-#include <QFile>
+#include <QBuffer>
 #include <QSet>
 #include <QString>
-#include <QXmlStreamReader>
-#include <QXmlStreamWriter>
 
 #include <algorithm>
 #include <stdexcept>
@@ -21,6 +19,7 @@ constexpr qint64 kMostSettingsBytes = 64 << 20;
 constexpr qint64 kMostShapeBytes = qint64(2) << 30;
 constexpr qint64 kMostPaintedBytes = qint64(1) << 29;
 constexpr int kFirstBytes = 1024;
+constexpr int kPieceBytes = 1 << 16;
 
 constexpr char kShapes[] = "3d/";
 constexpr char kShapeSuffix[] = ".model";
@@ -61,59 +60,6 @@ QByteArray unpacked(ZipReader& archive, const ZipEntry& entry, qint64 most)
     return bytes;
 }
 
-/** Writes the elements that it is told to, as they come. */
-class XmlFilter
-{
-public:
-    XmlFilter(QXmlStreamReader& reader, QXmlStreamWriter& writer)
-        : m_reader(reader)
-        , m_writer(writer)
-    {
-        // Names are compared as they stand, as slicers do.
-        m_reader.setNamespaceProcessing(false);
-        m_writer.writeStartDocument();
-    }
-
-    /** @param isKept of the element that begins */
-    template <typename IsKept>
-    void run(IsKept isKept, const GoOn& goOn)
-    {
-        int elements = 0;
-        while (!m_reader.atEnd()) {
-            switch (m_reader.readNext()) {
-            case QXmlStreamReader::StartElement:
-                if (++elements % kElementsBetweenChecks == 0)
-                    check(goOn);
-                if (!isKept(m_reader.name(), m_reader.attributes())) {
-                    m_reader.skipCurrentElement();
-                    break;
-                }
-                m_writer.writeStartElement(m_reader.name().toString());
-                m_writer.writeAttributes(m_reader.attributes());
-                break;
-            case QXmlStreamReader::EndElement:
-                m_writer.writeEndElement();
-                break;
-            case QXmlStreamReader::Characters:
-                if (!m_reader.isWhitespace())
-                    m_writer.writeCharacters(m_reader.text().toString());
-                break;
-            default:
-                break;
-            }
-        }
-        if (m_reader.hasError())
-            throw std::runtime_error("it is damaged");
-        m_writer.writeEndDocument();
-    }
-
-private:
-    static constexpr int kElementsBetweenChecks = 4096;
-
-    QXmlStreamReader& m_reader;
-    QXmlStreamWriter& m_writer;
-};
-
 /** Whether tools are painted on the shape. */
 bool isPainted(ZipReader& archive, const ZipEntry& entry, const GoOn& goOn)
 {
@@ -129,7 +75,7 @@ bool isPainted(ZipReader& archive, const ZipEntry& entry, const GoOn& goOn)
     return isFound;
 }
 
-QByteArray keptPartSettings(const QByteArray& settings, PartTools tools, const GoOn& goOn)
+QByteArray keptPartSettings(const QByteArray& settings, PartTools tools)
 {
     static const QSet<QString> elements{QStringLiteral("config"), QStringLiteral("object"),
                                         QStringLiteral("volume")};
@@ -137,21 +83,21 @@ QByteArray keptPartSettings(const QByteArray& settings, PartTools tools, const G
                        QStringLiteral("volume_type"), QStringLiteral("matrix")};
     if (tools == PartTools::Kept)
         keys.insert(QStringLiteral("extruder"));
-    QByteArray kept;
-    QXmlStreamReader reader(settings);
-    QXmlStreamWriter writer(&kept);
-    XmlFilter(reader, writer)
-        .run(
-            [&keys](const QStringRef& name, const QXmlStreamAttributes& attributes) {
-                if (name == QLatin1String("metadata"))
-                    return keys.contains(attributes.value(QLatin1String("key")).toString());
-                return elements.contains(name.toString());
-            },
-            goOn);
-    return kept;
+    QBuffer kept;
+    kept.open(QIODevice::WriteOnly);
+    XmlFilter filter(kept, [&keys](const QStringRef& name, const QXmlStreamAttributes& attributes) {
+        if (name == QLatin1String("metadata"))
+            return keys.contains(attributes.value(QLatin1String("key")).toString());
+        return elements.contains(name.toString());
+    });
+    filter.take(settings.constData(), settings.size());
+    filter.finish();
+    return kept.data();
 }
 
-void keepAmf(QIODevice& input, QIODevice& output, PartTools tools, const GoOn& goOn)
+/** @param read hands an AMF over, piece by piece */
+void keepAmf(const std::function<void(const ByteTaker& take)>& read, QIODevice& output,
+             PartTools tools)
 {
     QSet<QString> types{
         QStringLiteral("name"),
@@ -175,22 +121,30 @@ void keepAmf(QIODevice& input, QIODevice& output, PartTools tools, const GoOn& g
         return names;
     }();
     bool isAmf = false;
-    QXmlStreamReader reader(&input);
-    QXmlStreamWriter writer(&output);
-    XmlFilter(reader, writer)
-        .run(
-            [&](const QStringRef& name, const QXmlStreamAttributes& attributes) {
-                isAmf = isAmf || name == QLatin1String("amf");
-                if (name == QLatin1String("metadata"))
-                    return types.contains(attributes.value(QLatin1String("type")).toString());
-                return elements.contains(name.toString());
-            },
-            goOn);
+    XmlFilter filter(output, [&](const QStringRef& name, const QXmlStreamAttributes& attributes) {
+        isAmf = isAmf || name == QLatin1String("amf");
+        if (name == QLatin1String("metadata"))
+            return types.contains(attributes.value(QLatin1String("type")).toString());
+        return elements.contains(name.toString());
+    });
+    read([&filter](const char* bytes, qint64 size) { filter.take(bytes, size); });
+    filter.finish();
     if (!isAmf)
         throw std::runtime_error("it is not in the format AMF");
 }
 
-bool isZip(QFile& input)
+void readAll(QIODevice& input, const ByteTaker& take, const GoOn& goOn)
+{
+    for (;;) {
+        check(goOn);
+        const QByteArray piece = input.read(kPieceBytes);
+        if (piece.isEmpty())
+            return;
+        take(piece.constData(), piece.size());
+    }
+}
+
+bool isZip(QIODevice& input)
 {
     input.seek(0);
     return input.peek(2) == "PK";
@@ -198,7 +152,7 @@ bool isZip(QFile& input)
 
 } // namespace
 
-void copyThreeMf(QFile& input, QFile& output, PartTools tools, const GoOn& goOn)
+void copyThreeMf(QIODevice& input, QIODevice& output, PartTools tools, const GoOn& goOn)
 {
     ZipReader archive(input);
     ZipWriter copy(output);
@@ -207,7 +161,7 @@ void copyThreeMf(QFile& input, QFile& output, PartTools tools, const GoOn& goOn)
         const QByteArray name = nameOf(entry);
         if (name == kPartSettings) {
             copy.add(entry.name,
-                     keptPartSettings(unpacked(archive, entry, kMostSettingsBytes), tools, goOn));
+                     keptPartSettings(unpacked(archive, entry, kMostSettingsBytes), tools));
             continue;
         }
         const bool isPackage =
@@ -235,10 +189,10 @@ void copyThreeMf(QFile& input, QFile& output, PartTools tools, const GoOn& goOn)
     copy.finish();
 }
 
-void copyAmf(QFile& input, QFile& output, PartTools tools, const GoOn& goOn)
+void copyAmf(QIODevice& input, QIODevice& output, PartTools tools, const GoOn& goOn)
 {
     if (!isZip(input)) {
-        keepAmf(input, output, tools, goOn);
+        keepAmf([&](const ByteTaker& take) { readAll(input, take, goOn); }, output, tools);
         return;
     }
     ZipReader archive(input);
@@ -250,19 +204,16 @@ void copyAmf(QFile& input, QFile& output, PartTools tools, const GoOn& goOn)
         throw std::runtime_error("it is not in the format AMF");
     if (found->size > kMostShapeBytes)
         throw std::runtime_error("it is too large");
-    QFile whole(output.fileName() + QStringLiteral(".unpacked"));
-    if (!whole.open(QIODevice::ReadWrite | QIODevice::Truncate))
-        throw WriteError(whole);
-    archive.read(*found, [&](const char* bytes, qint64 size) {
-        check(goOn);
-        writeAll(whole, bytes, size);
-    });
-    whole.seek(0);
-    keepAmf(whole, output, tools, goOn);
-    whole.remove();
+    const auto unpack = [&](const ByteTaker& take) {
+        archive.read(*found, [&](const char* bytes, qint64 size) {
+            check(goOn);
+            take(bytes, size);
+        });
+    };
+    keepAmf(unpack, output, tools);
 }
 
-QByteArray formatOfThing(QFile& input)
+QByteArray formatOfThing(QIODevice& input)
 {
     if (!isZip(input))
         return input.peek(kFirstBytes).contains("<amf") ? "amf" : QByteArray();

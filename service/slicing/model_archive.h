@@ -4,7 +4,7 @@
 
 #include <functional>
 
-class QFile;
+class QIODevice;
 
 namespace trovek::service {
 
@@ -19,14 +19,16 @@ enum class PartTools { Kept, Dropped };
  * name programs to run.
  * @param goOn asked often; false ends it
  * @throws std::runtime_error the second half of a sentence such as "it is damaged"
- * @throws GCodeCanceled
+ * @throws WriteError, GCodeCanceled
  */
-void copyThreeMf(QFile& input, QFile& output, PartTools tools, const std::function<bool()>& goOn);
+void copyThreeMf(QIODevice& input, QIODevice& output, PartTools tools,
+                 const std::function<bool()>& goOn);
 
-/** The same of an AMF, packed or not; the copy is not. Needs room beside the output. */
-void copyAmf(QFile& input, QFile& output, PartTools tools, const std::function<bool()>& goOn);
+/** The same of an AMF, packed or not; the copy is not. */
+void copyAmf(QIODevice& input, QIODevice& output, PartTools tools,
+             const std::function<bool()>& goOn);
 
 /** "3mf" or "amf": what a thing is inside; empty for anything else. */
-QByteArray formatOfThing(QFile& input);
+QByteArray formatOfThing(QIODevice& input);
 
 } // namespace trovek::service

@@ -2,7 +2,7 @@
 
 #include "write_all.h"
 
-#include <QFile>
+#include <QIODevice>
 #include <QtEndian>
 
 #include <zlib.h>
@@ -201,7 +201,7 @@ void ZipReader::read(const ZipEntry& entry, const ByteTaker& take)
         fail("it is damaged");
 }
 
-ZipWriter::ZipWriter(QFile& file)
+ZipWriter::ZipWriter(QIODevice& file)
     : m_file(file)
 {}
 

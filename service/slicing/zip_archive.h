@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-class QFile;
 class QIODevice;
 
 namespace trovek::service {
@@ -52,12 +51,12 @@ private:
     std::vector<ZipEntry> m_entries;
 };
 
-/** Writes a ZIP archive. Each call throws std::runtime_error when the file cannot be written. */
+/** Writes a ZIP archive. Each call throws WriteError when the file cannot be written. */
 class ZipWriter
 {
 public:
     /** @param file open, at its beginning; not owned */
-    explicit ZipWriter(QFile& file);
+    explicit ZipWriter(QIODevice& file);
 
     /** Begins a file whose packed bytes come next. */
     void begin(const ZipEntry& entry);
@@ -68,7 +67,7 @@ public:
 private:
     void write(const QByteArray& bytes);
 
-    QFile& m_file;
+    QIODevice& m_file;
     std::vector<ZipEntry> m_entries;
 };
 
