@@ -65,18 +65,19 @@ void tst_MakeThingFaults::staysUsableWhateverBreaks()
     QFETCH(QStringList, texts);
     ThingWorld world(m_facade);
     const OpenedPreview opened(world);
-    m_facade.setDeadlineScale(0.02);
     const std::string name = method.toStdString();
-    if (fault == "hangs")
+    if (fault == "hangs") {
+        m_facade.setDeadlineScale(0.05);
         world.service.hangNext(name);
-    else if (fault == "drops instead")
+    } else if (fault == "drops instead") {
         world.service.dropConnectionOn(name);
-    else if (fault == "drops after")
+    } else if (fault == "drops after") {
         world.service.dropConnectionOn(name, ScriptedService::Drop::AfterAnswering);
-    else if (fault == "answers nonsense")
+    } else if (fault == "answers nonsense") {
         world.service.answerNext(name, Json::Value("nonsense"));
-    else
+    } else {
         world.service.failNext(name, JsonRpcException("no"));
+    }
     ModalDriver driver;
     driver.expectMessage(texts);
 
@@ -98,7 +99,7 @@ void tst_MakeThingFaults::cancelsAgainstAServiceThatHangs()
     const OpenedPreview opened(world);
     opened.clickMain();
     QVERIFY(opened.isSlicing());
-    m_facade.setDeadlineScale(0.02);
+    m_facade.setDeadlineScale(0.05);
     world.service.hangNext("cancel_job");
     ModalDriver driver;
 
