@@ -445,16 +445,16 @@ void tst_GCodeProgram::refusesAnArcThatLeavesTheVolume()
 void tst_GCodeProgram::refusesColdExtrusionOnlyWhenAsked()
 {
     const MachineDefinition machine = machineOfType(Printer::Fabrino2);
-    const std::string gcode = "G1 E-1 F60\nM104 S169\nG1 E0\nM104 S170\nG1 E1\n";
+    const std::string gcode = "G1 E-1 F60\nM104 S89\nG1 E0\nM104 S90\nG1 E1\n";
 
     QCOMPARE(programText(machine, gcode),
-             QStringLiteral("move 0 0 0 -1 0 at 1\nheat 0 to 169\nmove 0 0 0 0 0 at 1 pushing\n"
-                            "heat 0 to 170\nmove 0 0 0 1 0 at 1 pushing\n"
+             QStringLiteral("move 0 0 0 -1 0 at 1\nheat 0 to 89\nmove 0 0 0 0 0 at 1 pushing\n"
+                            "heat 0 to 90\nmove 0 0 0 1 0 at 1 pushing\n"
                             "moves that push cold filament: 1, line 3"));
     QCOMPARE(programText(machine, gcode, GCodeProgram::RefuseCold),
-             QString::fromUtf8("move 0 0 0 -1 0 at 1\nheat 0 to 169\n"
+             QString::fromUtf8("move 0 0 0 -1 0 at 1\nheat 0 to 89\n"
                                "error 3: Line 3: the extruder would push filament with a target of "
-                               "169 °C; the machine needs 170 °C"));
+                               "89 °C; the machine needs 90 °C"));
 }
 
 void tst_GCodeProgram::namesSectionAndLineInErrors()

@@ -270,8 +270,8 @@ void tst_VirtualMachine::refusesColdExtrusion()
     PlanRunner cold(planOf({push}));
     QVERIFY_EXCEPTION_THROWN(cold.advance(body, 0.1), std::runtime_error);
 
-    body.tools[1].setCelsius(170);
-    body.tools[1].setTarget(170);
+    body.tools[1].setCelsius(90);
+    body.tools[1].setTarget(90);
     PlanRunner warm(planOf({push}));
     warm.advance(body, 2);
     QVERIFY(warm.isFinished());
