@@ -244,8 +244,8 @@ void tst_ProfileJson::isReadQuicklyWhateverItHolds()
     QElapsedTimer timer;
     timer.start();
     thrownText([&] { profile.json(); });
-    // Far more than it takes, far less than a file whose reading is quadratic would.
-    QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+    // Far more than it takes even under a sanitizer, far less than reading in square time would.
+    QVERIFY2(timer.elapsed() < 40000, qPrintable(QString::number(timer.elapsed())));
 }
 
 QTEST_MAIN(tst_ProfileJson)
