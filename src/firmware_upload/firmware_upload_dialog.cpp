@@ -91,7 +91,6 @@ public:
     /** Null while it is away. */
     Printer* printer = nullptr;
     MachineName key;
-    Port port;
     std::string machine;
     std::vector<FirmwareVersion> versions;
     bool noFirmware = false;
@@ -139,7 +138,8 @@ void FirmwareUploadDialog::Private::setPrinter(Printer* newPrinter)
 
 void FirmwareUploadDialog::Private::lookUpFirmware()
 {
-    port = facade.portFromName(printer->portName());
+    // Throws where there is none: nothing can be written to such a printer.
+    facade.portFromName(printer->portName());
     const std::optional<std::string> found = findMachine();
     if (found) {
         machine = *found;
