@@ -18,7 +18,7 @@ SliceQueue::SliceQueue(std::unique_ptr<const SlicerEngine> engine, const QString
     : m_engine(std::move(engine))
     , m_folder(folder)
 {
-    if (QFileInfo(folder).isSymLink())
+    if (!QFileInfo(folder).isDir() || QFileInfo(folder).isSymLink())
         QFile::remove(folder);
     QDir(folder).removeRecursively();
     makePrivateFolder(folder);

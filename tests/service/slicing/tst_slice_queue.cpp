@@ -33,6 +33,8 @@ private slots:
     void unpluggingEndsThePrintAndTheSlicer();
     void endingTheServiceEndsEverything();
     void removesWhatAKilledServiceLeft();
+    void replacesWhatIsNoFolderOfItsOwn_data();
+    void replacesWhatIsNoFolderOfItsOwn();
     void tellsProgressInOrder();
     void failuresEmptyTheOutput_data();
     void failuresEmptyTheOutput();
@@ -349,6 +351,34 @@ void tst_SliceQueue::removesWhatAKilledServiceLeft()
     QCOMPARE(QDir(state.filePath(QStringLiteral("slices")))
                  .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot),
              QStringList());
+    QCOMPARE(ServiceWorld::read(kept), QByteArray("kept"));
+}
+
+void tst_SliceQueue::replacesWhatIsNoFolderOfItsOwn_data()
+{
+    QTest::addColumn<bool>("isLink");
+
+    QTest::newRow("a file") << false;
+    QTest::newRow("a link to somebody's folder") << true;
+}
+
+void tst_SliceQueue::replacesWhatIsNoFolderOfItsOwn()
+{
+    QFETCH(bool, isLink);
+    ServiceWorld world;
+    QDir state(world.stateDir());
+    QVERIFY(state.mkpath(QStringLiteral(".")));
+    QFile::setPermissions(world.stateDir(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    const std::string kept = world.writeFile(QStringLiteral("kept"), "kept");
+    const QString slices = state.filePath(QStringLiteral("slices"));
+    if (isLink)
+        QVERIFY(QFile::link(QFileInfo(toQString(kept)).path(), slices));
+    else
+        QVERIFY(QFile::copy(toQString(kept), slices));
+
+    world.start();
+
+    QVERIFY(QFileInfo(slices).isDir() && !QFileInfo(slices).isSymLink());
     QCOMPARE(ServiceWorld::read(kept), QByteArray("kept"));
 }
 
