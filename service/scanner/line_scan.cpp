@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <random>
+#include <string>
 
 namespace trovek::service {
 
@@ -116,6 +117,11 @@ PointCloud scanLines(const LineScan& scan, const RayCaster& model,
         for (const Laser laser : {kLeftLaser, kRightLaser}) {
             if (scan.lasers[laser])
                 taken.take(laser, 2 * kPi * step / scan.steps);
+        }
+        if (taken.cloud.positions.size() > scan.pointsAtMost) {
+            throw geometry::GeometryError("There are more than " +
+                                          std::to_string(scan.pointsAtMost) +
+                                          " points: take fewer pictures");
         }
     }
     if (taken.cloud.positions.empty())

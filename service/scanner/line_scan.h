@@ -21,6 +21,7 @@ struct LineScan
     LasersOn lasers;
     /** Pictures for one turn; each laser takes one of its own. */
     int steps = 0;
+    std::size_t pointsAtMost = 0;
     /** See ScannerSettings. */
     double lineNoise = 0;
     double strayLight = 0;
@@ -32,6 +33,7 @@ struct LineScan
  * them; in the coordinates of the turntable that has not turned.
  * @param model in the table's coordinates
  * @throws geometry::EmptyError when nothing is seen
+ * @throws geometry::GeometryError when there are more points than may be
  * @throws geometry::Canceled
  */
 geometry::PointCloud scanLines(const LineScan& scan, const geometry::RayCaster& model,

@@ -97,6 +97,7 @@ Json::Value scan(ScannerControl& control, ShapeList& shapes, JobList& jobs, cons
     const ShapeUse cloud = cloudArgument(call.params, "point_cloud");
     LineScan plan;
     plan.steps = call.params.integer("steps", 1, kStepsAtMost);
+    plan.pointsAtMost = ShapeList::kSizeAtMost;
     const VirtualScanner& scanner = control.idleScanner();
     plan.scanner = scanner.build();
     plan.calibration = control.completeCalibration();

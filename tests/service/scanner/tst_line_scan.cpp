@@ -34,6 +34,7 @@ LineScan exactScan(int steps)
     scan.calibration = scan.scanner.truth;
     scan.lasers = {true, true};
     scan.steps = steps;
+    scan.pointsAtMost = 1000000;
     return scan;
 }
 
@@ -64,6 +65,7 @@ private slots:
     void theTableTurnsTheRightWay();
     void theSameSeedSeesTheSame();
     void nothingOnTheTableIsAnError();
+    void stopsAtTooManyPoints();
     void givesUpWhenAsked();
     void theDefaultModelIsClosedAndStands();
     void settingsHaveDefaults();
@@ -171,6 +173,21 @@ void tst_LineScan::nothingOnTheTableIsAnError()
     dark.lasers = {false, false};
     const RayCaster seen(ball(25, {0, 0, 30}));
     QVERIFY_EXCEPTION_THROWN(scanLines(dark, seen, {}), geometry::EmptyError);
+}
+
+void tst_LineScan::stopsAtTooManyPoints()
+{
+    const RayCaster model(ball(25, {0, 0, 30}));
+    LineScan scan = exactScan(1000);
+    scan.pointsAtMost = 2000;
+    double last = 0;
+    const auto progress = [&last](double done) {
+        last = done;
+        return true;
+    };
+    QCOMPARE(thrownText([&] { scanLines(scan, model, progress); }),
+             std::string("There are more than 2000 points: take fewer pictures"));
+    QVERIFY(last < 0.1);
 }
 
 void tst_LineScan::givesUpWhenAsked()
