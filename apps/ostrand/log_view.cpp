@@ -160,7 +160,7 @@ QString LogView::saveTo(const QString& path) const
         file.write(m_filter->index(row, 0).data(LogModel::LineRole).toString().toUtf8());
         file.write("\n");
     }
-    return file.commit() ? QString() : file.errorString();
+    return file.flush() && file.commit() ? QString() : file.errorString();
 }
 
 void LogView::copySelected()

@@ -76,7 +76,8 @@ void Pictures::writeContactSheet(const QString& title) const
     }
     QSaveFile sheet(m_dir.filePath(QStringLiteral("index.html")));
     const QByteArray bytes = page.toUtf8();
-    if (!sheet.open(QIODevice::WriteOnly) || sheet.write(bytes) != bytes.size() || !sheet.commit())
+    if (!sheet.open(QIODevice::WriteOnly) || sheet.write(bytes) != bytes.size() || !sheet.flush() ||
+        !sheet.commit())
         throw std::runtime_error("Cannot write " + trovek::toStdString(sheet.fileName()));
 }
 

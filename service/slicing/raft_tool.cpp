@@ -288,7 +288,7 @@ void printRaftWithItsTool(const SliceSettings& settings, const QString& path,
             fail(output.errorString());
         return true;
     });
-    if (!output.commit())
+    if (!output.flush() || !output.commit())
         fail(output.errorString());
 }
 

@@ -44,7 +44,8 @@ void savePreferencesFile(const QString& path, const Json::Value& map)
 {
     const QByteArray bytes = toStyledJson(map);
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush() ||
+        !file.commit()) {
         fail(Texts::tr("%1 cannot be written: %2")
                  .arg(QDir::toNativeSeparators(path), file.errorString()));
     }
