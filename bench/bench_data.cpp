@@ -10,7 +10,7 @@ std::string benchFile(const std::string& name)
     const fs::path source = TROVEK_SOURCE_DIR;
     const char* const chosen = std::getenv("TROVEK_BENCH_DATA");
     const fs::path folder = chosen != nullptr ? fs::path(chosen) : source / "build/testset";
-    const fs::path file = folder / (name + ".gcode");
+    const fs::path file = folder / (name.find('.') == std::string::npos ? name + ".gcode" : name);
     if (fs::exists(file))
         return file.string();
     std::fprintf(stderr, "Making %s\n", file.string().c_str());

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Makes the sliced files that the benchmarks of the toolpath view read.
 
-    make_testset.py OUTDIR [name ...]      names: small medium dual large huge
+    make_testset.py OUTDIR [name ...]      names: small medium dual large huge,
+                                           or small.stl and so on: the mesh alone
 
 The meshes are computed; an installed prusa-slicer, or the program that
 PRUSA_SLICER names, slices them.  The slicer is pinned to one processor: on
@@ -141,7 +142,10 @@ def main(arguments):
     out = arguments[0]
     os.makedirs(out, exist_ok=True)
     for name in arguments[1:]:
-        slice_mesh(out, name)
+        if name.endswith(".stl"):
+            write_stl(os.path.join(out, name), SETS[name[:-4]][0]())
+        else:
+            slice_mesh(out, name)
 
 
 if __name__ == "__main__":
