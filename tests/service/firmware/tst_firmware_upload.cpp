@@ -227,7 +227,8 @@ void tst_FirmwareUpload::aMachineComesBackOnItsPort()
 void tst_FirmwareUpload::nothingElseHappensOnTheMachineMeanwhile()
 {
     TestLog log;
-    FirmwareWorld world(RunningUpload::kTimeScale);
+    // Long enough for all that is asked meanwhile.
+    FirmwareWorld world(10);
     const std::string path = world.download();
     const std::string file = world.service.writeFile(QStringLiteral("a.gcode"), squareGCode());
     RunningUpload upload(world);

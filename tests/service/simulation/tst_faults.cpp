@@ -91,7 +91,7 @@ void tst_Faults::aLateAnswerComesBehindOthers()
 {
     TestLog log;
     FaultWorld world;
-    world.client->simulateFault(SimulatedFault::late(kJobs, 50));
+    world.client->simulateFault(SimulatedFault::late(kJobs, 300));
     RawClient client(world.service.address());
     client.greet();
 
@@ -107,7 +107,7 @@ void tst_Faults::aLateRequestIsTakenUpLate()
     TestLog log;
     FaultWorld world;
     const std::string file = world.service.writeFile(QStringLiteral("a.gcode"), longGCode());
-    world.client->simulateFault(SimulatedFault::late("print", 50));
+    world.client->simulateFault(SimulatedFault::late("print", 300));
     RawClient client(world.service.address());
     client.greet();
     client.call(1, wire::method::kSubscribe);
@@ -138,8 +138,8 @@ void tst_Faults::aLateRequestOfAClientThatHasGoneIsDropped()
 {
     TestLog log;
     FaultWorld world;
-    world.client->simulateFault(SimulatedFault::late(wire::method::kHome, 30));
-    world.client->simulateFault(SimulatedFault::late(kJobs, 60));
+    world.client->simulateFault(SimulatedFault::late(wire::method::kHome, 400));
+    world.client->simulateFault(SimulatedFault::late(kJobs, 500));
     {
         RawClient leaving(world.service.address());
         leaving.greet();
