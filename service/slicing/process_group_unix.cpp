@@ -1,6 +1,7 @@
 #include "slicing/process_group.h"
 
 #include <csignal>
+#include <cstddef>
 
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -36,15 +37,26 @@ void yieldDisk()
     ::syscall(SYS_ioprio_set, kThisProcess, 0, kIdleDiskClass);
 }
 
+void write(const char* path, const char* text, std::size_t size)
+{
+    const int file = ::open(path, O_WRONLY | O_CLOEXEC);
+    if (file < 0)
+        return;
+    const ssize_t written = ::write(file, text, size);
+    static_cast<void>(written);
+    ::close(file);
+}
+
+/** Where each session has its share of the processor, a nice value counts inside of it only. */
+void yieldSessionsShare()
+{
+    write("/proc/self/autogroup", "15", 2);
+}
+
 /** A model can need more memory than there is: the slicer is the one to go then. */
 void beFirstToGoWithoutMemory()
 {
-    const int file = ::open("/proc/self/oom_score_adj", O_WRONLY | O_CLOEXEC);
-    if (file < 0)
-        return;
-    const ssize_t written = ::write(file, "1000", 4);
-    static_cast<void>(written);
-    ::close(file);
+    write("/proc/self/oom_score_adj", "1000", 4);
 }
 
 void closeAllOnExec()
@@ -84,8 +96,10 @@ void ProcessGroup::enter() const
     // The parent may have gone before this was set.
     if (::getppid() != d->parent)
         ::_exit(1);
-    if (d->lowPriority)
+    if (d->lowPriority) {
+        yieldSessionsShare();
         yieldDisk();
+    }
     beFirstToGoWithoutMemory();
     closeAllOnExec();
 #endif

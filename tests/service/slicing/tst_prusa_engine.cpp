@@ -179,6 +179,7 @@ void tst_PrusaEngine::lowersThePriorityOfPreviewsOnly()
     const int ownNice = own.readAll().trimmed().toInt();
     Fixture f("nice > \"$test/nice\"\n"
               "ionice -p $$ > \"$test/disk\"\n"
+              "cat /proc/$$/autogroup > \"$test/session\"\n"
               "finish");
     f.job.lowPriority = isPreview;
 
@@ -187,6 +188,9 @@ void tst_PrusaEngine::lowersThePriorityOfPreviewsOnly()
     QCOMPARE(f.slicer.read("nice").trimmed().toInt(),
              isPreview ? std::max(ownNice, nicer) : ownNice);
     QCOMPARE(f.slicer.read("disk").trimmed() == "idle", idleDisk);
+    // "/autogroup-12 nice 15", where the system has such groups.
+    const QByteArray session = f.slicer.read("session").trimmed();
+    QVERIFY2(session.isEmpty() || session.endsWith("nice 15") == isPreview, session.constData());
 }
 
 void tst_PrusaEngine::tellsProgressInOrder()
