@@ -340,7 +340,12 @@ Trovek::StrandelConfigVersionCheck Trovek::strandelConfigVersionCheck(const Json
 
 Json::Value Trovek::upgradeStrandelConfig(const Json::Value& config)
 {
-    return d->call(wire::method::kUpgradeStrandelConfig, object({{"config", config}}), kTimeoutMs);
+    Json::Value answer =
+        d->call(wire::method::kUpgradeStrandelConfig, object({{"config", config}}), kTimeoutMs);
+    // It is about to replace what a user has written.
+    if (!answer.isObject())
+        throw std::runtime_error("Odd answer to upgrade_strandel_config: not a JSON object");
+    return answer;
 }
 
 // ---- Virtual machines

@@ -66,6 +66,8 @@ ExtruderControlWidget::ExtruderControlWidget(TrovekQt& facade, const MachineName
     connect(&facade, &TrovekQt::printerChanged, this, &ExtruderControlWidget::printerChanged);
     connect(&facade, &TrovekQt::printerRemoved, this, &ExtruderControlWidget::printerRemoved);
     connect(&facade, &TrovekQt::jobConcluded, this, &ExtruderControlWidget::jobConcluded);
+    // The service has ended the motion itself, and may be another one when it is back.
+    connect(&facade, &TrovekQt::disconnected, this, [this] { d->jobID = Job::kInvalidID; });
     sanitize();
 }
 
