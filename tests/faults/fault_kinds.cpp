@@ -56,12 +56,12 @@ const char* nameOf(FaultKind kind)
 const std::vector<FaultKind>& usualFaults()
 {
     static const std::vector<FaultKind> kinds = {
-        FaultKind::Late,         FaultKind::Never,        FaultKind::NamedError,
-        FaultKind::BareError,    FaultKind::OddNull,      FaultKind::OddText,
-        FaultKind::OddList,      FaultKind::OddObject,    FaultKind::DropBefore,
-        FaultKind::DropAfter,    FaultKind::StopBefore,   FaultKind::StopUnseen,
-        FaultKind::StopDuring,   FaultKind::KillDuring,   FaultKind::UnplugBefore,
-        FaultKind::UnplugAtOnce, FaultKind::OtherPort,    FaultKind::OtherFirmware,
+        FaultKind::Late,         FaultKind::Never,      FaultKind::NamedError,
+        FaultKind::BareError,    FaultKind::OddNull,    FaultKind::OddText,
+        FaultKind::OddList,      FaultKind::OddObject,  FaultKind::DropBefore,
+        FaultKind::DropAfter,    FaultKind::StopBefore, FaultKind::StopUnseen,
+        FaultKind::StopDuring,   FaultKind::KillDuring, FaultKind::UnplugBefore,
+        FaultKind::UnplugAtOnce, FaultKind::OtherPort,  FaultKind::OtherFirmware,
     };
     return kinds;
 }

@@ -141,8 +141,7 @@ void FaultScene::plugIn()
 {
     witness.simulatePlugIn(key.name());
     const std::string port = portName();
-    waitUntil("the port is there",
-              [&] { return hasPort(facade, port) && hasPort(witness, port); });
+    waitUntil("the port is there", [&] { return hasPort(facade, port) && hasPort(witness, port); });
     if (m_operation.isOpen)
         openMachine();
     else if (witness.printerFromKey(key) != nullptr)

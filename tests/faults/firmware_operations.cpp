@@ -210,16 +210,15 @@ WindowOperation uploading()
     made.success.told = QStringLiteral("Firmware upload successful");
     made.refused = tells("Upload failed:\nUnknown error from trovek");
     made.broken = tells("Upload failed:\nUnknown error");
-    for (const FaultKind odd : {FaultKind::OddNull, FaultKind::OddText, FaultKind::OddList,
-                                FaultKind::OddObject})
+    for (const FaultKind odd :
+         {FaultKind::OddNull, FaultKind::OddText, FaultKind::OddList, FaultKind::OddObject})
         made.special[odd] = made.success;
     made.special[FaultKind::StopBefore] = tells("Ready to upload firmware.");
     made.special[FaultKind::UnplugBefore] = tells("Ready to upload firmware.");
     made.moreFaults = {FaultKind::UnplugDuring, FaultKind::UploadFailsAt0,
                        FaultKind::UploadFailsAt50, FaultKind::UploadFailsAt99};
-    made.namedErrors = {
-        {wire::makeError("PrinterThreadNotIdleError", "The machine is busy"),
-         tells("Upload failed:\nCannot upload firmware while printing")}};
+    made.namedErrors = {{wire::makeError("PrinterThreadNotIdleError", "The machine is busy"),
+                         tells("Upload failed:\nCannot upload firmware while printing")}};
     return made;
 }
 

@@ -87,8 +87,8 @@ public:
 
 WindowOperation endingExport()
 {
-    WindowOperation made = making("make G-code, end of the export", "get_job",
-                                  MakeWindow::ForGCode, "x3g");
+    WindowOperation made =
+        making("make G-code, end of the export", "get_job", MakeWindow::ForGCode, "x3g");
     made.open = [](FaultScene& scene) {
         return std::make_unique<ExportEnd>(scene);
     };

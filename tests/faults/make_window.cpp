@@ -16,8 +16,7 @@ QStringList managedFiles()
 {
     QStringList files;
     const QDir temporary = QDir::temp();
-    for (const QString& folder :
-         temporary.entryList({QStringLiteral("trovek-ui-*")}, QDir::Dirs)) {
+    for (const QString& folder : temporary.entryList({QStringLiteral("trovek-ui-*")}, QDir::Dirs)) {
         for (const QString& file : QDir(temporary.filePath(folder)).entryList(QDir::Files))
             files.append(folder + QLatin1Char('/') + file);
     }
@@ -31,9 +30,9 @@ MakeWindow::MakeWindow(FaultScene& scene, Dialog dialog, const QString& suffix)
     , m_suffix(suffix)
 {
     if (dialog == ForThing)
-        m_dialog = new MakeThingDialog(scene.facade, scene.model(), SlicerConfiguration::Right,
-                                       &scene.settings, scene.printer(), scene.exportFolder(),
-                                       true);
+        m_dialog =
+            new MakeThingDialog(scene.facade, scene.model(), SlicerConfiguration::Right,
+                                &scene.settings, scene.printer(), scene.exportFolder(), true);
     else
         m_dialog = new MakeGCodeDialog(scene.facade, scene.gcode(), &scene.settings,
                                        scene.printer(), scene.exportFolder(), true);

@@ -16,8 +16,7 @@ namespace trovek {
 
 namespace {
 
-const QString kGone =
-    QStringLiteral("The printer is not connected. Connect it again to go on.");
+const QString kGone = QStringLiteral("The printer is not connected. Connect it again to go on.");
 const QString kOther = QStringLiteral("The printer has come back with other preferences");
 
 QStringList cannotShow(const char* text)
@@ -139,10 +138,7 @@ public:
         m_wanted = form().map();
         return Preferences::prepare();
     }
-    bool isDone() override
-    {
-        return canBeRead() && !form().isModified() && memory() == m_wanted;
-    }
+    bool isDone() override { return canBeRead() && !form().isModified() && memory() == m_wanted; }
 
 private:
     Json::Value m_wanted;
@@ -335,8 +331,8 @@ WindowOperation writing()
     made.namedErrors = {{exceptionOf("EepromValueError"), made.refused},
                         {exceptionOf("MachineStateException"), made.refused}};
     completeForOpenWindow(made);
-    for (const FaultKind odd : {FaultKind::OddNull, FaultKind::OddText, FaultKind::OddList,
-                                FaultKind::OddObject}) {
+    for (const FaultKind odd :
+         {FaultKind::OddNull, FaultKind::OddText, FaultKind::OddList, FaultKind::OddObject}) {
         made.special[odd] = made.success;
         made.special[odd].effect = Verdict::NotDone;
     }
@@ -401,9 +397,8 @@ WindowOperation readingBackup()
     made.refused = made.broken =
         verdict({QStringLiteral("Failed to read the backups"), QStringLiteral("%1")});
     completeForOpenWindow(made);
-    made.special[FaultKind::OddObject] =
-        verdict({QStringLiteral("Failed to load onboard preferences"),
-                 QStringLiteral("The backup of ")});
+    made.special[FaultKind::OddObject] = verdict(
+        {QStringLiteral("Failed to load onboard preferences"), QStringLiteral("The backup of ")});
     made.special[FaultKind::OddObject].error = QString();
     return made;
 }
@@ -427,8 +422,8 @@ WindowOperation readingAgain()
 
 std::vector<WindowOperation> onboardOperations()
 {
-    return {opening(),       writing(),       resetting(),   readingAfterReset(),
-            listing(),       readingBackup(), readingAgain()};
+    return {opening(), writing(),       resetting(),   readingAfterReset(),
+            listing(), readingBackup(), readingAgain()};
 }
 
 } // namespace trovek

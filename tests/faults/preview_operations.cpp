@@ -65,10 +65,7 @@ public:
     {
         QTest::mouseClick(&find<QPushButton>("cancelPreviewButton"), Qt::LeftButton);
     }
-    bool isDone() override
-    {
-        return !isSlicing() && find<QPushButton>("mainButton").isEnabled();
-    }
+    bool isDone() override { return !isSlicing() && find<QPushButton>("mainButton").isEnabled(); }
 };
 
 /** A print with the user's own profile, which the service looks at before. */
@@ -103,9 +100,9 @@ public:
     /** What the user has written is not lost. */
     QStringList leftovers() override
     {
-        return isDone() || readFile(file()) == m_strandel ? QStringList()
-                                                          : QStringList(QString::fromUtf8(
-                                                                readFile(file())));
+        return isDone() || readFile(file()) == m_strandel
+                   ? QStringList()
+                   : QStringList(QString::fromUtf8(readFile(file())));
     }
 
 private:
@@ -161,9 +158,9 @@ WindowOperation asking()
     WindowOperation made = operation<Preview>("preview, job", "get_job");
     made.success.hasResult = true;
     made.refused = made.broken = showsAfterSomeLines(kNotStarted);
-    for (const FaultKind kind : {FaultKind::Never, FaultKind::DropBefore, FaultKind::DropAfter,
-                                 FaultKind::StopDuring, FaultKind::KillDuring,
-                                 FaultKind::StopBefore})
+    for (const FaultKind kind :
+         {FaultKind::Never, FaultKind::DropBefore, FaultKind::DropAfter, FaultKind::StopDuring,
+          FaultKind::KillDuring, FaultKind::StopBefore})
         made.special[kind] = showsAfterSomeLines(kNoService);
     made.special[FaultKind::UnplugBefore] = made.success;
     made.special[FaultKind::UnplugAtOnce] = made.success;
@@ -177,9 +174,9 @@ WindowOperation canceling()
     // The window waits no longer, whatever the service says; only the log has it.
     made.refused = made.broken = Verdict();
     made.refused.effect = made.broken.effect = Verdict::Done;
-    for (const FaultKind odd : {FaultKind::OddNull, FaultKind::OddText, FaultKind::OddList,
-                                FaultKind::OddObject, FaultKind::UnplugBefore,
-                                FaultKind::UnplugAtOnce})
+    for (const FaultKind odd :
+         {FaultKind::OddNull, FaultKind::OddText, FaultKind::OddList, FaultKind::OddObject,
+          FaultKind::UnplugBefore, FaultKind::UnplugAtOnce})
         made.special[odd] = made.success;
     // There is no preview that could be canceled.
     made.notMet = {FaultKind::StopBefore, FaultKind::StopUnseen};
@@ -188,9 +185,9 @@ WindowOperation canceling()
 
 WindowOperation checking()
 {
-    WindowOperation made = operation<PrintWithProfile>(
-        "make thing, check of a profile", "strandel_config_version_check", "{\"version\": 2}\n",
-        false);
+    WindowOperation made =
+        operation<PrintWithProfile>("make thing, check of a profile",
+                                    "strandel_config_version_check", "{\"version\": 2}\n", false);
     made.refused = made.broken = shows(kNotStarted);
     made.special[FaultKind::StopBefore] = made.special[FaultKind::UnplugBefore] = Verdict();
     // The print itself finds out.
@@ -201,9 +198,9 @@ WindowOperation checking()
 
 WindowOperation upgrading()
 {
-    WindowOperation made = operation<PrintWithProfile>(
-        "make thing, upgrade of a profile", "upgrade_strandel_config",
-        "{\"version\": 1, \"layerHeight\": 0.3}\n", true);
+    WindowOperation made =
+        operation<PrintWithProfile>("make thing, upgrade of a profile", "upgrade_strandel_config",
+                                    "{\"version\": 1, \"layerHeight\": 0.3}\n", true);
     made.refused = made.broken = shows(kNotStarted);
     made.special[FaultKind::StopBefore] = made.special[FaultKind::UnplugBefore] = Verdict();
     made.special[FaultKind::StopUnseen] = shows(kNotStarted);

@@ -16,7 +16,8 @@ std::vector<WindowOperation> operations()
 
 } // namespace
 
-/** The windows for what a machine keeps, preferences and firmware, while something is wrong with the service or the machine. */
+/** The windows for what a machine keeps, preferences and firmware, while something is wrong with
+ * the service or the machine. */
 class tst_MemoryWindowFaults : public QObject
 {
     Q_OBJECT
