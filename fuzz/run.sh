@@ -9,7 +9,7 @@ cd "$(dirname "$(readlink -f "$0")")/.."
 seconds=${1:-60}
 [ $# -eq 0 ] || shift
 targets=("$@")
-[ ${#targets[@]} -gt 0 ] || targets=(frames conversions firmware gcode machines models onboard_map onboard_values profile profile_code scanner slicer_output strandel toolpaths)
+[ ${#targets[@]} -gt 0 ] || targets=(frames conversions firmware gcode machines models onboard_map onboard_values profile profile_code scanner shape_files slicer_output strandel toolpaths)
 build=build/fuzz
 mkdir -p "$build/findings"
 

@@ -150,8 +150,11 @@ public:
     void read(const PlyElement& element)
     {
         std::size_t fewestBytes = 0;
-        for (const PlyProperty& property : element.properties)
+        m_hasLists = false;
+        for (const PlyProperty& property : element.properties) {
             fewestBytes += Numbers::fewestBytes(property.countType.value_or(property.type));
+            m_hasLists = m_hasLists || property.countType;
+        }
         // Before anything is made room for.
         if (!m_numbers.hasRoomFor(element.count, fewestBytes))
             throw FileFormatError(cutOff(element));
@@ -287,7 +290,7 @@ private:
     // A list before it may have taken the bytes that were counted for the item.
     void require(const PlyElement& element, std::uint64_t count, PlyType type) const
     {
-        if (!m_numbers.hasRoomFor(count, Numbers::fewestBytes(type)))
+        if (m_hasLists && !m_numbers.hasRoomFor(count, Numbers::fewestBytes(type)))
             throw FileFormatError(cutOff(element));
     }
 
@@ -306,6 +309,7 @@ private:
     std::size_t m_bytes;
     Numbers m_numbers;
     ProgressPart m_progress;
+    bool m_hasLists = false;
 };
 
 struct Contents

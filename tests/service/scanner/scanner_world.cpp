@@ -101,6 +101,70 @@ Json::Value ask(Trovek& client, const char* method, const Json::Value& params)
     return *request.answer;
 }
 
+ScannerFixture::ScannerFixture(const Json::Value& settings)
+    : world(settings)
+{
+    world.start();
+    client.connectToDaemon(world.address());
+}
+
+void ScannerFixture::restart()
+{
+    client.disconnectFromDaemon();
+    world.stop();
+    world.start();
+    client.connectToDaemon(world.address());
+}
+
+int ScannerFixture::upload(const PointCloud& cloud)
+{
+    const int id = createCloud();
+    const std::string path = world.writeCloud(QStringLiteral("upload.ply"), cloud);
+    call("point_cloud_load_from_id", object("id", id, "path", path));
+    return id;
+}
+
+int ScannerFixture::upload(const Mesh& mesh)
+{
+    const int id = createMesh();
+    const std::string path = world.writeMesh(QStringLiteral("upload.ply"), mesh);
+    call("mesh_load", object("id", id, "path", path));
+    return id;
+}
+
+PointCloud ScannerFixture::downloadCloud(int id)
+{
+    const std::string path = world.emptyFile(QStringLiteral("download.ply"));
+    call("point_cloud_save", object("id", id, "path", path, "format", "ply"));
+    return geometry::loadPointCloud(path);
+}
+
+Mesh ScannerFixture::downloadMesh(int id)
+{
+    const std::string path = world.emptyFile(QStringLiteral("download.ply"));
+    call("mesh_save", object("id", id, "path", path, "format", "ply"));
+    return geometry::loadMesh(path);
+}
+
+void ScannerFixture::putOnTable(const Mesh& mesh)
+{
+    const std::string path = world.writeMesh(QStringLiteral("table.ply"), mesh);
+    call("simulate_scanned_model", object("path", path));
+}
+
+int ScannerFixture::startScan(int cloud, int steps)
+{
+    return call("scan", object("point_cloud", cloud, "steps", steps))["id"].asInt();
+}
+
+Job ScannerFixture::conclude(int job)
+{
+    if (!QTest::qWaitFor([&] { return client.jobFromID(job).conclusion() != JobNotConcluded; },
+                         90000))
+        qWarning("The job did not conclude");
+    return client.jobFromID(job);
+}
+
 Json::Value list(const Vector& vector)
 {
     Json::Value value(Json::arrayValue);

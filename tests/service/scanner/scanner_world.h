@@ -2,6 +2,7 @@
 
 #include "platform/trovek/recording_trovek.h"
 #include "service/service_world.h"
+#include "support/test_log.h"
 
 #include <service/geometry/mesh.h>
 #include <service/geometry/point_cloud.h>
@@ -47,6 +48,43 @@ Json::Value object(const char* name, const Value& value, const Rest&... rest)
 
 Json::Value list(const geometry::Vector& vector);
 Json::Value parsed(const QByteArray& json);
+
+/** What most tests begin with: a client of a service with a quick scanner, and its log. */
+class ScannerFixture
+{
+public:
+    explicit ScannerFixture(const Json::Value& settings = Json::Value());
+
+    Json::Value call(const char* method, const Json::Value& params = Json::Value())
+    {
+        return ask(client, method, params);
+    }
+    /** The name of the error that is answered; empty when none is. */
+    std::string errorFrom(const char* method, const Json::Value& params = Json::Value())
+    {
+        return errorOf([&] { call(method, params); });
+    }
+    /** Ends the service, and starts it with the same state. */
+    void restart();
+
+    int createCloud() { return call("point_cloud_create").asInt(); }
+    int createMesh() { return call("mesh_create").asInt(); }
+    /** By way of files. */
+    int upload(const geometry::PointCloud& cloud);
+    int upload(const geometry::Mesh& mesh);
+    geometry::PointCloud downloadCloud(int id);
+    geometry::Mesh downloadMesh(int id);
+
+    void putOnTable(const geometry::Mesh& mesh);
+    int startScan(int cloud, int steps);
+    /** Runs a job to its end. */
+    Job conclude(int job);
+    Job scan(int cloud, int steps = 60) { return conclude(startScan(cloud, steps)); }
+
+    TestLog log;
+    ScannerWorld world;
+    RecordingTrovek client;
+};
 
 /** A ball of triangles that is round to 0.02 of its radius 25. */
 geometry::Mesh ball(double radius, const geometry::Vector& middle);

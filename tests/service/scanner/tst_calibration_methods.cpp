@@ -1,8 +1,6 @@
 #include "scanner_world.h"
-#include "support/test_log.h"
 #include "support/thrown_text.h"
 
-#include <service/geometry/point_cloud_file.h>
 #include <trovek/text.h>
 
 #include <QDir>
@@ -22,32 +20,8 @@ namespace {
 const Vector kMiddle{0, 0, 30};
 constexpr double kRadius = 20;
 
-struct Fixture
+struct Fixture : ScannerFixture
 {
-    Fixture()
-    {
-        world.start();
-        client.connectToDaemon(world.address());
-    }
-
-    Json::Value call(const char* method, const Json::Value& params = Json::Value())
-    {
-        return ask(client, method, params);
-    }
-
-    std::string errorFrom(const char* method, const Json::Value& params = Json::Value())
-    {
-        return errorOf([&] { call(method, params); });
-    }
-
-    Job conclude(int job)
-    {
-        if (!QTest::qWaitFor([&] { return client.jobFromID(job).conclusion() != JobNotConcluded; },
-                             90000))
-            qWarning("The job did not conclude");
-        return client.jobFromID(job);
-    }
-
     Job takePictures(const char* method, const std::string& folder)
     {
         return conclude(call(method, object("path", folder))["id"].asInt());
@@ -68,34 +42,18 @@ struct Fixture
     /** The root of the mean square of how far a scanned ball's points are from it. */
     double scanError()
     {
-        const std::string model =
-            world.writeMesh(QStringLiteral("ball.ply"), ball(kRadius, kMiddle));
-        call("simulate_scanned_model", object("path", model));
-        const int cloud = call("point_cloud_create").asInt();
-        conclude(call("scan", object("point_cloud", cloud, "steps", 40))["id"].asInt());
+        putOnTable(ball(kRadius, kMiddle));
+        const int cloud = createCloud();
+        scan(cloud, 40);
         call("point_cloud_process", object("id", cloud, "grid_size", 0));
-        const std::string path = world.emptyFile(QStringLiteral("download.ply"));
-        call("point_cloud_save", object("id", cloud, "path", path, "format", "ply"));
         double squares = 0;
-        const PointCloud points = geometry::loadPointCloud(path);
+        const PointCloud points = downloadCloud(cloud);
         for (const Vector& point : points.positions) {
             const double off = length(point - kMiddle) - kRadius;
             squares += off * off;
         }
         return std::sqrt(squares / double(points.positions.size()));
     }
-
-    void restart()
-    {
-        client.disconnectFromDaemon();
-        world.stop();
-        world.start();
-        client.connectToDaemon(world.address());
-    }
-
-    TestLog log;
-    ScannerWorld world;
-    RecordingTrovek client;
 };
 
 const std::string kAll = "camera lasers turntable";

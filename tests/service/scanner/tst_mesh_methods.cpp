@@ -1,5 +1,4 @@
 #include "scanner_world.h"
-#include "support/test_log.h"
 #include "support/thrown_text.h"
 
 #include <service/geometry/mesh_file.h>
@@ -16,43 +15,7 @@ using geometry::Vector;
 
 namespace {
 
-struct Fixture
-{
-    Fixture()
-    {
-        world.start();
-        client.connectToDaemon(world.address());
-    }
-
-    Json::Value call(const char* method, const Json::Value& params = Json::Value())
-    {
-        return ask(client, method, params);
-    }
-
-    int upload(const Mesh& mesh)
-    {
-        const int id = call("mesh_create").asInt();
-        const std::string path = world.writeMesh(QStringLiteral("upload.ply"), mesh);
-        call("mesh_load", object("id", id, "path", path));
-        return id;
-    }
-
-    Mesh download(int id)
-    {
-        const std::string path = world.emptyFile(QStringLiteral("download.ply"));
-        call("mesh_save", object("id", id, "path", path, "format", "ply"));
-        return geometry::loadMesh(path);
-    }
-
-    std::string errorFrom(const char* method, const Json::Value& params)
-    {
-        return errorOf([&] { call(method, params); });
-    }
-
-    TestLog log;
-    ScannerWorld world;
-    RecordingTrovek client;
-};
+using Fixture = ScannerFixture;
 
 } // namespace
 
@@ -103,11 +66,11 @@ void tst_MeshMethods::whatIsLoadedIsSaved()
     const QByteArray bytes = ServiceWorld::read(path);
     QVERIFY(bytes.startsWith(beginning));
     QVERIFY(!bytes.contains("before"));
-    const int again = f.call("mesh_create").asInt();
+    const int again = f.createMesh();
     const Json::Value answer = f.call("mesh_load", object("id", again, "path", path));
     QCOMPARE(answer["vertices"].asInt(), 8);
     QCOMPARE(answer["triangles"].asInt(), 12);
-    QCOMPARE(volume(f.download(again)), 1000.0);
+    QCOMPARE(volume(f.downloadMesh(again)), 1000.0);
 }
 
 void tst_MeshMethods::copiesAMesh()
@@ -117,7 +80,7 @@ void tst_MeshMethods::copiesAMesh()
     const int id = f.upload(cube(20));
     QCOMPARE(f.call("mesh_copy", object("id", id, "source", source))["triangles"].asInt(), 12);
     f.call("mesh_destroy", object("id", source));
-    QCOMPARE(volume(f.download(id)), 1000.0);
+    QCOMPARE(volume(f.downloadMesh(id)), 1000.0);
 }
 
 void tst_MeshMethods::cutsAMesh()
@@ -125,13 +88,13 @@ void tst_MeshMethods::cutsAMesh()
     Fixture f;
     const int id = f.upload(cube(10));
     f.call("mesh_cut_plane", object("id", id, "point", list({0, 0, 4}), "normal", list({0, 0, 3})));
-    const Mesh cut = f.download(id);
+    const Mesh cut = f.downloadMesh(id);
     QVERIFY(isClosed(cut));
     QVERIFY(std::abs(volume(cut) - 400) < 1e-6);
     // Askew: half of what is left, by the middle of it.
     f.call("mesh_cut_plane",
            object("id", id, "point", list({5, 5, 2}), "normal", list({-1, 0.5, 0.3})));
-    const Mesh half = f.download(id);
+    const Mesh half = f.downloadMesh(id);
     QVERIFY(isClosed(half));
     QVERIFY(std::abs(volume(half) - 200) < 1e-6);
 }
@@ -146,7 +109,7 @@ void tst_MeshMethods::placesAMesh()
         RigidTransform::moving({7, 8, 90}) * RigidTransform::turning(Vector{1, 0.4, 0.2}, 1.2);
     const int id = f.upload(transformed(slab, thrown));
     f.call("mesh_place_on_platform", object("id", id));
-    const geometry::Box box = boundingBox(f.download(id));
+    const geometry::Box box = boundingBox(f.downloadMesh(id));
     QCOMPARE(box.minimum.z, 0.0);
     QVERIFY2(std::abs(box.maximum.z - 2) < 1e-3, qPrintable(QString::number(box.maximum.z)));
 }
@@ -154,14 +117,14 @@ void tst_MeshMethods::placesAMesh()
 void tst_MeshMethods::reconstructsABall()
 {
     Fixture f;
-    const int cloud = f.call("point_cloud_create").asInt();
+    const int cloud = f.createCloud();
     const std::string path =
         f.world.writeCloud(QStringLiteral("ball.ply"), ballPoints(25, {3, 4, 5}, 4000));
     f.call("point_cloud_load_from_id", object("id", cloud, "path", path));
-    const int id = f.call("mesh_create").asInt();
+    const int id = f.createMesh();
     const Json::Value answer =
         f.call("mesh_reconstruct_point_cloud", object("id", id, "point_cloud", cloud));
-    const Mesh mesh = f.download(id);
+    const Mesh mesh = f.downloadMesh(id);
     QCOMPARE(answer["triangles"].asInt(), int(mesh.triangles.size()));
     QVERIFY(isClosed(mesh));
     const double ideal = 4.0 / 3 * 3.14159265 * 25 * 25 * 25;
@@ -214,9 +177,9 @@ void tst_MeshMethods::refusesBadParameters()
     QFETCH(QByteArray, error);
     Fixture f;
     QCOMPARE(f.upload(cube(10)), 1);
-    QCOMPARE(f.call("point_cloud_create").asInt(), 2);
+    QCOMPARE(f.createCloud(), 2);
     QCOMPARE(f.errorFrom(method.constData(), parsed(json)), error.toStdString());
-    QCOMPARE(volume(f.download(1)), 1000.0);
+    QCOMPARE(volume(f.downloadMesh(1)), 1000.0);
 }
 
 void tst_MeshMethods::refusesEmptyMeshes_data()
@@ -239,9 +202,9 @@ void tst_MeshMethods::refusesEmptyMeshes()
     QFETCH(QByteArray, json);
     Fixture f;
     QCOMPARE(f.upload(cube(10)), 1);
-    QCOMPARE(f.call("mesh_create").asInt(), 2);
+    QCOMPARE(f.createMesh(), 2);
     QCOMPARE(f.errorFrom(method.constData(), parsed(json)), std::string("EmptyShapeError"));
-    QCOMPARE(volume(f.download(1)), 1000.0);
+    QCOMPARE(volume(f.downloadMesh(1)), 1000.0);
 }
 
 void tst_MeshMethods::refusesFiles_data()
@@ -271,7 +234,7 @@ void tst_MeshMethods::refusesFiles()
     const std::string path = f.world.writeFile(name, bytes);
     QCOMPARE(f.errorFrom("mesh_load", object("id", id, "path", path)),
              std::string("FileFormatError"));
-    QCOMPARE(volume(f.download(id)), 1000.0);
+    QCOMPARE(volume(f.downloadMesh(id)), 1000.0);
 }
 
 void tst_MeshMethods::anOpenMeshIsNotCut()
@@ -283,7 +246,7 @@ void tst_MeshMethods::anOpenMeshIsNotCut()
     QCOMPARE(f.errorFrom("mesh_cut_plane",
                          object("id", id, "point", list({0, 0, 5}), "normal", list({0, 0, 1}))),
              std::string("GeometryError"));
-    QCOMPARE(f.download(id).triangles.size(), std::size_t(11));
+    QCOMPARE(f.downloadMesh(id).triangles.size(), std::size_t(11));
 }
 
 void tst_MeshMethods::aMeshBelongsToItsClient()
@@ -300,7 +263,7 @@ void tst_MeshMethods::aMeshBelongsToItsClient()
     }
     QCOMPARE(errorOf([&] { ask(other, "mesh_copy", object("id", own, "source", id)); }),
              std::string("UnknownMeshError"));
-    QCOMPARE(volume(f.download(id)), 1000.0);
+    QCOMPARE(volume(f.downloadMesh(id)), 1000.0);
     // It goes with its client.
     f.client.disconnectFromDaemon();
     f.client.connectToDaemon(f.world.address());

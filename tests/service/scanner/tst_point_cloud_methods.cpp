@@ -1,6 +1,5 @@
 #include "scanner_world.h"
 #include "service/raw_client.h"
-#include "support/test_log.h"
 #include "support/thrown_text.h"
 
 #include <service/geometry/point_cloud_file.h>
@@ -18,46 +17,7 @@ using geometry::Vector;
 
 namespace {
 
-struct Fixture
-{
-    Fixture()
-    {
-        world.start();
-        client.connectToDaemon(world.address());
-    }
-
-    Json::Value call(const char* method, const Json::Value& params = Json::Value())
-    {
-        return ask(client, method, params);
-    }
-
-    int create() { return call("point_cloud_create").asInt(); }
-
-    /** A cloud of the service with these points. */
-    int upload(const PointCloud& cloud)
-    {
-        const int id = create();
-        const std::string path = world.writeCloud(QStringLiteral("upload.ply"), cloud);
-        call("point_cloud_load_from_id", object("id", id, "path", path));
-        return id;
-    }
-
-    PointCloud download(int id)
-    {
-        const std::string path = world.emptyFile(QStringLiteral("download.ply"));
-        call("point_cloud_save", object("id", id, "path", path, "format", "ply"));
-        return geometry::loadPointCloud(path);
-    }
-
-    std::string errorFrom(const char* method, const Json::Value& params)
-    {
-        return errorOf([&] { call(method, params); });
-    }
-
-    TestLog log;
-    ScannerWorld world;
-    RecordingTrovek client;
-};
+using Fixture = ScannerFixture;
 
 Json::Value pairs(const std::vector<Vector>& vectors)
 {
@@ -125,12 +85,12 @@ private slots:
 void tst_PointCloudMethods::createsAnswerWithNewNumbers()
 {
     Fixture f;
-    const int first = f.create();
-    const int second = f.create();
+    const int first = f.createCloud();
+    const int second = f.createCloud();
     QVERIFY(first > 0);
     QVERIFY(second > first);
     QVERIFY(f.call("point_cloud_destroy", object("id", second)).isNull());
-    QVERIFY(f.create() > second);
+    QVERIFY(f.createCloud() > second);
 }
 
 void tst_PointCloudMethods::whatIsLoadedIsSaved_data()
@@ -157,7 +117,7 @@ void tst_PointCloudMethods::whatIsLoadedIsSaved()
     QCOMPARE(saved.positions.size(), points.positions.size());
     QVERIFY(saved.positions == points.positions);
     const Json::Value answer =
-        f.call("point_cloud_load_from_id", object("id", f.create(), "path", path));
+        f.call("point_cloud_load_from_id", object("id", f.createCloud(), "path", path));
     QCOMPARE(answer["points"].asInt(), 500);
 }
 
@@ -172,8 +132,8 @@ void tst_PointCloudMethods::copiesACloud()
     // Each has its own points from then on.
     f.call("point_cloud_crop",
            object("id", source, "minimum", list({0, -30, -30}), "maximum", list({30, 30, 30})));
-    QCOMPARE(f.download(id).positions.size(), std::size_t(400));
-    QVERIFY(f.download(source).positions.size() < 250);
+    QCOMPARE(f.downloadCloud(id).positions.size(), std::size_t(400));
+    QVERIFY(f.downloadCloud(source).positions.size() < 250);
 }
 
 void tst_PointCloudMethods::appendsACloud()
@@ -212,7 +172,7 @@ void tst_PointCloudMethods::crops()
         f.call("point_cloud_crop",
                object("id", id, "minimum", list({2, -1, -1}), "maximum", list({5, 0, 0})));
     QCOMPARE(answer["points"].asInt(), 4);
-    const PointCloud left = f.download(id);
+    const PointCloud left = f.downloadCloud(id);
     QCOMPARE(left.positions.size(), std::size_t(4));
     QCOMPARE(left.positions.front().x, 2.0);
     QCOMPARE(left.positions.back().x, 5.0);
@@ -230,7 +190,7 @@ void tst_PointCloudMethods::processes()
              5000);
     const int thin =
         f.call("point_cloud_process", object("id", id, "grid_size", 3.5))["points"].asInt();
-    const PointCloud left = f.download(id);
+    const PointCloud left = f.downloadCloud(id);
     QCOMPARE(int(left.positions.size()), thin);
     QVERIFY2(thin > 300 && thin < 1200, qPrintable(QString::number(thin)));
     for (std::size_t i = 0; i < left.positions.size(); ++i) {
@@ -268,7 +228,7 @@ void tst_PointCloudMethods::alignsByPairs()
     const Json::Value& by = answer["translation"];
     QVERIFY(distance(applied.translation, {by[0].asDouble(), by[1].asDouble(), by[2].asDouble()}) <
             1e-5);
-    const PointCloud moved = f.download(id);
+    const PointCloud moved = f.downloadCloud(id);
     for (std::size_t i = 0; i < points.positions.size(); ++i)
         QVERIFY(distance(moved.positions[i], applied.point(points.positions[i])) < 1e-5);
 }
@@ -287,7 +247,7 @@ void tst_PointCloudMethods::alignsByShape()
 
     QVERIFY2(answer["error"].asDouble() < 0.05,
              qPrintable(QString::number(answer["error"].asDouble())));
-    const PointCloud moved = f.download(id);
+    const PointCloud moved = f.downloadCloud(id);
     for (std::size_t i = 0; i < points.positions.size(); ++i)
         QVERIFY(distance(moved.positions[i], applied.point(points.positions[i])) < 0.2);
 }
@@ -358,7 +318,7 @@ void tst_PointCloudMethods::refusesBadParameters()
     const PointCloud points = ballPoints(25, {}, 300);
     QCOMPARE(f.upload(points), 1);
     QCOMPARE(f.errorFrom(method.constData(), parsed(json)), error.toStdString());
-    QVERIFY(f.download(1).positions == points.positions);
+    QVERIFY(f.downloadCloud(1).positions == points.positions);
 }
 
 void tst_PointCloudMethods::refusesEmptyClouds_data()
@@ -392,10 +352,10 @@ void tst_PointCloudMethods::refusesEmptyClouds()
     Fixture f;
     const PointCloud points = ballPoints(25, {}, 300);
     QCOMPARE(f.upload(points), 1);
-    QCOMPARE(f.create(), 2);
-    QCOMPARE(f.call("mesh_create").asInt(), 3);
+    QCOMPARE(f.createCloud(), 2);
+    QCOMPARE(f.createMesh(), 3);
     QCOMPARE(f.errorFrom(method.constData(), parsed(json)), std::string("EmptyShapeError"));
-    QVERIFY(f.download(1).positions == points.positions);
+    QVERIFY(f.downloadCloud(1).positions == points.positions);
 }
 
 void tst_PointCloudMethods::whatFailsChangesNothing()
@@ -407,7 +367,7 @@ void tst_PointCloudMethods::whatFailsChangesNothing()
     const std::string error =
         f.errorFrom("point_cloud_fine_alignment", object("id", id, "target", far));
     QCOMPARE(error, std::string("GeometryError"));
-    QVERIFY(f.download(id).positions == points.positions);
+    QVERIFY(f.downloadCloud(id).positions == points.positions);
 }
 
 void tst_PointCloudMethods::refusesFiles_data()
@@ -439,7 +399,7 @@ void tst_PointCloudMethods::refusesFiles()
     const std::string path = f.world.writeFile(QStringLiteral("bad.ply"), bytes);
     QCOMPARE(f.errorFrom("point_cloud_load_from_id", object("id", id, "path", path)),
              std::string("FileFormatError"));
-    QVERIFY(f.download(id).positions == points.positions);
+    QVERIFY(f.downloadCloud(id).positions == points.positions);
 }
 
 void tst_PointCloudMethods::refusesOutputs_data()
@@ -472,7 +432,7 @@ void tst_PointCloudMethods::refusesOutputs()
 void tst_PointCloudMethods::aRefusedOutputKeepsItsContents()
 {
     Fixture f;
-    const int empty = f.create();
+    const int empty = f.createCloud();
     const std::string path = f.world.writeFile(QStringLiteral("kept.ply"), "kept");
     QCOMPARE(f.errorFrom("point_cloud_save", object("id", empty, "path", path, "format", "ply")),
              std::string("EmptyShapeError"));
@@ -492,14 +452,14 @@ void tst_PointCloudMethods::aCloudBelongsToItsClient()
     QCOMPARE(
         errorOf([&] { ask(other, "point_cloud_load_from_id", object("id", own, "source", id)); }),
         std::string("UnknownPointCloudError"));
-    QCOMPARE(f.download(id).positions.size(), std::size_t(300));
+    QCOMPARE(f.downloadCloud(id).positions.size(), std::size_t(300));
 }
 
 void tst_PointCloudMethods::cloudsEndWithTheirClient()
 {
     Fixture f;
     // As many as one client may have: were they kept, there would be no room for a new client's.
-    const int first = f.create();
+    const int first = f.createCloud();
     f.client.disconnectFromDaemon();
     f.client.connectToDaemon(f.world.address());
     QCOMPARE(f.errorFrom("point_cloud_destroy", object("id", first)),
@@ -550,7 +510,7 @@ void tst_PointCloudMethods::aClientMayHangUpInTheMiddle()
     }
     // The service goes on, and with others' work too.
     const int id = f.upload(ballPoints(25, {}, 300));
-    QCOMPARE(f.download(id).positions.size(), std::size_t(300));
+    QCOMPARE(f.downloadCloud(id).positions.size(), std::size_t(300));
 }
 
 QTEST_GUILESS_MAIN(tst_PointCloudMethods)

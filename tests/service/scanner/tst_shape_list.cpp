@@ -379,6 +379,7 @@ void tst_ShapeList::tooManyPointsAreRefused()
     QTRY_COMPARE(f.answers.size(), std::size_t(1));
     f.change(f.client, second, fill(most / 2), "one too many");
     f.look(f.client, second, "look");
+    QTRY_COMPARE(f.answers.size(), std::size_t(3));
     // In the place of the first there is room for it.
     f.change(f.client, first, fill(most / 2), "instead");
     f.run(
