@@ -58,7 +58,8 @@ void replaceFile(const std::string& path, const std::function<void(const ByteSin
     if (path.find('\0') != std::string::npos || !QFileInfo(name).isAbsolute())
         failToWrite("\"" + name.toStdString() + "\"", "its path is not absolute");
     QSaveFile file(name);
-    if (!file.open(QIODevice::WriteOnly))
+    // A commit would overlook that what a buffer still holds cannot be written.
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         failToWrite(path, file.errorString().toStdString());
     write([&](const char* bytes, std::size_t size) {
         // On a full disk a part is written first; why no more is only said when the rest fails.

@@ -89,6 +89,7 @@ private slots:
 
     void savesAndLoads();
     void namesTheFileThatItCannotLoad();
+    void leavesTheEarlierFileWhenTheDiskIsFull_data();
     void leavesTheEarlierFileWhenTheDiskIsFull();
     void leavesTheEarlierFileWhenItIsCanceled();
     void takesAMillionPoints();
@@ -291,19 +292,30 @@ void tst_PointCloudFile::namesTheFileThatItCannotLoad()
              "Other: Cannot read " + missing + ": No such file or directory");
 }
 
+void tst_PointCloudFile::leavesTheEarlierFileWhenTheDiskIsFull_data()
+{
+    QTest::addColumn<int>("points");
+    QTest::addColumn<int>("room");
+
+    QTest::newRow("while it is written") << 10000 << 100000;
+    QTest::newRow("when what is buffered is written at the end") << 100 << 1000;
+}
+
 void tst_PointCloudFile::leavesTheEarlierFileWhenTheDiskIsFull()
 {
 #ifdef Q_OS_UNIX
+    QFETCH(int, points);
+    QFETCH(int, room);
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("scan.ply"));
     makeFile(path, "earlier");
-    const PointCloud cloud = pointsOfBall(10000, 20, 0);
+    const PointCloud cloud = pointsOfBall(points, 20, 0);
     // No file may grow beyond that, which fails as a full disk does.
     struct rlimit before;
     QCOMPARE(::getrlimit(RLIMIT_FSIZE, &before), 0);
     const auto handler = std::signal(SIGXFSZ, SIG_IGN);
     struct rlimit limit = before;
-    limit.rlim_cur = 100000;
+    limit.rlim_cur = rlim_t(room);
     QCOMPARE(::setrlimit(RLIMIT_FSIZE, &limit), 0);
     const std::string text =
         thrownBy([&] { savePointCloud(cloud, path.toStdString(), PointCloudFormat::Ply); });
