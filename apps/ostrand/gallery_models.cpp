@@ -21,6 +21,7 @@
 #include <QSettings>
 #include <QSpinBox>
 
+#include <algorithm>
 #include <cmath>
 #include <stdexcept>
 
@@ -140,9 +141,14 @@ void photographMachineTools(Host& host, Robot& robot,
                    QStringLiteral("Direct controls"));
         robot.click([controls] { controls->close(); });
     }
-    trovek::Printer* const first = host.facade().printers().front();
-    windows.openFirmwareUpload(trovek::toQString(first->key().name()));
-    QDialog* firmware = factory.firmwareUploadDialog(first);
+    // Those that stand for their type alone have no port to upload to.
+    const auto machines = host.facade().printers();
+    const auto machine = std::find_if(machines.begin(), machines.end(),
+                                      [](trovek::Printer* each) { return each->canPrint(); });
+    if (machine == machines.end())
+        return;
+    windows.openFirmwareUpload(trovek::toQString((*machine)->key().name()));
+    QDialog* firmware = factory.firmwareUploadDialog(*machine);
     photograph(*firmware, QStringLiteral("firmware"), QStringLiteral("Other firmware"));
     MakeSteps::button(*firmware, "next").click();
     photograph(*firmware, QStringLiteral("firmware-ready"), QStringLiteral("Ready to upload"));
