@@ -346,7 +346,14 @@ void MakeDialog::startExport(const MachineName& key, const QString& inputFile)
 
     const MakeRequest request = makeRequest(machine, inputFile);
     const QString output = createServiceOutput(QFileInfo(destination).fileName());
-    const int jobID = startExportJob(d->facade, request, QFileInfo(destination).suffix(), output);
+    int jobID = Job::kInvalidID;
+    try {
+        jobID = startExportJob(d->facade, request, QFileInfo(destination).suffix(), output);
+    } catch (...) {
+        // Nobody will ever write into it or look for it.
+        removeServiceOutput(output);
+        throw;
+    }
     ExportJobMover::instance(d->facade).addExport(jobID, destination, output);
     accept();
 }

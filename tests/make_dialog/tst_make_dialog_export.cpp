@@ -315,6 +315,11 @@ void tst_MakeDialogExport::showsWhatTheServiceRefusesToExport()
 
     QVERIFY(dialog.isVisible());
     QVERIFY(!QFile::exists(world.path("cube.x3g")));
+    // Nor does the file stay that the service would have written into.
+    const Json::Value request = world.service.lastRequest("print_to_file");
+    const QFileInfo output(QString::fromStdString(request["output_path"].asString()));
+    QCOMPARE(output.fileName(), QStringLiteral("cube.x3g"));
+    QVERIFY(!QFileInfo::exists(output.path()));
 }
 
 void tst_MakeDialogExport::tellsWhenTheDestinationCannotBeWritten()
