@@ -9,15 +9,12 @@
 #include <trovek/text.h>
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QFileInfo>
 #include <QLabel>
 #include <QLocale>
 #include <QPointer>
-#include <QPushButton>
 #include <QThreadPool>
 #include <QTimer>
-#include <QVBoxLayout>
 
 #include <exception>
 
@@ -26,7 +23,6 @@ namespace {
 
 using trovek::geometry::Mesh;
 
-constexpr int kPictureSize = 44;
 /** After the last change of the size. */
 constexpr int kDrawDelayMs = 50;
 /** Reading more than this for a picture takes the memory that the slicer needs. */
@@ -59,47 +55,19 @@ void later(QPointer<ModelPage> page, Function function)
 } // namespace
 
 ModelPage::ModelPage(QWidget* parent)
-    : FilePage(parent)
+    : PicturePage(parent)
     , m_extent(new QLabel(this))
     , m_large(new QLabel(this))
     , m_drawTimer(new QTimer(this))
 {
-    setLargerFont(m_name, 1.15);
-    // The tool tip says where it lies.
-    m_folder->hide();
-    m_picture->setFixedSize(kPictureSize, kPictureSize);
-    m_picture->setScaledContents(true);
-    m_name->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    addFact(*m_extent);
     m_extent->setObjectName(QStringLiteral("modelExtent"));
     m_large->setObjectName(QStringLiteral("modelPicture"));
     m_large->setAlignment(Qt::AlignCenter);
     m_large->setWordWrap(true);
     m_large->setMinimumSize(kSmallestPicture);
     m_large->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
-
-    auto* facts = new QHBoxLayout;
-    facts->setSpacing(14);
-    for (QLabel* label : {m_kind, m_size, m_modified, m_extent}) {
-        label->setWordWrap(false);
-        facts->addWidget(label);
-    }
-    facts->addStretch(1);
-    auto* words = new QVBoxLayout;
-    words->setSpacing(2);
-    words->addWidget(m_name);
-    words->addLayout(facts);
-    words->addWidget(m_remark);
-    auto* bar = new QHBoxLayout;
-    bar->setContentsMargins(12, 8, 12, 8);
-    bar->setSpacing(16);
-    bar->addWidget(m_picture);
-    bar->addLayout(words, 1);
-    bar->addWidget(m_make, 0, Qt::AlignVCenter);
-    auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(0);
-    column->addLayout(bar);
-    column->addWidget(m_large, 1);
+    setLargePicture(*m_large);
 
     m_drawTimer->setSingleShot(true);
     m_drawTimer->setInterval(kDrawDelayMs);
@@ -118,34 +86,20 @@ void ModelPage::stopWork()
     m_canceled.reset();
 }
 
-void ModelPage::showFile(const QString& path)
-{
-    FilePage::showFile(path);
-    m_name->setToolTip(Qt::convertFromPlainText(QDir::toNativeSeparators(path)));
-    const QFileInfo info(path);
-    const qint64 bytes = info.exists() ? info.size() : -1;
-    if (path == m_path && bytes == m_bytes && info.lastModified() == m_changed)
-        return;
-    m_path = path;
-    m_bytes = bytes;
-    m_changed = info.lastModified();
-    read();
-}
-
-void ModelPage::read()
+void ModelPage::read(const QFileInfo& file)
 {
     stopWork();
     m_mesh.reset();
     m_extent->clear();
-    if (m_bytes < 0) {
+    if (!file.exists()) {
         showText(QString());
         return;
     }
-    if (!trovek::geometry::meshFormatOfPath(trovek::toStdString(m_path))) {
+    if (!trovek::geometry::meshFormatOfPath(trovek::toStdString(path()))) {
         showText(tr("There is no picture of this kind of model. It can be made all the same."));
         return;
     }
-    if (m_bytes > kLargestFile) {
+    if (file.size() > kLargestFile) {
         showText(tr("The model is too large for a picture. It can be made all the same."));
         return;
     }
@@ -153,7 +107,7 @@ void ModelPage::read()
     const auto canceled = std::make_shared<std::atomic<bool>>(false);
     m_canceled = canceled;
     const auto work = [page = QPointer<ModelPage>(this), canceled,
-                       path = trovek::toStdString(m_path)] {
+                       path = trovek::toStdString(path())] {
         try {
             const auto mesh = std::make_shared<const Mesh>(
                 trovek::geometry::loadMesh(path, [canceled](double) { return !*canceled; }));
@@ -194,7 +148,7 @@ void ModelPage::draw()
     m_canceled = canceled;
     const qreal ratio = devicePixelRatioF();
     const QSize size = m_large->size() * ratio;
-    const QSize small = m_picture->size() * ratio;
+    const QSize small = smallPictureSize();
     // In a thread: a model of many triangles takes a moment.
     const auto work = [page = QPointer<ModelPage>(this), canceled, mesh = m_mesh, size, small,
                        ratio] {
@@ -214,15 +168,8 @@ void ModelPage::takePictures(const QImage& large, const QImage& icon)
 {
     m_canceled.reset();
     m_large->setPixmap(QPixmap::fromImage(large));
-    m_rendered = QPixmap::fromImage(icon);
-    showPicture();
+    setSmallPicture(icon);
     emit pictureChanged();
-}
-
-void ModelPage::showPicture()
-{
-    if (m_mesh && !m_rendered.isNull())
-        m_picture->setPixmap(m_rendered);
 }
 
 void ModelPage::showText(const QString& text)
@@ -233,7 +180,7 @@ void ModelPage::showText(const QString& text)
 
 void ModelPage::resizeEvent(QResizeEvent* event)
 {
-    FilePage::resizeEvent(event);
+    PicturePage::resizeEvent(event);
     m_drawTimer->start();
 }
 

@@ -1,9 +1,6 @@
 #pragma once
 
-#include "file_page.h"
-
-#include <QDateTime>
-#include <QPixmap>
+#include "picture_page.h"
 
 #include <atomic>
 #include <memory>
@@ -18,7 +15,7 @@ class QTimer;
 namespace ostrand {
 
 /** The page of a model: a picture of it, below a bar with the file and the button. */
-class ModelPage : public FilePage
+class ModelPage : public PicturePage
 {
     Q_OBJECT
 
@@ -26,8 +23,6 @@ public:
     explicit ModelPage(QWidget* parent = nullptr);
     ~ModelPage() override;
 
-    /** Reads the file when it is another one, or has changed on the disk. */
-    void showFile(const QString& path) override;
     /** Whether the picture is still on its way. */
     bool isReading() const { return m_canceled != nullptr; }
 
@@ -36,15 +31,14 @@ signals:
     void pictureChanged();
 
 protected:
+    void read(const QFileInfo& file) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    void read();
     void fail(const QString& reason);
     void takeMesh(std::shared_ptr<const trovek::geometry::Mesh> mesh);
     void draw();
     void takePictures(const QImage& large, const QImage& icon);
-    void showPicture();
     void showText(const QString& text);
     /** Ends what runs in a thread; its result is dropped. */
     void stopWork();
@@ -52,11 +46,7 @@ private:
     QLabel* const m_extent;
     QLabel* const m_large;
     QTimer* const m_drawTimer;
-    QString m_path;
-    qint64 m_bytes = -1;
-    QDateTime m_changed;
     std::shared_ptr<const trovek::geometry::Mesh> m_mesh;
-    QPixmap m_rendered;
     /** Of what runs in a thread now. */
     std::shared_ptr<std::atomic<bool>> m_canceled;
 };

@@ -114,7 +114,9 @@ void tst_ModelPage::readsAFileOnce()
     World world;
     world.open("part.stl", smallModel());
     QSignalSpy changed(&world.page(), &ModelPage::pictureChanged);
+    const QImage small = world.label("filePicture").pixmap(Qt::ReturnByValue).toImage();
     world.view.setFile(world.view.file());
+    QCOMPARE(world.label("filePicture").pixmap(Qt::ReturnByValue).toImage(), small);
     QVERIFY(!world.page().isReading());
     QVERIFY(changed.isEmpty());
 }
