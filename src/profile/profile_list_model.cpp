@@ -247,12 +247,13 @@ void ProfileListModel::setSelectedMachineType(Printer::Type type)
 void ProfileListModel::removeProfile(const QDir& dir)
 {
     update();
-    if (!QFileInfo::exists(dir.absolutePath()))
+    // By its path, since others may be links to the same folder.
+    const QString path = dir.absolutePath();
+    if (!QFileInfo::exists(path))
         throw std::runtime_error("Profile already deleted");
-    const DirectoryProfile wanted(dir);
     for (int row = 0; row < rowCount(); ++row) {
         Profile* const profile = profileAt(row);
-        if (profile == nullptr || !wanted.isSameAs(*profile))
+        if (profile == nullptr || !profile->isOnDisk() || profile->path() != path)
             continue;
         try {
             profile->remove();

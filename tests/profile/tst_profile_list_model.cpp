@@ -29,6 +29,8 @@ private slots:
     void filterLeavesOutWhatDoesNotFit();
     void removesAProfile();
     void removesWhatWasNeverListed();
+    void removesNoOtherNameOfAFolder_data();
+    void removesNoOtherNameOfAFolder();
     void removesNothingElse_data();
     void removesNothingElse();
     void tellsWhatIsAlreadyGone();
@@ -372,6 +374,32 @@ void tst_ProfileListModel::removesWhatWasNeverListed()
 
     QVERIFY(!QFileInfo::exists(world.path("a")));
     QCOMPARE(model.rowCount(), 0);
+}
+
+void tst_ProfileListModel::removesNoOtherNameOfAFolder_data()
+{
+    QTest::addColumn<QString>("removed");
+
+    for (const char* name : {"folder", "link", "other link"})
+        QTest::newRow(name) << text(name);
+}
+
+void tst_ProfileListModel::removesNoOtherNameOfAFolder()
+{
+    QFETCH(QString, removed);
+    const ProfileWorld world;
+    world.addProfile("folder");
+    QVERIFY(QFile::link(world.path("folder"), world.path("link")));
+    QVERIFY(QFile::link(world.path("folder"), world.path("other link")));
+    ProfileListModel model(false, false);
+
+    model.removeProfile(QDir(world.path(removed)));
+
+    for (const char* name : {"folder", "link", "other link"}) {
+        const QFileInfo entry(world.path(name));
+        QCOMPARE(entry.isSymLink() || entry.exists(), text(name) != removed);
+    }
+    QCOMPARE(QFileInfo::exists(world.path("folder/strandel.json")), removed != text("folder"));
 }
 
 void tst_ProfileListModel::removesNothingElse_data()
