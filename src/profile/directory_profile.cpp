@@ -10,12 +10,22 @@
 #include <QUrl>
 
 #include <stdexcept>
+#include <string>
 
 namespace trovek {
 
 namespace {
 
 const char* const kStrandelFile = "strandel.json";
+
+/** The slicer would not read them, and copying them would hold up the window. */
+void refuseHugeFiles(const QDir& folder)
+{
+    for (const char* name : {kStrandelFile, "start.gcode", "end.gcode"}) {
+        if (QFileInfo(folder, QLatin1String(name)).size() > kLargestProfileFile)
+            throw std::runtime_error(std::string(name) + " is larger than 1 MiB");
+    }
+}
 
 } // namespace
 
@@ -33,14 +43,17 @@ bool DirectoryProfile::isSameAs(const Profile& other) const
 QDir DirectoryProfile::copyToDisk(const QDir& target, const QString& newName,
                                   const std::vector<Printer::Type>& types) const
 {
-    return copyProfile(target, newName, slicer(), types,
-                       [&] { recursiveCopyRename(target, m_dir, newName); });
+    return copyProfile(target, newName, slicer(), types, [&] {
+        refuseHugeFiles(m_dir);
+        recursiveCopyRename(target, m_dir, newName);
+    });
 }
 
 QString DirectoryProfile::slicerConfigPath() const
 {
     switch (slicer()) {
     case SlicerConfiguration::Strandel:
+        refuseHugeFiles(m_dir);
         return recursiveCopyRename(TemporaryDir::managedDir(), m_dir, name())
             .absoluteFilePath(QLatin1String(kStrandelFile));
     case SlicerConfiguration::UnknownSlicer:

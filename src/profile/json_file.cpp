@@ -11,13 +11,6 @@
 
 namespace trovek {
 
-namespace {
-
-/** Many times what a profile has; more is something else. */
-constexpr qint64 kLargestFile = 1024 * 1024;
-
-} // namespace
-
 bool parseJson(const QByteArray& bytes, Json::Value* value)
 {
     Json::CharReaderBuilder builder;
@@ -39,9 +32,9 @@ Json::Value readJsonFile(const QString& path, const std::string& openError,
     QFile file(path);
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
         throw std::runtime_error(openError);
-    const QByteArray bytes = file.read(kLargestFile + 1);
+    const QByteArray bytes = file.read(kLargestProfileFile + 1);
     Json::Value value;
-    if (file.error() != QFileDevice::NoError || bytes.size() > kLargestFile ||
+    if (file.error() != QFileDevice::NoError || bytes.size() > kLargestProfileFile ||
         !parseJson(bytes, &value))
         throw std::runtime_error(parseError);
     return value;

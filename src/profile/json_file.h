@@ -11,6 +11,9 @@
 
 namespace trovek {
 
+/** In bytes; many times what a profile's files have. More is something else. */
+constexpr qint64 kLargestProfileFile = 1024 * 1024;
+
 /**
  * Reads a JSON text that a user may have edited: comments and a byte order mark are allowed.
  * @return false when it is anything but one JSON value

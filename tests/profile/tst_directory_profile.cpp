@@ -37,6 +37,10 @@ private slots:
     void copyOfABrokenProfileMakesNothing();
     void copyThatFailsHalfWayLeavesNothing();
     void copyWithoutItsFileLeavesNothing();
+    void copiesNothingThatWouldNeverEnd_data();
+    void copiesNothingThatWouldNeverEnd();
+    void copiesFilesOfASaneSizeOnly_data();
+    void copiesFilesOfASaneSizeOnly();
     void copyNeedsItsTarget();
     void givesTheSlicerACopy();
     void givesTheSlicerNothingBroken();
@@ -327,6 +331,67 @@ void tst_DirectoryProfile::copyWithoutItsFileLeavesNothing()
 #else
     QSKIP("No limit of file sizes here");
 #endif
+}
+
+void tst_DirectoryProfile::copiesNothingThatWouldNeverEnd_data()
+{
+    QTest::addColumn<QString>("linkTarget");
+
+#ifdef Q_OS_UNIX
+    QTest::newRow("pipe") << text("../pipe");
+    QTest::newRow("device without end") << text("/dev/zero");
+    QTest::newRow("device that waits") << text("/dev/tty");
+#endif
+}
+
+void tst_DirectoryProfile::copiesNothingThatWouldNeverEnd()
+{
+#ifdef Q_OS_UNIX
+    QFETCH(QString, linkTarget);
+    QCOMPARE(::mkfifo(qPrintable(path("pipe")), 0600), 0);
+    writeProfile(path("a"));
+    QVERIFY(QFile::link(linkTarget, path("a/notes.txt")));
+    const std::string error = "Copy failed: couldn't copy " + path("a/notes.txt").toStdString();
+
+    QCOMPARE(
+        thrownText([&] { profile("a").copyToDisk(QDir(path("target")), text("new"), kOneType); }),
+        error + " to " + path("target/new/notes.txt").toStdString());
+    QCOMPARE(tree(path("target")), QStringList());
+    QCOMPARE(thrownText([&] { profile("a").slicerConfigPath(); }).substr(0, error.size()), error);
+#else
+    QSKIP("Pipes and devices are no files here");
+#endif
+}
+
+void tst_DirectoryProfile::copiesFilesOfASaneSizeOnly_data()
+{
+    QTest::addColumn<QString>("name");
+
+    for (const char* name : {"strandel.json", "start.gcode", "end.gcode"})
+        QTest::newRow(name) << text(name);
+}
+
+void tst_DirectoryProfile::copiesFilesOfASaneSizeOnly()
+{
+    QFETCH(QString, name);
+    constexpr int kMost = 1024 * 1024;
+    writeProfile(path("a"));
+    writeFile(path("a/picture.png"), QByteArray(kMost + 1, 'x'));
+    const QString file = path("a/") + name;
+    const auto copy = [&] {
+        profile("a").copyToDisk(QDir(path("target")), text("new"), kOneType);
+    };
+    writeFile(file, QByteArray(kMost + 1, ' '));
+    const std::string error = name.toStdString() + " is larger than 1 MiB";
+
+    QCOMPARE(thrownText(copy), error);
+    QCOMPARE(tree(path("target")), QStringList());
+    QCOMPARE(thrownText([&] { profile("a").slicerConfigPath(); }), error);
+
+    writeFile(file, QByteArray(kMost, ' '));
+    QCOMPARE(thrownText(copy), std::string("nothing thrown"));
+    QCOMPARE(QFileInfo(path("target/new/") + name).size(), qint64(kMost));
+    QCOMPARE(QFileInfo(path("target/new/picture.png")).size(), qint64(kMost + 1));
 }
 
 void tst_DirectoryProfile::copyNeedsItsTarget()
