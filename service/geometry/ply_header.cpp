@@ -92,25 +92,6 @@ std::size_t lineOf(std::string_view text, std::string_view word)
 
 } // namespace
 
-std::size_t bytesOf(PlyType type)
-{
-    switch (type) {
-    case PlyType::Int8:
-    case PlyType::UInt8:
-        return 1;
-    case PlyType::Int16:
-    case PlyType::UInt16:
-        return 2;
-    case PlyType::Int32:
-    case PlyType::UInt32:
-    case PlyType::Float:
-        return 4;
-    case PlyType::Double:
-        break;
-    }
-    return 8;
-}
-
 PlyHeader readPlyHeader(std::string_view bytes)
 {
     if (bytes.substr(0, 4) != "ply\n" && bytes.substr(0, 4) != "ply\r")

@@ -11,7 +11,24 @@ namespace trovek::geometry {
 enum class PlyType { Int8, UInt8, Int16, UInt16, Int32, UInt32, Float, Double };
 
 /** In a binary file. */
-std::size_t bytesOf(PlyType type);
+constexpr std::size_t bytesOf(PlyType type)
+{
+    switch (type) {
+    case PlyType::Int8:
+    case PlyType::UInt8:
+        return 1;
+    case PlyType::Int16:
+    case PlyType::UInt16:
+        return 2;
+    case PlyType::Int32:
+    case PlyType::UInt32:
+    case PlyType::Float:
+        return 4;
+    case PlyType::Double:
+        break;
+    }
+    return 8;
+}
 
 struct PlyProperty
 {

@@ -222,12 +222,13 @@ private:
 
     static void requirePosition(const Vector& position, std::uint64_t item)
     {
-        const double farthest =
-            std::max({std::abs(position.x), std::abs(position.y), std::abs(position.z)});
-        if (!isFinite(position))
-            throw FileFormatError("Vertex " + std::to_string(item) + " has no place");
-        if (farthest > kFarthestCoordinate)
-            throw FileFormatError("Vertex " + std::to_string(item) + " lies too far out");
+        const auto isNear = [](double coordinate) {
+            return std::abs(coordinate) <= kFarthestCoordinate;
+        };
+        if (isNear(position.x) && isNear(position.y) && isNear(position.z))
+            return;
+        throw FileFormatError("Vertex " + std::to_string(item) +
+                              (isFinite(position) ? " lies too far out" : " has no place"));
     }
 
     void readFaces(const PlyElement& element)
@@ -270,6 +271,11 @@ private:
     template <typename Take>
     void readItem(const PlyElement& element, Take take)
     {
+        if (!m_hasLists) {
+            for (std::size_t number = 0; number < element.properties.size(); ++number)
+                take(number, m_numbers.next(element.properties[number].type));
+            return;
+        }
         for (std::size_t number = 0; number < element.properties.size(); ++number) {
             const PlyProperty& property = element.properties[number];
             if (!property.countType) {

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <cstdint>
+#include <QtEndian>
+
 #include <cstring>
 #include <type_traits>
 
@@ -10,21 +11,16 @@ enum class ByteOrder { LittleEndian, BigEndian };
 
 template <std::size_t size>
 using RawInteger = std::conditional_t<
-    size == 1, std::uint8_t,
-    std::conditional_t<size == 2, std::uint16_t,
-                       std::conditional_t<size == 4, std::uint32_t, std::uint64_t>>>;
+    size == 1, quint8,
+    std::conditional_t<size == 2, quint16, std::conditional_t<size == 4, quint32, quint64>>>;
 
-/** Whatever the processor's own order is; compilers make one instruction of it. */
+/** Whatever the processor's own order is. */
 template <typename Number>
 Number readRaw(const char* bytes, ByteOrder order)
 {
-    RawInteger<sizeof(Number)> raw = 0;
-    for (std::size_t byte = 0; byte < sizeof(Number); ++byte) {
-        const std::size_t place =
-            order == ByteOrder::LittleEndian ? byte : sizeof(Number) - 1 - byte;
-        raw = RawInteger<sizeof(Number)>(raw | RawInteger<sizeof(Number)>(std::uint8_t(bytes[byte]))
-                                                   << (8 * place));
-    }
+    using Raw = RawInteger<sizeof(Number)>;
+    const Raw raw = order == ByteOrder::LittleEndian ? qFromLittleEndian<Raw>(bytes)
+                                                     : qFromBigEndian<Raw>(bytes);
     Number number;
     std::memcpy(&number, &raw, sizeof number);
     return number;
@@ -36,8 +32,7 @@ void writeRaw(char* bytes, Number number)
 {
     RawInteger<sizeof(Number)> raw;
     std::memcpy(&raw, &number, sizeof number);
-    for (std::size_t byte = 0; byte < sizeof(Number); ++byte)
-        bytes[byte] = char(std::uint8_t(raw >> (8 * byte)));
+    qToLittleEndian(raw, bytes);
 }
 
 } // namespace trovek::geometry
