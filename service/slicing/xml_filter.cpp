@@ -9,6 +9,14 @@
 
 namespace trovek::service {
 
+namespace {
+
+// A few packed bytes can unpack to a text or to elements without an end.
+constexpr qint64 kLongestToken = 16 << 20;
+constexpr int kDeepest = 100;
+
+} // namespace
+
 XmlFilter::XmlFilter(QIODevice& output, IsKept isKept)
     : m_output(output)
     , m_isKept(std::move(isKept))
@@ -22,9 +30,15 @@ XmlFilter::XmlFilter(QIODevice& output, IsKept isKept)
 void XmlFilter::take(const char* bytes, qint64 size)
 {
     m_reader.addData(QByteArray(bytes, static_cast<int>(size)));
-    while (!m_reader.atEnd())
+    m_unfinished += size;
+    while (!m_reader.atEnd()) {
         copy(m_reader.readNext());
+        if (!m_reader.hasError())
+            m_unfinished = 0;
+    }
     checkWritten();
+    if (m_unfinished > kLongestToken)
+        throw std::runtime_error("it is too large");
     if (m_reader.hasError() && m_reader.error() != QXmlStreamReader::PrematureEndOfDocumentError)
         throw std::runtime_error("it is damaged");
 }
@@ -41,6 +55,8 @@ void XmlFilter::copy(QXmlStreamReader::TokenType token)
 {
     switch (token) {
     case QXmlStreamReader::StartElement:
+        if (++m_depth > kDeepest)
+            throw std::runtime_error("it is damaged");
         if (m_leftOut > 0 || !m_isKept(m_reader.name(), m_reader.attributes())) {
             ++m_leftOut;
             return;
@@ -49,6 +65,7 @@ void XmlFilter::copy(QXmlStreamReader::TokenType token)
         m_writer.writeAttributes(m_reader.attributes());
         return;
     case QXmlStreamReader::EndElement:
+        --m_depth;
         if (m_leftOut > 0)
             --m_leftOut;
         else

@@ -20,7 +20,8 @@ public:
     /** @param output not owned */
     XmlFilter(QIODevice& output, IsKept isKept);
 
-    /** @throws std::runtime_error "it is damaged" when it is no XML; WriteError */
+    /** @throws std::runtime_error "it is damaged" when it is no XML, "it is too large"; WriteError
+     */
     void take(const char* bytes, qint64 size);
     /** @throws as take(), also when the text was not whole */
     void finish();
@@ -33,7 +34,11 @@ private:
     const IsKept m_isKept;
     QXmlStreamReader m_reader;
     QXmlStreamWriter m_writer;
-    /** Elements that are open, from the one on that is not kept. */
+    /** Bytes since the last whole token. */
+    qint64 m_unfinished = 0;
+    /** Elements that are open. */
+    int m_depth = 0;
+    /** Of these, from the one on that is not kept. */
     int m_leftOut = 0;
 };
 

@@ -122,6 +122,7 @@ ZipReader::ZipReader(QIODevice& file)
         fail("it is damaged");
     const QByteArray directory = bytesAt(directoryOffset, directorySize);
     int at = 0;
+    qint64 packedSize = 0;
     for (int i = 0; i < count; ++i) {
         if (at + kDirectoryBytes > directory.size() ||
             number32(directory, at) != kDirectorySignature)
@@ -145,6 +146,10 @@ ZipReader::ZipReader(QIODevice& file)
         if (entry.packedSize == kElsewhere || entry.size == kElsewhere ||
             entry.offset == kElsewhere)
             fail("it is too large");
+        // Files that share their bytes would make a copy of any size.
+        packedSize += entry.packedSize;
+        if (packedSize > file.size())
+            fail("it is damaged");
         m_entries.push_back(std::move(entry));
     }
 }

@@ -11,6 +11,7 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QtEndian>
 
 using namespace trovek;
 using namespace trovek::service;
@@ -423,6 +424,21 @@ void tst_ModelFile::refusesWhatIsNone_data()
     for (int at = 0; (at = large.indexOf("PK\1\2", at)) >= 0; at += 4)
         large.replace(at + 24, 4, "\xff\xff\xff\x8f", 4);
     QTest::newRow("above 2 GiB") << QByteArray("a.3mf") << large << cannot + "it is too large";
+    // Ten thousand of these would fill a disk from a file of a few megabytes.
+    QByteArray shared = kBlock.threeMf();
+    for (int at = 0; (at = shared.indexOf("PK\1\2", at)) >= 0; at += 4) {
+        const qint32 half = qToLittleEndian(shared.size() / 2);
+        shared.replace(at + 20, 4, reinterpret_cast<const char*>(&half), 4);
+    }
+    QTest::newRow("files that lie in each other")
+        << QByteArray("a.3mf") << shared << cannot + "it is damaged";
+    QTest::newRow("an AMF with a text that does not end")
+        << QByteArray("a.amf") << QByteArray("<amf><x>") + QByteArray(17 << 20, '1')
+        << cannot + "it is too large";
+    QTest::newRow("an AMF whose elements stand in each other")
+        << QByteArray("a.amf")
+        << "<amf>" + QByteArray("<x>").repeated(1000) + QByteArray("</x>").repeated(1000) + "</amf>"
+        << cannot + "it is damaged";
 }
 
 void tst_ModelFile::refusesWhatIsNone()
