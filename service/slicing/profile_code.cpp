@@ -28,30 +28,43 @@ std::string_view takeLine(std::string_view& text)
     return line;
 }
 
-/** Behind the braces and before them; nothing when a name means nothing here. */
+/** Begins a name, ends it, or begins what is not looked at. */
+constexpr char kMarks[] = "{}(;\r\n";
+
+std::string_view lineBreakOf(std::string_view line)
+{
+    return line.substr(std::min(line.find_first_of("\r\n"), line.size()));
+}
+
+/** Nothing but the line break when a name means nothing here. */
 std::string expandLine(std::string_view line, const std::string& fileName, int number,
                        const ProfileCodeValues& values)
 {
-    const std::size_t codeEnd = std::min(line.find_first_of(";\r\n"), line.size());
-    std::string_view code = line.substr(0, codeEnd);
-    const std::string_view rest = line.substr(codeEnd);
     std::string expanded;
+    std::string_view rest = line;
+    const auto take = [&expanded, &rest](std::size_t end) {
+        expanded += rest.substr(0, end);
+        rest.remove_prefix(std::min(end, rest.size()));
+    };
     while (true) {
-        const std::size_t open = code.find_first_of("{}");
-        expanded += code.substr(0, open);
-        if (open == std::string_view::npos)
+        take(rest.find_first_of(kMarks));
+        if (!rest.empty() && rest.front() == '(' && rest.find(')') != std::string_view::npos) {
+            take(rest.find(')') + 1);
+            continue;
+        }
+        if (rest.empty() || (rest.front() != '{' && rest.front() != '}'))
             return expanded + std::string(rest);
-        const std::size_t close = code.find_first_of("{}", open + 1);
-        if (code[open] == '}' || close == std::string_view::npos || code[close] == '{')
+        const std::size_t close = rest.find_first_of(kMarks, 1);
+        if (rest.front() == '}' || close == std::string_view::npos || rest[close] != '}')
             fail(fileName, number, "braces must stand around a name, as in {x_max}");
-        const std::string name(code.substr(open + 1, close - open - 1));
+        const std::string name(rest.substr(1, close - 1));
         const auto value = values.find(name);
         if (value == values.end())
             fail(fileName, number, "{" + name + "} is not known");
         if (value->second.empty())
-            return std::string(rest.substr(std::min(rest.find_first_of("\r\n"), rest.size())));
+            return std::string(lineBreakOf(line));
         expanded += value->second;
-        code.remove_prefix(close + 1);
+        rest.remove_prefix(close + 1);
     }
 }
 

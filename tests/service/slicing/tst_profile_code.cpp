@@ -82,6 +82,9 @@ void tst_ProfileCode::putsValuesInPlaceOfNames_data()
     row("old line breaks", "G28\rG1 X{x_max}\r", "G28\rG1 X245\r");
     row("a comment is left alone", "G1 X{x_max} ; to {x_max} or {what}\n; {\n",
         "G1 X245 ; to {x_max} or {what}\n; {\n");
+    row("so is one in parentheses", "G1 (to {x_max}; {) X{x_max} (}) ; {\n",
+        "G1 (to {x_max}; {) X245 (}) ; {\n");
+    row("one that does not end", "G1 X{x_max} (to {x_max}\r\nG1\n", "G1 X245 (to {x_max}\r\nG1\n");
     row("a line about nothing goes", "G28\nM104 T1 S{nothing} ; left\nG1\n", "G28\n\nG1\n");
     row("whatever else it has", "M104 T1 S{nothing} X{x_max}\r\nG1 X{x_max}", "\r\nG1 X245\n");
     row("several lines", "{two_lines}\nG28\n", "G1 X1\nG1 X2\nG28\n");
@@ -109,6 +112,7 @@ void tst_ProfileCode::refusesWhatItDoesNotKnow_data()
     row("G28\rG1 X{}", "line 2: {} is not known");
     row("G1 X{x_max", ("line 1" + braces).c_str());
     row("G1 X{x_max ; }", ("line 1" + braces).c_str());
+    row("G1 X{x_max(})", ("line 1" + braces).c_str());
     row("G1 X}", ("line 1" + braces).c_str());
     row("G1 X{x_max}}", ("line 1" + braces).c_str());
     row("G1 X{{x_max}", ("line 1" + braces).c_str());
