@@ -51,7 +51,8 @@ std::string withoutComments(std::string text)
                 ++i;
             else if (text[i] == '"')
                 inside = 0;
-        } else if (inside == '/' ? text[i] == '\n' : inside == '*' && next == "*/") {
+        } else if (inside == '/' ? text[i] == '\n' || text[i] == '\r'
+                                 : inside == '*' && next == "*/") {
             if (inside == '*')
                 text.replace(i++, 2, "  ");
             inside = 0;

@@ -105,6 +105,11 @@ void tst_SliceProfile::bearsWhatEditorsLeave()
     QCOMPARE(profile.config.layerHeight, 0.2);
     QCOMPARE(profile.startCode, std::string("; mine\r\n"));
     QCOMPARE(profile.endCode, std::string());
+
+    // As on an old system.
+    changed.replace("\r\n", "\n").replace('\n', '\r');
+    folder.write(kSettings, changed);
+    QCOMPARE(loadSliceProfile(folder.path()).config.layerHeight, 0.2);
 }
 
 void tst_SliceProfile::namesTheFileThatIsMissing_data()
