@@ -195,7 +195,8 @@ void CreateProfileDialog::createProfile()
         }
         const QDir folder = copyTemplate(*directory, name);
         accept();
-        emit profileCreated(folder);
+        if (self)
+            emit profileCreated(folder);
     } catch (const std::exception& error) {
         TROVEK_LOG(0) << error.what() << std::endl;
         if (!self || !isVisible())

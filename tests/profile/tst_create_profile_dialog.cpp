@@ -50,6 +50,7 @@ private slots:
     void bearsReceiversThatThrow();
     void mayBeDestroyedUnderItsMessage();
     void mayBeDestroyedByItsReceiver();
+    void mayBeDestroyedAsItFinishes();
     void closesByKeyAndButton();
     void worksByKeyboard();
 };
@@ -642,6 +643,20 @@ void tst_CreateProfileDialog::mayBeDestroyedByItsReceiver()
     dialog->press(text("new"));
 
     QTRY_VERIFY(dialog.isNull());
+    QVERIFY(QFileInfo::exists(world.path("new/profile.json")));
+}
+
+void tst_CreateProfileDialog::mayBeDestroyedAsItFinishes()
+{
+    TestLog log;
+    const ProfileWorld world;
+    const QPointer<Dialog> dialog = new Dialog;
+    connect(dialog.data(), &QDialog::finished, this, [&] { delete dialog; });
+
+    dialog->name().setText(text("new"));
+    QTest::keyClick(&dialog->name(), Qt::Key_Return);
+
+    QVERIFY(dialog.isNull());
     QVERIFY(QFileInfo::exists(world.path("new/profile.json")));
 }
 
