@@ -127,6 +127,8 @@ void MakeThingDialog::restoreSettings()
     selectPreset(stored.preset.value_or(SlicerConfiguration::Standard));
     selectUserProfile(stored.profileFolder);
     profileSelected(form.profiles->currentProfile());
+    if (profile().isOnDisk() && stored.numbersPreset)
+        form.numbers->setSlicerConfig(*stored.numbersPreset);
     SlicerConfiguration numbers = form.numbers->configuration();
     readNumbers(settings(), numbersContext(), &numbers);
     form.numbers->setConfiguration(numbers);

@@ -62,6 +62,12 @@ std::optional<bool> truth(const QVariant& stored)
     return std::nullopt;
 }
 
+std::optional<SlicerConfiguration::Preset> presetOf(const QString& stored)
+{
+    const std::optional<int> value = whole(stored, 0, kPresetCount - 1);
+    return value ? std::optional(static_cast<SlicerConfiguration::Preset>(*value)) : std::nullopt;
+}
+
 std::optional<Orvane::Material> material(const QVariant& stored)
 {
     const std::optional<int> value = whole(stored, 0, Orvane::kMaterialCount - 1);
@@ -96,13 +102,12 @@ MakeThingSettings MakeThingSettings::read(const QSettings& settings)
     read.preview = truth(settings.value(kPreview));
 
     const QString profile = settings.value(kSelectedProfile).toString();
-    if (profile.startsWith(kPresetPrefix)) {
-        const auto preset = whole(profile.mid(kPresetPrefix.size()), 0, kPresetCount - 1);
-        if (preset)
-            read.preset = static_cast<SlicerConfiguration::Preset>(*preset);
-    } else if (profile.startsWith(kFolderPrefix)) {
+    if (profile.startsWith(kPresetPrefix))
+        read.preset = presetOf(profile.mid(kPresetPrefix.size()));
+    else if (profile.startsWith(kFolderPrefix))
         read.profileFolder = profile.mid(kFolderPrefix.size());
-    }
+    read.numbersPreset =
+        presetOf(settings.value(kNumbersFor).toString().section(QLatin1Char(':'), 0, 0));
     return read;
 }
 

@@ -35,6 +35,8 @@ struct TROVEK_UI_EXPORT MakeThingSettings
     /** One of the presets, or else the name of a user's profile. */
     std::optional<SlicerConfiguration::Preset> preset;
     QString profileFolder;
+    /** The one that the numbers belong to; a user's profile leaves it in the background. */
+    std::optional<SlicerConfiguration::Preset> numbersPreset;
 };
 
 /**

@@ -57,6 +57,7 @@ QStringList chosen(const OpenedThing& opened)
     return {number("left", opened.extruders().leftMaterial()),
             number("right", opened.extruders().rightMaterial()),
             number("single", opened.extruders().singleMaterial()),
+            number("preset", opened.numbers().preset()),
             number("raft", opened.extruders().raft()),
             number("supports", opened.extruders().supports()),
             number("advanced", opened.find<CollapseExpandHeader>("advancedHeader").isChecked()),
@@ -193,6 +194,8 @@ void tst_MakeThingSettings::restoresEverything_data()
     QTest::newRow("dual, preset") << QByteArray("dual") << QByteArray("High");
     QTest::newRow("single, preset") << QByteArray("heated") << QByteArray("Low");
     QTest::newRow("dual, profile") << QByteArray("dual") << QByteArray("mine");
+    // The numbers wait for the user to come back from the profile to the preset.
+    QTest::newRow("dual, profile over a preset") << QByteArray("dual") << QByteArray("High mine");
 }
 
 void tst_MakeThingSettings::restoresEverything()
@@ -211,7 +214,8 @@ void tst_MakeThingSettings::restoresEverything()
         opened.extruders().setRaft(1);
         opened.extruders().setSupports(key == "dual" ? 3 : 1);
         opened.openAdvanced();
-        opened.select(profile);
+        for (const QByteArray& name : profile.split(' '))
+            opened.select(name);
         changeNumbers(opened);
         opened.find<QCheckBox>("heatPlatform").setChecked(true);
         before = chosen(opened);
@@ -252,11 +256,11 @@ void tst_MakeThingSettings::restoresWhatTheListedKeysAloneHold()
 
     const OpenedThing opened(world);
 
-    QCOMPARE(
-        chosen(opened),
-        words({"left 1", "right 2", "single 1", "raft 3", "supports 2", "advanced 1", "preview 0",
-               "profile Low", "infill 0.5", "height 0.15", "shells 9", "right temperature 199",
-               "left temperature 230", "heat 0", "platform 45", "extruding 33", "traveling 44"}));
+    QCOMPARE(chosen(opened),
+             words({"left 1", "right 2", "single 1", "preset 0", "raft 3", "supports 2",
+                    "advanced 1", "preview 0", "profile Low", "infill 0.5", "height 0.15",
+                    "shells 9", "right temperature 199", "left temperature 230", "heat 0",
+                    "platform 45", "extruding 33", "traveling 44"}));
     QVERIFY(opened.numbers().isVisible());
 }
 
