@@ -66,11 +66,12 @@ private:
     const std::string m_path;
     const Tools m_tools;
     std::unique_ptr<Machine::Lease> m_lease;
-    std::unique_ptr<BackgroundTask> m_reading;
     QByteArray m_image;
     std::string m_version;
     bool m_restarting = false;
     JsonRpcException m_error;
+    /** Last, for it writes to the others until it has ended. */
+    std::unique_ptr<BackgroundTask> m_reading;
 };
 
 } // namespace trovek::service
