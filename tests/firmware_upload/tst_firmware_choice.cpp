@@ -20,11 +20,13 @@ private slots:
     void saysThatThereIsNoFirmware_data();
     void saysThatThereIsNoFirmware();
     void saysThatThereAreNoVersions();
+    void whatIsOfferedMayChange();
     void saysWhatWentWrong_data();
     void saysWhatWentWrong();
     void saysThatThereIsNoInternetOnce_data();
     void saysThatThereIsNoInternetOnce();
     void mayBeDeletedUnderItsMessage();
+    void tellsThatItAsks();
     void asksWithoutAServiceOrPort();
     void aDialogWithoutAPrinterSaysSo();
     void aPrinterGoesAndComesBack();
@@ -196,6 +198,34 @@ void tst_FirmwareChoice::saysThatThereAreNoVersions()
     QCOMPARE(world.label("description"), QString());
 }
 
+void tst_FirmwareChoice::whatIsOfferedMayChange()
+{
+    TestLog log;
+    UploadWorld world;
+    world.open();
+    const auto comeBack = [&] {
+        world.unplug();
+        world.plugIn();
+    };
+    world.service.answerNext("getuploadablemachines", parse("[]"));
+    comeBack();
+    QCOMPARE(world.versions()->currentText(), text("No Firmware Found"));
+    QCOMPARE(world.label("description"), QString());
+    QVERIFY(!world.canGoOn());
+    comeBack();
+    QCOMPARE(world.versions()->currentText(), text("7.10"));
+    QCOMPARE(world.label("description"), text("New.\nBetter."));
+    QVERIFY(world.versions()->isEnabled());
+    QVERIFY(world.canGoOn());
+    world.service.answerNext("getmachineversions", parse("[]"));
+    comeBack();
+    QCOMPARE(world.versions()->currentText(), text("No Versions Found"));
+    QVERIFY(!world.canGoOn());
+    comeBack();
+    QCOMPARE(world.versions()->count(), 3);
+    QVERIFY(world.canGoOn());
+}
+
 void tst_FirmwareChoice::saysWhatWentWrong_data()
 {
     QTest::addColumn<QByteArray>("method");
@@ -232,6 +262,7 @@ void tst_FirmwareChoice::saysWhatWentWrong()
         world.service.answerNext(method.toStdString(), parse(answer.toStdString()));
     world.open();
     QCOMPARE(world.error(), expected);
+    QCOMPARE(log.sink().entries().back().file, std::string(kUploadUnit));
     QVERIFY(!world.versions()->isEnabled());
     QVERIFY(!world.canGoOn());
     QCOMPARE(world.label("bot"), text("Left Orvane"));
@@ -303,6 +334,18 @@ void tst_FirmwareChoice::mayBeDeletedUnderItsMessage()
     world.dialog->show();
     QTRY_VERIFY(driver.isDone());
     QTRY_VERIFY(!QApplication::activeModalWidget());
+}
+
+void tst_FirmwareChoice::tellsThatItAsks()
+{
+    TestLog log;
+    UploadWorld world;
+    world.open();
+    world.unplug();
+    PaintedTexts painted(world.find("bot"));
+    world.plugIn();
+    QVERIFY(painted.whileWaiting.contains(text("Left Orvane")));
+    QVERIFY(!QApplication::overrideCursor());
 }
 
 void tst_FirmwareChoice::asksWithoutAServiceOrPort()

@@ -229,6 +229,10 @@ void tst_FirmwareSteps::tellsThatItUploads()
     UploadWorld world;
     world.open();
     goToUpload(world);
+    // A failure leaves another page behind than there was before.
+    fail(world, "uploadfirmware", wire::makeError("Some", "Not today"), log);
+    world.click("upload");
+    world.click("main");
     PaintedTexts painted(world.find("resultStatus"));
     bool cancelWasHidden = false;
     QString mainText;

@@ -69,7 +69,7 @@ private slots:
     void knowsWhatIsOld();
     void warnsOfMachinesThatAreThere();
     void warnsOfMachinesThatCome();
-    void doesNotWarnOfArchetypes();
+    void warnsAtFirstOfMachinesThatCanPrint();
     void warnsOnceWhileAWarningIsOpen();
     void warnsAgainAfterTheWarningIsClosed();
     void warnsOfEachMachine();
@@ -195,9 +195,13 @@ void tst_OldFirmwareCheck::warnsOfMachinesThatCome()
     QCOMPARE(messageTexts(warnings().first()), warning("Orvane Cubio", "3.9"));
 }
 
-void tst_OldFirmwareCheck::doesNotWarnOfArchetypes()
+void tst_OldFirmwareCheck::warnsAtFirstOfMachinesThatCanPrint()
 {
     m_service->addPrinter(ScriptedService::archetype(Printer::Fabrino2));
+    Printer::Data idle = ScriptedService::machine("m", Printer::Fabrino2);
+    idle.firmwareVersion = FirmwareVersion("5.9");
+    idle.canPrint = false;
+    m_service->addPrinter(idle);
     connectFacade();
     startCheck();
     QVERIFY(warnings().isEmpty());
