@@ -48,6 +48,7 @@ private slots:
     void whatTakesTheMachineAwayEndsIt();
     void itOutlivesItsClient();
     void theServiceEndsInTheMiddle();
+    void theServiceEndsWhileTheImageIsRead();
     void theServiceIsKilledInTheMiddle();
 };
 
@@ -574,6 +575,25 @@ void tst_FirmwareUpload::theServiceEndsInTheMiddle()
     RunningUpload again(world);
     QCOMPARE(again.outcome(), std::string("done"));
     QTRY_COMPARE(world.version(), std::string("7.6"));
+}
+
+/** Only a build that looks for leaks sees what would be left of the image. */
+void tst_FirmwareUpload::theServiceEndsWhileTheImageIsRead()
+{
+    TestLog log;
+    FirmwareWorld world;
+    const QString name = QStringLiteral("large.fw");
+    const QByteArray image = firmwareImage(Printer::Fabrino2, 9, 9, 16'000'000);
+    world.catalogue.writeFile(name, image);
+    Json::Value entry = CatalogueFolder::entryFor(name, image);
+    entry["version"] = "9.9";
+    world.catalogue.index["firmware"].append(entry);
+    world.catalogue.writeIndex();
+    const RunningUpload upload(world, "9.9");
+
+    world.restart();
+
+    QCOMPARE(world.version(), std::string("7.5"));
 }
 
 void tst_FirmwareUpload::theServiceIsKilledInTheMiddle()
