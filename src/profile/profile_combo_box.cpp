@@ -110,6 +110,8 @@ void ProfileComboBox::showPopup()
     const int wanted = list.sizeHintForColumn(0) + list.verticalScrollBar()->sizeHint().width();
     const int limit = kLargestPopupWidth * fontMetrics().averageCharWidth();
     list.setMinimumWidth(std::min(wanted, limit));
+    // Some styles open a list as wide as its longest name, up to the whole screen.
+    list.window()->setMaximumWidth(std::max(limit, width()));
     QComboBox::showPopup();
 }
 

@@ -424,7 +424,7 @@ void tst_ProfileComboBox::staysNarrowWithLongNames()
     QCOMPARE(longNames.sizeHint().width(), shortNames.sizeHint().width());
     longNames.showPopup();
     QVERIFY(longNames.view()->width() > longNames.width());
-    QVERIFY(longNames.view()->width() < 3 * longNames.width());
+    QVERIFY(longNames.view()->width() < 2 * longNames.width());
     longNames.hidePopup();
 }
 
