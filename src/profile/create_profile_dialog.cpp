@@ -106,6 +106,12 @@ CreateProfileDialog::CreateProfileDialog(QWidget* parent)
             &CreateProfileDialog::updateSlicer);
     connect(m_name, &QLineEdit::textChanged, this, &CreateProfileDialog::updateEnabledness);
     connect(m_create, &QPushButton::clicked, this, &CreateProfileDialog::createProfile);
+    // By the user alone: a list that changes by itself must not take away an unread error.
+    const auto forgetError = [this] {
+        showError(QString());
+    };
+    connect(m_template, QOverload<int>::of(&QComboBox::activated), this, forgetError);
+    connect(m_name, &QLineEdit::textChanged, this, forgetError);
     updateEnabledness();
     updateSlicer();
 }
@@ -157,7 +163,6 @@ void CreateProfileDialog::layOut()
 void CreateProfileDialog::updateEnabledness()
 {
     m_create->setEnabled(!m_name->text().isEmpty());
-    showError(QString());
 }
 
 void CreateProfileDialog::updateSlicer()

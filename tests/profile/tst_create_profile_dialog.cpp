@@ -46,6 +46,7 @@ private slots:
     void tellsWhenItIsNotAllowed();
     void tellsWhenTheDiskIsFull();
     void tellsWhenTheTemplateIsGone();
+    void keepsTheErrorWhenTheListChanges();
     void forgetsTheErrorWithTheNextEdit();
     void bearsReceiversThatThrow();
     void mayBeDestroyedUnderItsMessage();
@@ -576,6 +577,24 @@ void tst_CreateProfileDialog::tellsWhenTheTemplateIsGone()
     QCOMPARE(foldersIn(world), QStringList{text("Mine")});
 }
 
+void tst_CreateProfileDialog::keepsTheErrorWhenTheListChanges()
+{
+    TestLog log;
+    const ProfileWorld world;
+    world.addProfile("Mine");
+    const Dialog dialog;
+    dialog.box().selectProfile(text("Mine"));
+    QVERIFY(QDir(world.path("Mine")).removeRecursively());
+    log.expectError("profile.json is missing");
+
+    dialog.press(text("new"));
+
+    // The list hears of it later, and selects another template.
+    QTRY_COMPARE(dialog.box().currentText(), text("Orvane ABS Low"));
+    QVERIFY(dialog.error().isVisible());
+    QCOMPARE(dialog.errorText(), text("The profile could not be created: profile.json is missing"));
+}
+
 void tst_CreateProfileDialog::forgetsTheErrorWithTheNextEdit()
 {
     TestLog log;
@@ -596,7 +615,7 @@ void tst_CreateProfileDialog::forgetsTheErrorWithTheNextEdit()
     QCOMPARE(dialog.name().accessibleDescription(), QString());
 
     dialog.press(text(" "));
-    dialog.box().setCurrentIndex(3);
+    QTest::keyClick(&dialog.box(), Qt::Key_Down);
     QVERIFY(dialog.error().isHidden());
 }
 
