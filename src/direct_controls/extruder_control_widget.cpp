@@ -173,6 +173,7 @@ void ExtruderControlWidget::printerRemoved(Printer* printer)
     if (printer->key() != d->machine)
         return;
     stopOwnJog();
+    d->jogging = false;
     sanitize();
 }
 
@@ -200,12 +201,10 @@ void ExtruderControlWidget::jogExtruder(const bool reverse)
 
 void ExtruderControlWidget::stopOwnJog()
 {
-    if (!d->jogging)
-        return;
-    // Without the link the service has ended the motion itself.
-    if (d->facade.isConnected())
+    // Without the link the service has ended the motion itself. What could not be stopped when the
+    // widget was hidden is stopped at its end.
+    if (d->jogging && d->facade.isConnected())
         slotStopJogging();
-    d->jogging = false;
 }
 
 int ExtruderControlWidget::toolhead() const

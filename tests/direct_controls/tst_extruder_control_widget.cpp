@@ -78,6 +78,7 @@ private slots:
     void isBusyAfterItsOwnJogIsOver();
     void stopsTheJogWhenItGoes_data();
     void stopsTheJogWhenItGoes();
+    void stopsAtItsEndWhatItCouldNotStopBefore();
     void goesOnWhenMinimized();
     void stopsTheJogWhenTheMachineLeaves();
     void forgetsTheJogWithTheLink();
@@ -489,6 +490,25 @@ void tst_ExtruderControlWidget::stopsTheJogWhenItGoes()
     QCOMPARE(world.takeRequests(), QStringList(cancel(id)));
     panel.reset();
     QCOMPARE(world.takeRequests(), QStringList());
+}
+
+void tst_ExtruderControlWidget::stopsAtItsEndWhatItCouldNotStopBefore()
+{
+    TestLog log;
+    log.expectError("Not now");
+    DirectWorld world(Printer::Fabrino2);
+    auto panel = std::make_unique<ExtruderControlWidget>(world.facade, world.name());
+    panel->show();
+    press(*panel, "load");
+    const int id = world.service.lastJobID();
+    world.takeRequests();
+    world.service.failNext("cancel_job", JsonRpcException("Not now"));
+
+    panel->close();
+    QVERIFY(panel->isJogging());
+    panel.reset();
+
+    QCOMPARE(world.takeRequests(), QStringList({cancel(id), cancel(id)}));
 }
 
 void tst_ExtruderControlWidget::goesOnWhenMinimized()
