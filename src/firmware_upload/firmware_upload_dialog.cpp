@@ -176,7 +176,7 @@ void FirmwareUploadDialog::Private::fillVersions()
 
     versions.assign(offered.begin(), offered.end());
     noFirmware = versions.empty();
-    pages.error->hide();
+    pages.showError(QString());
     pages.versions->setEnabled(true);
     if (versions.empty()) {
         showOnlyItem(FirmwareUploadDialog::tr("No Versions Found"));
@@ -198,7 +198,7 @@ void FirmwareUploadDialog::Private::fillVersions()
 void FirmwareUploadDialog::Private::showOnlyItem(const QString& text)
 {
     const QSignalBlocker blocker(pages.versions);
-    pages.error->hide();
+    pages.showError(QString());
     pages.versions->clear();
     pages.versions->addItem(text);
     pages.description->clear();
@@ -207,8 +207,7 @@ void FirmwareUploadDialog::Private::showOnlyItem(const QString& text)
 
 void FirmwareUploadDialog::Private::showError(const QString& text)
 {
-    pages.error->setText(text);
-    pages.error->setVisible(!text.isEmpty());
+    pages.showError(text);
     pages.versions->setEnabled(false);
     pages.next->setEnabled(false);
 }

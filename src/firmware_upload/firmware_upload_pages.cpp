@@ -23,6 +23,7 @@ namespace {
 /** So that no line of the texts with line ends of their own is broken once more. */
 constexpr int kStatusCharacters = 78;
 constexpr int kDescriptionLines = 5;
+constexpr int kErrorLines = 3;
 
 /**
  * The second click of a double click, and a key that is held, would press the button of the next
@@ -61,18 +62,21 @@ QLabel* addStatus(const char* name, QWidget* page)
     return label;
 }
 
-/** Long descriptions scroll; short ones do not let the window jump from version to version. */
-QWidget* scrollAreaOf(QLabel* description, QWidget* page)
+/**
+ * However long the service's texts are, the buttons stay on the screen; short ones do not let the
+ * window jump.
+ */
+QWidget* scrollAreaOf(QLabel* label, int lines, QWidget* page)
 {
     auto* const area = new QScrollArea(page);
     area->setFrameShape(QFrame::NoFrame);
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     area->setWidgetResizable(true);
-    area->setWidget(description);
-    area->setMinimumHeight(kDescriptionLines * description->fontMetrics().lineSpacing() + 4);
+    area->setWidget(label);
+    area->setMinimumHeight(lines * label->fontMetrics().lineSpacing() + 4);
     // The background of the window.
     area->viewport()->setAutoFillBackground(false);
-    description->setAutoFillBackground(false);
+    label->setAutoFillBackground(false);
     return area;
 }
 
@@ -133,8 +137,10 @@ void FirmwareUploadPages::buildChoice(QWidget* page)
     versions = new QComboBox(page);
     versions->setObjectName(QStringLiteral("versions"));
     description = addStatus("description", page);
-    error = addLabel("error", page);
-    error->hide();
+    error = addStatus("error", page);
+    errorArea = scrollAreaOf(error, kErrorLines, page);
+    errorArea->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Minimum);
+    showError(QString());
     choiceCancel = addButton(FirmwareUploadDialog::tr("&Cancel"), "choiceCancel", page);
     next = addButton(FirmwareUploadDialog::tr("&Next"), "next", page);
 
@@ -144,10 +150,10 @@ void FirmwareUploadPages::buildChoice(QWidget* page)
     form->addRow(FirmwareUploadDialog::tr("Current Version:"), currentVersion);
     form->addRow(FirmwareUploadDialog::tr("&Available Versions:"), versions);
     form->addRow(topLabel(FirmwareUploadDialog::tr("Description:"), page),
-                 scrollAreaOf(description, page));
+                 scrollAreaOf(description, kDescriptionLines, page));
     QVBoxLayout* const layout = layoutOf(page);
     layout->addLayout(form, 1);
-    layout->addWidget(error);
+    layout->addWidget(errorArea);
     layout->addLayout(rowOf(choiceCancel, next));
 }
 
@@ -157,9 +163,10 @@ void FirmwareUploadPages::buildReady(QWidget* page)
     readyCancel = addButton(FirmwareUploadDialog::tr("&Cancel"), "readyCancel", page);
     upload = addButton(FirmwareUploadDialog::tr("&Upload"), "upload", page);
     upload->setAutoDefault(true);
-    readyStatus->setMinimumWidth(kStatusCharacters * readyStatus->fontMetrics().averageCharWidth());
+    QWidget* const area = scrollAreaOf(readyStatus, kDescriptionLines, page);
+    area->setMinimumWidth(kStatusCharacters * readyStatus->fontMetrics().averageCharWidth());
     QVBoxLayout* const layout = layoutOf(page);
-    layout->addWidget(readyStatus, 1);
+    layout->addWidget(area, 1);
     layout->addLayout(rowOf(readyCancel, upload));
 }
 
@@ -177,6 +184,13 @@ void FirmwareUploadPages::buildResult(QWidget* page)
 void FirmwareUploadPages::show(Page page)
 {
     stack->setCurrentIndex(page);
+}
+
+void FirmwareUploadPages::showError(const QString& text)
+{
+    error->setText(text);
+    error->setVisible(!text.isEmpty());
+    errorArea->setVisible(!text.isEmpty());
 }
 
 void FirmwareUploadPages::paintNow()

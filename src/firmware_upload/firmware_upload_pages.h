@@ -20,6 +20,8 @@ struct FirmwareUploadPages
     explicit FirmwareUploadPages(QDialog* dialog);
 
     void show(Page page);
+    /** Below the choice; there is none when the text is empty. */
+    void showError(const QString& text);
     /** Paints what the user reads while nothing reacts; runs no event loop. */
     void paintNow();
 
@@ -30,6 +32,7 @@ struct FirmwareUploadPages
     QComboBox* versions;
     QLabel* description;
     QLabel* error;
+    QWidget* errorArea;
     QPushButton* choiceCancel;
     QPushButton* next;
 

@@ -16,6 +16,7 @@ private slots:
     void tellsThatItDownloads();
     void aFailedDownloadSaysWhy_data();
     void aFailedDownloadSaysWhy();
+    void longTextsLeaveTheButtonsOnTheScreen();
     void aDownloadThatIsLostSaysWhy();
     void uploadsWhatWasDownloaded();
     void tellsThatItUploads();
@@ -164,6 +165,30 @@ void tst_FirmwareSteps::aFailedDownloadSaysWhy()
     QCOMPARE(world.dialog->focusWidget(), world.button("readyCancel"));
     QTest::keyClick(world.dialog, Qt::Key_Return);
     QCOMPARE(world.requests("uploadfirmware"), 0);
+}
+
+void tst_FirmwareSteps::longTextsLeaveTheButtonsOnTheScreen()
+{
+    TestLog log;
+    UploadWorld world;
+    const int kSmallScreen = 600;
+    std::string lines = "A story";
+    Json::Value data;
+    for (int i = 0; i < 200; ++i) {
+        lines += "\nthat goes on";
+        data["error"][i] = "and on";
+    }
+    fail(world, "getmachineversions", JsonRpcException(lines), log);
+    world.open();
+    QVERIFY(world.error().startsWith(text("Error: A story\n")));
+    QVERIFY(world.dialog->minimumSizeHint().height() < kSmallScreen);
+
+    delete world.dialog;
+    world.open();
+    fail(world, "downloadfirmware", JsonRpcException("Not today", data), log);
+    world.click("next");
+    QVERIFY(world.label("readyStatus").size() > 1000);
+    QVERIFY(world.dialog->minimumSizeHint().height() < kSmallScreen);
 }
 
 void tst_FirmwareSteps::aDownloadThatIsLostSaysWhy()
