@@ -123,7 +123,7 @@ void DirectControlsDialog::sanitize()
     if (m_calibrate)
         m_calibrate->setEnabled(free);
     const Printer* const printer = m_facade.printerFromKey(m_machine);
-    if (!printer)
+    if (!printer || !printer->isConnected())
         m_status->setText(tr("Not Connected"));
     else if (printer->state() == Printer::Idle)
         m_status->setText(tr("Status: Idle"));

@@ -49,7 +49,9 @@ private slots:
     void hasNoPictureOfNoMachine();
     void knowsACbo_data();
     void knowsACbo();
+    void saysThatAMachineIsNotConnected();
     void homes();
+    void showsWhatItWaitsFor();
     void tellsWhyHomingFailed();
     void stopsItsJogBeforeHoming();
     void calibrates();
@@ -152,6 +154,17 @@ void tst_DirectControlsDialog::knowsACbo()
     QVERIFY(!isCbo(world.facade, world.name()));
 }
 
+void tst_DirectControlsDialog::saysThatAMachineIsNotConnected()
+{
+    TestLog log;
+    DirectWorld world(Printer::Fabrino2);
+    const DirectControlsDialog dialog(world.facade, world.name());
+
+    world.change([](Printer::Data& machine) { machine.connected = false; });
+
+    QCOMPARE(text(dialog, "printerStatus"), QStringLiteral("Not Connected"));
+}
+
 void tst_DirectControlsDialog::homes()
 {
     TestLog log;
@@ -162,6 +175,26 @@ void tst_DirectControlsDialog::homes()
 
     QCOMPARE(world.takeRequests(), QStringList(QStringLiteral("home")));
     QVERIFY(text(dialog, "notice").isEmpty());
+}
+
+void tst_DirectControlsDialog::showsWhatItWaitsFor()
+{
+    TestLog log;
+    DirectWorld world(Printer::Fabrino2);
+    const DirectControlsDialog dialog(world.facade, world.name());
+    QString shown;
+    bool hasWaitCursor = false;
+    world.service.onRequest("home", [&](const Json::Value&) {
+        shown = text(dialog, "notice");
+        hasWaitCursor = QApplication::overrideCursor() != nullptr;
+        return Json::Value();
+    });
+
+    press(dialog, "home");
+
+    QCOMPARE(shown, QStringLiteral("Home Script"));
+    QVERIFY(hasWaitCursor);
+    QVERIFY(!QApplication::overrideCursor());
 }
 
 void tst_DirectControlsDialog::tellsWhyHomingFailed()
@@ -175,6 +208,9 @@ void tst_DirectControlsDialog::tellsWhyHomingFailed()
     press(dialog, "home");
 
     QCOMPARE(text(dialog, "notice"), QStringLiteral("Home Script: Something is in the way"));
+    QCOMPARE(child<QLabel>(dialog, "notice")->textFormat(), Qt::PlainText);
+    QCOMPARE(log.sink().entries().back().file,
+             std::string("src\\direct_controls\\direct_controls_dialog"));
     QVERIFY(child(dialog, "home")->isEnabled());
     press(dialog, "home");
     QVERIFY(text(dialog, "notice").isEmpty());

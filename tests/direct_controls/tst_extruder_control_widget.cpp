@@ -61,6 +61,7 @@ private slots:
     void extrudesAndReverses_data();
     void extrudesAndReverses();
     void stopsOneJogBeforeTheNext();
+    void stopsTheLastJogBeforeTheNextAlsoWhenItIsOver();
     void stopsWhatRuns();
     void asksToStopAlsoWithNothingRunning();
     void logsWhatFails_data();
@@ -82,6 +83,7 @@ private slots:
     void goesOnWhenMinimized();
     void stopsTheJogWhenTheMachineLeaves();
     void forgetsTheJogWithTheLink();
+    void leavesTheJobsOfTheNextServiceAlone();
     void callsNothingWhenItGoesWithoutAJog();
     void showsNothingOfAMachineThatIsAway();
 };
@@ -205,6 +207,21 @@ void tst_ExtruderControlWidget::stopsOneJogBeforeTheNext()
     QVERIFY(panel.isJogging());
 }
 
+void tst_ExtruderControlWidget::stopsTheLastJogBeforeTheNextAlsoWhenItIsOver()
+{
+    TestLog log;
+    DirectWorld world(Printer::Fabrino2);
+    ExtruderControlWidget panel(world.facade, world.name());
+    press(panel, "load");
+    const int first = world.service.lastJobID();
+    press(panel, "stop");
+    world.takeRequests();
+
+    press(panel, "load");
+
+    QCOMPARE(world.takeRequests(), QStringList({cancel(first), jog(0, 2000)}));
+}
+
 void tst_ExtruderControlWidget::stopsWhatRuns()
 {
     TestLog log;
@@ -259,6 +276,7 @@ void tst_ExtruderControlWidget::logsWhatFails()
 
     QVERIFY(logOf(log).contains(QStringLiteral("0 The nozzle fell off")));
     QCOMPARE(text(panel, "notice"), QStringLiteral("The nozzle fell off"));
+    QCOMPARE(child<QLabel>(panel, "notice")->textFormat(), Qt::PlainText);
     QVERIFY(!panel.isJogging());
     // And everything can be tried again.
     for (const char* control : {"load", "unload", "stop", "heat", "targetTemperature"})
@@ -279,6 +297,14 @@ void tst_ExtruderControlWidget::forgetsAnErrorAtTheNextSuccess()
     press(panel, "load");
 
     QCOMPARE(text(panel, "notice"), QStringLiteral("hidden"));
+    for (const char* button : {"stop", "heat"}) {
+        log.expectError("Too cold");
+        world.service.failNext("jog", JsonRpcException("Too cold"));
+        press(panel, "load");
+        QCOMPARE(text(panel, "notice"), QStringLiteral("Too cold"));
+        press(panel, button);
+        QCOMPARE(text(panel, "notice"), QStringLiteral("hidden"));
+    }
 }
 
 void tst_ExtruderControlWidget::heatsTheExtruderInUse()
@@ -385,6 +411,8 @@ void tst_ExtruderControlWidget::ignoresOtherMachines()
     press(panel, "load");
     world.takeRequests();
 
+    auto* const celsius = child<QLabel>(panel, "currentTemperature");
+    celsius->setText(QStringLiteral("as it was"));
     QSignalSpy changed(&world.facade, &TrovekQt::printerChanged);
     other.state = Printer::Running;
     other.toolheadTargetTemperature = {230};
@@ -392,6 +420,7 @@ void tst_ExtruderControlWidget::ignoresOtherMachines()
     QTRY_COMPARE(changed.count(), 1);
     QVERIFY(child(panel, "load")->isEnabled());
     QCOMPARE(child<QPushButton>(panel, "heat")->text(), QStringLiteral("Heat"));
+    QCOMPARE(celsius->text(), QStringLiteral("as it was"));
 
     QSignalSpy removed(&world.facade, &TrovekQt::printerRemoved);
     world.service.removePrinter("other");
@@ -453,8 +482,11 @@ void tst_ExtruderControlWidget::isBusyAfterItsOwnJogIsOver()
     ExtruderControlWidget panel(world.facade, world.name());
     press(panel, "load");
     QSignalSpy concluded(&world.facade, &TrovekQt::jobConcluded);
-    world.service.concludeJob(world.service.lastJobID(), JobFailed, "Jammed");
+    world.service.notifyJobConcluded(world.service.lastJobID() + 1);
     QTRY_COMPARE(concluded.count(), 1);
+    QVERIFY(panel.isJogging());
+    world.service.concludeJob(world.service.lastJobID(), JobFailed, "Jammed");
+    QTRY_COMPARE(concluded.count(), 2);
     QVERIFY(!panel.isJogging());
 
     world.setState(Printer::Running);
@@ -558,6 +590,25 @@ void tst_ExtruderControlWidget::forgetsTheJogWithTheLink()
     }
     // The service ends it; nobody could be asked, and nothing is logged as an error.
     QVERIFY(log.messages(Log::Error).empty());
+}
+
+void tst_ExtruderControlWidget::leavesTheJobsOfTheNextServiceAlone()
+{
+    TestLog log;
+    DirectWorld world(Printer::Fabrino2);
+    ExtruderControlWidget panel(world.facade, world.name());
+    press(panel, "load");
+    QSignalSpy disconnected(&world.facade, &TrovekQt::disconnected);
+    world.service.stop();
+    QTRY_COMPARE(disconnected.count(), 1);
+    world.service.start();
+    world.connectFacade();
+    world.takeRequests();
+
+    press(panel, "load");
+
+    // The number of the last one may be somebody's print by now.
+    QCOMPARE(world.takeRequests(), QStringList(jog(0, 2000)));
 }
 
 void tst_ExtruderControlWidget::callsNothingWhenItGoesWithoutAJog()
