@@ -213,9 +213,10 @@ void tst_SliceQueue::slicesWhatTheModelWasWhenItWasAskedFor()
     QVERIFY(slicer.processId("one.pid") > 0);
     const std::string changed = modelOf(f, "changed");
     const std::string removed = modelOf(f, "removed");
+    // One after the other: what is read first is sliced first.
     const int first = f.preview(changed, outputOf(f, "changed"));
-    const int second = f.preview(removed, outputOf(f, "removed"));
     QVERIFY(f.waitForStage(first, "Waiting"));
+    const int second = f.preview(removed, outputOf(f, "removed"));
     QVERIFY(f.waitForStage(second, "Waiting"));
 
     f.world.writeFile(QStringLiteral("changed.stl"), "another");
