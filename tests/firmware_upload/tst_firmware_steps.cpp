@@ -181,6 +181,7 @@ void tst_FirmwareSteps::longTextsLeaveTheButtonsOnTheScreen()
     fail(world, "getmachineversions", JsonRpcException(lines), log);
     world.open();
     QVERIFY(world.error().startsWith(text("Error: A story\n")));
+    QCoreApplication::processEvents();
     QVERIFY(world.dialog->minimumSizeHint().height() < kSmallScreen);
 
     delete world.dialog;
@@ -188,6 +189,7 @@ void tst_FirmwareSteps::longTextsLeaveTheButtonsOnTheScreen()
     fail(world, "downloadfirmware", JsonRpcException("Not today", data), log);
     world.click("next");
     QVERIFY(world.label("readyStatus").size() > 1000);
+    QCoreApplication::processEvents();
     QVERIFY(world.dialog->minimumSizeHint().height() < kSmallScreen);
 }
 
