@@ -43,8 +43,8 @@ public:
     Port port(const QModelIndex& index) const;
 
 private slots:
-    void addPort(const std::string& name);
-    void removePort(const std::string& name);
+    /** Has come or gone. */
+    void updatePort(const std::string& name);
     void showPrinter(trovek::Printer* printer);
     void hidePrinter(trovek::Printer* printer);
 

@@ -37,8 +37,8 @@ PortListModel::PortListModel(TrovekQt& facade, QObject* parent)
     : QStandardItemModel(parent)
     , m_facade(facade)
 {
-    connect(&m_facade, &TrovekQt::portAttached, this, &PortListModel::addPort);
-    connect(&m_facade, &TrovekQt::portDetached, this, &PortListModel::removePort);
+    connect(&m_facade, &TrovekQt::portAttached, this, &PortListModel::updatePort);
+    connect(&m_facade, &TrovekQt::portDetached, this, &PortListModel::updatePort);
     connect(&m_facade, &TrovekQt::printerAdded, this, &PortListModel::showPrinter);
     connect(&m_facade, &TrovekQt::printerRemoved, this, &PortListModel::hidePrinter);
     for (const Port& port : m_facade.ports())
@@ -65,25 +65,22 @@ PortListModel::PortItem* PortListModel::itemOf(const std::string& portName) cons
     return nullptr;
 }
 
-void PortListModel::addPort(const std::string& name)
+void PortListModel::updatePort(const std::string& name)
 {
-    try {
-        const Port port = m_facade.portFromName(name);
-        if (itemOf(name))
-            return;
-        appendRow(new PortItem(port));
-        if (const Printer* printer = m_facade.printerFromKey(m_facade.printerFromPortName(name)))
-            itemOf(name)->setPrinter(printer);
-    } catch (const std::exception& e) {
-        // It has gone again before its coming was told.
-        TROVEK_LOG(0) << e.what() << std::endl;
+    // One device may come before another of the same name has gone, and a port be told of that has
+    // gone again.
+    std::set<Port> missing = m_facade.ports();
+    for (int row = rowCount() - 1; row >= 0; --row) {
+        const auto* known = dynamic_cast<PortItem*>(item(row));
+        if (known && missing.erase(known->port()) == 0 && known->port().name() == name)
+            removeRow(row);
     }
-}
-
-void PortListModel::removePort(const std::string& name)
-{
-    if (const PortItem* known = itemOf(name))
-        removeRow(known->row());
+    for (const Port& port : missing) {
+        if (port.name() == name)
+            appendRow(new PortItem(port));
+    }
+    if (Printer* printer = m_facade.printerFromKey(m_facade.printerFromPortName(name)))
+        showPrinter(printer);
 }
 
 void PortListModel::showPrinter(Printer* printer)

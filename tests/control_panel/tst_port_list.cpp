@@ -40,6 +40,9 @@ private slots:
     void itemTellsOfAnotherText();
     void listsWhatIsThere();
     void followsPortsAndPrinters();
+    void listsAPortOnceWhenItIsAnnouncedLater();
+    void keepsTheNewDeviceOfANameWhenTheOldOneGoes();
+    void showsTheMachineOfAPortThatComesAfterIt();
     void listsAnUnknownKindOfMachine();
     void isEmptyAfterTheLinkIsLost();
     void refusesAnIndexThatIsNotItsOwn();
@@ -76,6 +79,10 @@ void tst_PortList::itemIsNamedByItsPortUntilThereIsAPrinter()
     QCOMPARE(item.text(), text("COM7"));
     QVERIFY(item.port() == port);
     QVERIFY(!item.isEditable());
+    // A device says what it is called; what looks like markup is none.
+    Port::Data odd = ScriptedService::port("COM8");
+    odd.displayName = "<b>COM</b>";
+    QCOMPARE(PortListModel::PortItem{Port(odd)}.toolTip(), text("&lt;b&gt;COM&lt;/b&gt;"));
     const Printer printer(ScriptedService::machine("m", Printer::Fabrino2X));
     item.setPrinter(&printer);
     QCOMPARE(item.text(), text("The Fabrino 2X"));
@@ -130,6 +137,49 @@ void tst_PortList::followsPortsAndPrinters()
     QTRY_COMPARE(textsOf(model), QStringList{text("COM1")});
     m_world->service.removePort("COM1");
     QTRY_COMPARE(model.rowCount(), 0);
+}
+
+void tst_PortList::listsAPortOnceWhenItIsAnnouncedLater()
+{
+    m_world->addPort("COM1");
+    QSignalSpy attached(&m_world->facade, &TrovekQt::portAttached);
+    m_world->facade.connectToDaemon(m_world->service.address());
+    const PortListModel model(m_world->facade);
+    QCOMPARE(model.rowCount(), 1);
+    QVERIFY(attached.isEmpty());
+    QTRY_COMPARE(attached.count(), 1);
+    QCOMPARE(model.rowCount(), 1);
+}
+
+void tst_PortList::keepsTheNewDeviceOfANameWhenTheOldOneGoes()
+{
+    Port::Data first = ScriptedService::port("COM1");
+    Port::Data second = first;
+    second.identity = "another device";
+    m_world->service.addPort(first);
+    m_world->connectFacade();
+    const PortListModel model(m_world->facade);
+    m_world->service.addPort(second);
+    QTRY_COMPARE(model.rowCount(), 2);
+
+    Json::Value gone(Json::objectValue);
+    gone["name"] = first.name;
+    gone["identity"] = first.identity;
+    m_world->service.notify("port_detached", gone);
+
+    QTRY_COMPARE(model.rowCount(), 1);
+    QCOMPARE(model.port(model.index(0, 0)).identity(), second.identity);
+}
+
+void tst_PortList::showsTheMachineOfAPortThatComesAfterIt()
+{
+    m_world->connectFacade();
+    const PortListModel model(m_world->facade);
+    m_world->addMachine("m", Printer::Fabrino2, "COM1");
+    Port::Data port = ScriptedService::port("COM1");
+    port.machineName = "m";
+    m_world->service.addPort(port);
+    QTRY_COMPARE(textsOf(model), QStringList{text("The Fabrino 2")});
 }
 
 void tst_PortList::listsAnUnknownKindOfMachine()
@@ -276,6 +326,7 @@ void tst_PortList::logsAModelOfAnotherKind()
     view.setModel(&model);
     m_log->expectError("Invalid PortListModel index");
     view.setCurrentIndex(model.index(0, 0));
+    QCOMPARE(m_log->sink().entries().back().file, std::string("src\\control_panel\\port_list"));
 }
 
 QTEST_MAIN(tst_PortList)
