@@ -10,7 +10,10 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include <functional>
 #include <memory>
+
+Q_DECLARE_METATYPE(std::function<void(trovek::TrovekQt&, trovek::Printer*)>)
 
 using namespace trovek;
 
@@ -41,10 +44,16 @@ private slots:
     void showsTheStateOfTheMachine();
     void showsAPortWithoutAPrinter();
     void followsTheMachineOnThePort();
+    void showsAndControlsThePortThatIsChosen();
+    void isBroughtInLine_data();
+    void isBroughtInLine();
     void isEmptyAfterTheChosenPortGoes();
     void isEmptyAfterTheLinkIsLostAndFillsAgain();
     void connectsToThePort();
     void connectsByDoubleClick();
+    void connectsNothingTwice();
+    void showsThatItWaits();
+    void offersNothingWhileTheLinkGoes();
     void showsAndLogsWhyItCannotConnect();
     void survivesThatThePortHasGone();
     void survivesItsEndBelowTheMessage();
@@ -240,6 +249,55 @@ void tst_ControlPanel::followsTheMachineOnThePort()
     QCOMPARE(enabled(), kConnectOnly);
 }
 
+void tst_ControlPanel::showsAndControlsThePortThatIsChosen()
+{
+    m_world->addPort("COM4");
+    m_world->addPort("COM5");
+    m_world->addMachine("m4", Printer::Fabrino2, "COM4");
+    m_world->addMachine("m5", Printer::CubioSingle, "COM5", Printer::Running);
+    m_world->connectFacade();
+    openPanel();
+    QCOMPARE(label("printerName")->text(), text("The Fabrino 2"));
+
+    QTest::keyClick(m_panel->findChild<PortListView*>(), Qt::Key_Down);
+
+    QCOMPARE(label("printerName")->text(), text("Cubio"));
+    QCOMPARE(label("printerPort")->text(), text("COM5"));
+    QCOMPARE(label("printerStatus")->text(), text("Status: Busy"));
+    QSignalSpy asked(m_panel.get(), &ControlPanel::requestDirectControls);
+    QTest::mouseClick(button("directControls"), Qt::LeftButton);
+    QCOMPARE(asked.first().at(0).value<Printer*>(),
+             m_world->facade.printerFromKey(MachineName("m5")));
+    QTest::mouseClick(button("disconnect"), Qt::LeftButton);
+    QCOMPARE(m_world->service.lastRequest("disconnect_from_port")["port"].asString(),
+             std::string("COM5"));
+}
+
+void tst_ControlPanel::isBroughtInLine_data()
+{
+    using Emit = std::function<void(TrovekQt&, Printer*)>;
+    QTest::addColumn<Emit>("happen");
+    QTest::newRow("printer added") << Emit([](TrovekQt& f, Printer* p) { emit f.printerAdded(p); });
+    QTest::newRow("printer removed")
+        << Emit([](TrovekQt& f, Printer* p) { emit f.printerRemoved(p); });
+    QTest::newRow("printer changed")
+        << Emit([](TrovekQt& f, Printer* p) { emit f.printerChanged(p); });
+    QTest::newRow("connected") << Emit([](TrovekQt& f, Printer*) { emit f.connected(); });
+    QTest::newRow("disconnected") << Emit([](TrovekQt& f, Printer*) { emit f.disconnected(); });
+}
+
+void tst_ControlPanel::isBroughtInLine()
+{
+    QFETCH(std::function<void(TrovekQt&, Printer*)>, happen);
+    m_world->addPort("COM4");
+    m_world->addMachine("m", Printer::Fabrino2, "COM4");
+    m_world->connectFacade();
+    openPanel();
+    label("printerName")->setText(text("as it was"));
+    happen(m_world->facade, m_world->facade.printerFromKey(MachineName("m")));
+    QCOMPARE(label("printerName")->text(), text("The Fabrino 2"));
+}
+
 void tst_ControlPanel::isEmptyAfterTheChosenPortGoes()
 {
     m_world->addPort("COM4");
@@ -254,7 +312,9 @@ void tst_ControlPanel::isEmptyAfterTheChosenPortGoes()
     QTRY_COMPARE(detached.count(), 1);
     // Not the neighbour: whoever was about to click would heat another machine.
     QCOMPARE(label("printerName")->text(), text("No printer selected"));
+    QCOMPARE(label("printerStatus")->text(), QString());
     QCOMPARE(label("printerPort")->text(), QString());
+    QVERIFY(shownPicture().isNull());
     QCOMPARE(enabled(), kNothing);
     loseTheNullPrinterLine();
 }
@@ -300,6 +360,50 @@ void tst_ControlPanel::connectsByDoubleClick()
     QCOMPARE(int(m_world->service.requests("connect_to_port").size()), 1);
 }
 
+void tst_ControlPanel::connectsNothingTwice()
+{
+    m_world->addPort("COM4");
+    m_world->addMachine("m", Printer::Fabrino2, "COM4");
+    m_world->connectFacade();
+    openPanel();
+    auto* const view = m_panel->findChild<PortListView*>();
+    QTest::keyClick(view, Qt::Key_Return);
+    QVERIFY(m_world->service.requests("connect_to_port").empty());
+}
+
+void tst_ControlPanel::showsThatItWaits()
+{
+    loseTheNullPrinterLine();
+    m_world->addPort("COM4");
+    m_world->connectFacade();
+    openPanel();
+    int waited = 0;
+    for (const char* method : {"connect_to_port", "disconnect_from_port"}) {
+        m_world->service.onRequest(method, [&waited](const Json::Value&) {
+            waited += QApplication::overrideCursor() ? 1 : 0;
+            return Json::Value();
+        });
+    }
+    m_panel->connectToPort();
+    m_panel->disconnectFromPort();
+    QCOMPARE(waited, 2);
+    QVERIFY(!QApplication::overrideCursor());
+}
+
+void tst_ControlPanel::offersNothingWhileTheLinkGoes()
+{
+    loseTheNullPrinterLine();
+    m_world->addPort("COM4");
+    m_world->addMachine("m", Printer::Fabrino2, "COM4");
+    m_world->connectFacade();
+    openPanel();
+    QList<bool> states;
+    connect(&m_world->facade, &TrovekQt::printerRemoved, m_panel.get(),
+            [this, &states] { states = enabled(); });
+    m_world->service.stop();
+    QTRY_COMPARE(states, kNothing);
+}
+
 void tst_ControlPanel::showsAndLogsWhyItCannotConnect()
 {
     loseTheNullPrinterLine();
@@ -309,6 +413,7 @@ void tst_ControlPanel::showsAndLogsWhyItCannotConnect()
     m_world->service.failNext("connect_to_port",
                               wire::makeError("PortError", "The port is held by another program"));
     m_log->expectError("Connecting to port COM<4>: The port is held by another program");
+    QCOMPARE(label("printerPort")->textFormat(), Qt::PlainText);
     ModalDriver driver;
     driver.expectMessage(
         {text("Failed to connect to printer"), text("Couldn't connect to port COM<4>")});
@@ -316,6 +421,10 @@ void tst_ControlPanel::showsAndLogsWhyItCannotConnect()
     QVERIFY(driver.isDone());
     QCOMPARE(enabled(), kConnectOnly);
     QVERIFY(!QApplication::overrideCursor());
+    for (const LogEntry& entry : m_log->sink().entries()) {
+        if (entry.message.rfind("Connecting", 0) == 0)
+            QCOMPARE(entry.file, std::string("src\\control_panel\\control_panel"));
+    }
 }
 
 void tst_ControlPanel::survivesThatThePortHasGone()

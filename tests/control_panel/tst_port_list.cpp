@@ -145,10 +145,12 @@ void tst_PortList::listsAPortOnceWhenItIsAnnouncedLater()
     QSignalSpy attached(&m_world->facade, &TrovekQt::portAttached);
     m_world->facade.connectToDaemon(m_world->service.address());
     const PortListModel model(m_world->facade);
+    QSignalSpy removed(&model, &QAbstractItemModel::rowsRemoved);
     QCOMPARE(model.rowCount(), 1);
     QVERIFY(attached.isEmpty());
     QTRY_COMPARE(attached.count(), 1);
     QCOMPARE(model.rowCount(), 1);
+    QVERIFY(removed.isEmpty());
 }
 
 void tst_PortList::keepsTheNewDeviceOfANameWhenTheOldOneGoes()
