@@ -1,8 +1,12 @@
 #include "face_triangles.h"
 
-#include "surface_mesh.h"
+#include "cgal_kernel.h"
+#include "mesh.h"
 
-#include <CGAL/Polygon_mesh_processing/triangulate_faces.h>
+#include <CGAL/Constrained_Delaunay_triangulation_2.h>
+#include <CGAL/Projection_traits_3.h>
+#include <CGAL/Triangulation_face_base_with_info_2.h>
+#include <CGAL/Triangulation_vertex_base_with_info_2.h>
 
 #include <algorithm>
 
@@ -12,6 +16,16 @@ namespace {
 
 using Corners = std::vector<std::uint32_t>;
 using Triangle = std::array<std::uint32_t, 3>;
+
+using Projection = CGAL::Projection_traits_3<Kernel>;
+/** Knows its corner. */
+using PlaneVertex = CGAL::Triangulation_vertex_base_with_info_2<std::uint32_t, Projection>;
+/** Knows whether it lies outside. */
+using PlaneFace = CGAL::Constrained_triangulation_face_base_2<
+    Projection, CGAL::Triangulation_face_base_with_info_2<bool, Projection>>;
+using Plane = CGAL::Constrained_Delaunay_triangulation_2<
+    Projection, CGAL::Triangulation_data_structure_2<PlaneVertex, PlaneFace>,
+    CGAL::No_constraint_intersection_tag>;
 
 std::vector<Triangle> fan(const Corners& corners)
 {
@@ -27,41 +41,77 @@ Vector areaNormal(const Mesh& mesh, const Triangle& triangle)
     return cross(mesh.vertices[triangle[1]] - first, mesh.vertices[triangle[2]] - first);
 }
 
-/** Whether none of the triangles lies outside the face, over another one. */
-bool fits(const Mesh& mesh, const std::vector<Triangle>& triangles)
+/** The face's own; its length is twice the area. */
+Vector areaNormal(const Mesh& mesh, const std::vector<Triangle>& triangles)
 {
     Vector sum;
     for (const Triangle& triangle : triangles)
         sum = sum + areaNormal(mesh, triangle);
-    return std::all_of(triangles.begin(), triangles.end(), [&](const Triangle& triangle) {
-        return dot(areaNormal(mesh, triangle), sum) >= 0;
-    });
+    return sum;
 }
 
-std::vector<Triangle> trianglesOfConcave(const Mesh& mesh, const Corners& corners)
+void markOutside(Plane& plane)
 {
-    SurfaceMesh surface;
-    std::vector<SurfaceMesh::Vertex_index> vertices;
-    for (const std::uint32_t corner : corners)
-        vertices.push_back(surface.add_vertex(toPoint(mesh.vertices[corner])));
-    surface.add_face(vertices);
-    if (!CGAL::Polygon_mesh_processing::triangulate_faces(surface))
-        return fan(corners);
-    std::vector<Triangle> triangles = fromCgal(surface).triangles;
-    for (Triangle& triangle : triangles) {
-        for (std::uint32_t& vertex : triangle)
-            vertex = corners[vertex];
+    for (const Plane::Face_handle face : plane.all_face_handles())
+        face->info() = false;
+    std::vector<Plane::Face_handle> outside{plane.infinite_face()};
+    while (!outside.empty()) {
+        const Plane::Face_handle face = outside.back();
+        outside.pop_back();
+        if (face->info())
+            continue;
+        face->info() = true;
+        for (const int side : {0, 1, 2}) {
+            if (!face->is_constrained(side))
+                outside.push_back(face->neighbor(side));
+        }
     }
-    return triangles;
+}
+
+/** None when the outline, seen along the normal, crosses or touches itself: CGAL's function for the
+ * faces of a mesh can crash then. */
+std::vector<Triangle> trianglesOfConcave(const Mesh& mesh, const Corners& corners,
+                                         const Vector& normal)
+{
+    Plane plane(Projection(toDirection(normal)));
+    std::vector<Plane::Vertex_handle> vertices;
+    for (const std::uint32_t corner : corners) {
+        vertices.push_back(plane.insert(toPoint(mesh.vertices[corner])));
+        vertices.back()->info() = corner;
+    }
+    if (plane.dimension() != 2 || plane.number_of_vertices() != corners.size())
+        return {};
+    try {
+        for (std::size_t number = 0; number < vertices.size(); ++number)
+            plane.insert_constraint(vertices[number], vertices[(number + 1) % vertices.size()]);
+    } catch (const Plane::Intersection_of_constraints_exception&) {
+        return {};
+    }
+    markOutside(plane);
+    std::vector<Triangle> triangles;
+    for (const Plane::Face_handle face : plane.finite_face_handles()) {
+        if (!face->info())
+            triangles.push_back(
+                {face->vertex(0)->info(), face->vertex(1)->info(), face->vertex(2)->info()});
+    }
+    // Fewer with a corner on another side, which would open that to its neighbour.
+    return triangles.size() == corners.size() - 2 ? triangles : std::vector<Triangle>();
 }
 
 std::vector<Triangle> trianglesOf(const Mesh& mesh, const Corners& corners)
 {
-    const std::vector<Triangle> triangles = fan(corners);
-    if (fits(mesh, triangles))
-        return triangles;
-    return askCgal("A face of the mesh could not be taken apart",
-                   [&] { return trianglesOfConcave(mesh, corners); });
+    const std::vector<Triangle> simple = fan(corners);
+    const Vector normal = areaNormal(mesh, simple);
+    // Whether none of them lies outside the face, over another one.
+    const bool fits = std::all_of(simple.begin(), simple.end(), [&](const Triangle& triangle) {
+        return dot(areaNormal(mesh, triangle), normal) >= 0;
+    });
+    if (fits || !(length(normal) > 0))
+        return simple;
+    const std::vector<Triangle> triangles =
+        askCgal("A face of the mesh could not be taken apart",
+                [&] { return trianglesOfConcave(mesh, corners, normalized(normal)); });
+    return triangles.empty() ? simple : triangles;
 }
 
 } // namespace

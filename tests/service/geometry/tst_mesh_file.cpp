@@ -144,6 +144,8 @@ private slots:
     void readsObj_data();
     void readsObj();
     void takesConcaveFacesApart();
+    void takesAnyFaceApart_data();
+    void takesAnyFaceApart();
 
     void tellsWhatIsWrong_data();
     void tellsWhatIsWrong();
@@ -389,6 +391,39 @@ void tst_MeshFile::takesConcaveFacesApart()
         for (int corner = 0; corner < 8; ++corner)
             face += " " + std::to_string((first + corner) % 8 + 1);
         COMPARE_NEAR(areaOf(u + face + "\n"), 7, 1e-9);
+    }
+}
+
+void tst_MeshFile::takesAnyFaceApart_data()
+{
+    QTest::addColumn<std::string>("vertices");
+
+    QTest::newRow("crosses itself")
+        << std::string("v 0 0 0\nv 3 0 0\nv 0 2 0\nv 3 3 0\nv 2 5 0\nv 1 -1 0\n");
+    QTest::newRow("crosses itself as often as it has a corner twice")
+        << std::string("v 5 0 0\nv 3 0 0\nv 3 3 0\nv 2 3 0\nv 0 1 0\nv 0 1 0\n");
+    QTest::newRow("touches itself")
+        << std::string("v 0 0 0\nv 4 0 0\nv 4 4 0\nv 2 0 0\nv 0 4 0\nv 0 1 0\n");
+    QTest::newRow("goes back the same way")
+        << std::string("v 0 0 0\nv 4 0 0\nv 4 4 0\nv 4 0 0\nv 4 -1 0\nv 0 -1 0\n");
+    QTest::newRow("has corners above each other")
+        << std::string("v 0 0 0\nv 4 0 0\nv 4 4 1\nv 1 1 0\nv 4 4 0\nv 0 4 0\n");
+    QTest::newRow("has no area") << std::string(
+        "v 0 0 0\nv 1 0 0\nv 2 0 0\nv 1 0 0\nv 3 0 0\nv 2 0 0\n");
+    QTest::newRow("is tiny") << std::string(
+        "v 0 0 0\nv 4e-200 0 0\nv 4e-200 4e-200 0\nv 1e-200 1e-200 0\n"
+        "v 0 4e-200 0\nv 0 1e-200 0\n");
+}
+
+void tst_MeshFile::takesAnyFaceApart()
+{
+    QFETCH(std::string, vertices);
+    const Mesh mesh = readMesh(vertices + "f 1 2 3 4 5 6\n", MeshFormat::Obj);
+    QCOMPARE(mesh.vertices.size(), std::size_t(6));
+    QCOMPARE(mesh.triangles.size(), std::size_t(4));
+    for (const auto& triangle : mesh.triangles) {
+        for (const std::uint32_t vertex : triangle)
+            QVERIFY(vertex < mesh.vertices.size());
     }
 }
 
