@@ -71,6 +71,7 @@ private slots:
     void tellsThatThereIsNoUnit();
     void tellsWhatTheCommandComplainsOf();
     void tellsThatTheCommandCannotRun();
+    void tellsThatTheCommandWasKilled();
     void givesUpOnACommandThatHangs();
     void leavesAnActionThatTakesLongToItself();
 };
@@ -162,6 +163,15 @@ void tst_ServiceManagerSystemd::tellsThatTheCommandCannotRun()
     QVERIFY(error);
     QCOMPARE(error->code, static_cast<unsigned long>(ENOEXEC));
     QVERIFY(!error->text.empty());
+}
+
+void tst_ServiceManagerSystemd::tellsThatTheCommandWasKilled()
+{
+    const FakeSystem system("echo loaded\nkill -9 $$\n");
+    SystemdServiceManager manager = system.manager();
+    const auto error = manager.openService();
+    QVERIFY(error);
+    QCOMPARE(error->code, static_cast<unsigned long>(EINTR));
 }
 
 void tst_ServiceManagerSystemd::givesUpOnACommandThatHangs()

@@ -89,6 +89,7 @@ private slots:
     void opensTheDesktopsTextEditor();
     void opensTheUsersEditorWhereTheDesktopNamesNone_data();
     void opensTheUsersEditorWhereTheDesktopNamesNone();
+    void opensTheUsersEditorWhereTheDesktopsIsGone();
     void tellsThatThereIsNoTextEditor_data();
     void tellsThatThereIsNoTextEditor();
     void firmwareVersionsAreTheirText_data();
@@ -274,6 +275,11 @@ void tst_Util::opensTheDesktopsTextEditor_data()
     QTest::newRow("with a place for an address")
         << QByteArray("[Desktop Entry]\nExec=recorder %U\nTerminal=false\n")
         << QStringList{text("recorder"), path};
+    for (const char* const code : {"%f", "%F", "%u", "%U"}) {
+        QTest::addRow("%s before the end", code)
+            << QByteArray("[Desktop Entry]\nExec=recorder ") + code + " %c --last\n"
+            << QStringList{text("recorder"), path, text("--last")};
+    }
     QTest::newRow("without a place") << QByteArray("[Desktop Entry]\nExec=recorder 100%%\n")
                                      << QStringList{text("recorder"), text("100%"), path};
     QTest::newRow("in a terminal")
@@ -326,6 +332,21 @@ void tst_Util::opensTheUsersEditorWhereTheDesktopNamesNone()
     trovek::openInNotepad(text("a.json"));
     QTRY_VERIFY(desktop.wasCalled());
     QCOMPARE(desktop.called(), expected);
+#endif
+}
+
+void tst_Util::opensTheUsersEditorWhereTheDesktopsIsGone()
+{
+#ifndef Q_OS_WIN
+    FakeDesktop desktop(QDir(m_folder->path()));
+    desktop.setDefaultEditor("editor.desktop", "[Desktop Entry]\nExec=gone %f\n");
+    desktop.addRecorder("recorder");
+    desktop.addRecorder("x-terminal-emulator");
+    qputenv("EDITOR", "recorder");
+    trovek::openInNotepad(text("a.json"));
+    QTRY_VERIFY(desktop.wasCalled());
+    QCOMPARE(desktop.called(), QStringList({text("x-terminal-emulator"), text("-e"),
+                                            text("recorder"), text("a.json")}));
 #endif
 }
 
