@@ -3,6 +3,7 @@
 #include "ply_header.h"
 #include "progress_part.h"
 #include "raw_numbers.h"
+#include "reach.h"
 #include "text_words.h"
 
 #include <algorithm>
@@ -222,13 +223,9 @@ private:
 
     static void requirePosition(const Vector& position, std::uint64_t item)
     {
-        const auto isNear = [](double coordinate) {
-            return std::abs(coordinate) <= kFarthestCoordinate;
-        };
-        if (isNear(position.x) && isNear(position.y) && isNear(position.z))
-            return;
-        throw FileFormatError("Vertex " + std::to_string(item) +
-                              (isFinite(position) ? " lies too far out" : " has no place"));
+        if (!isWithinReach(position))
+            throw FileFormatError("Vertex " + std::to_string(item) +
+                                  (isFinite(position) ? " lies too far out" : " has no place"));
     }
 
     void readFaces(const PlyElement& element)

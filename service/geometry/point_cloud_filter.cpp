@@ -24,6 +24,9 @@ constexpr unsigned kNeighbors = 12;
 /** Times the average distance of neighbours. At the corner of a surface it is about twice that. */
 constexpr double kOutlierFactor = 3;
 constexpr std::size_t kPointsPerReport = 10000;
+/** Millimetres: of smaller ones there are more than a number counts, as far out as points may lie.
+ */
+constexpr double kSmallestCell = 1e-6;
 
 template <typename Item>
 std::vector<Item> picked(const std::vector<Item>& items, const std::vector<std::size_t>& numbers)
@@ -50,24 +53,25 @@ void requirePoints(const PointCloud& cloud)
 }
 
 /**
- * Points of which no two are closer than the size of a cell. CGAL's own grid keeps one point of
+ * Points of which no two are closer than a distance. CGAL's own grid keeps one point of
  * each cell, and with it pairs that are close on both sides of a cell's border.
  */
 class SparsePoints
 {
 public:
-    SparsePoints(const std::vector<Vector>& positions, double cellSize)
+    SparsePoints(const std::vector<Vector>& positions, double distance)
         : m_positions(positions)
-        , m_cellSize(cellSize)
+        , m_distance(distance)
+        , m_cellSize(std::max(distance, kSmallestCell))
     {}
 
-    bool hasCloserThanACell(const Vector& position) const
+    bool hasCloser(const Vector& position) const
     {
         const Vector cell = cellOf(position);
         for (const double x : {-1.0, 0.0, 1.0}) {
             for (const double y : {-1.0, 0.0, 1.0}) {
                 for (const double z : {-1.0, 0.0, 1.0}) {
-                    if (hasCloser(position, cell + Vector{x, y, z}))
+                    if (hasCloserInCell(position, cell + Vector{x, y, z}))
                         return true;
                 }
             }
@@ -98,25 +102,26 @@ private:
         }
     };
 
-    // Whole numbers, but possibly more of them than an integer has.
+    // Whole numbers, but possibly more of them than an integer of 32 bits has.
     Vector cellOf(const Vector& position) const
     {
         return {std::floor(position.x / m_cellSize), std::floor(position.y / m_cellSize),
                 std::floor(position.z / m_cellSize)};
     }
 
-    bool hasCloser(const Vector& position, const Vector& cell) const
+    bool hasCloserInCell(const Vector& position, const Vector& cell) const
     {
         const auto newest = m_newestInCell.find(cell);
         std::size_t entry = newest == m_newestInCell.end() ? kNone : newest->second;
         for (; entry != kNone; entry = m_olderInCell[entry]) {
-            if (length(m_positions[m_numbers[entry]] - position) < m_cellSize)
+            if (length(m_positions[m_numbers[entry]] - position) < m_distance)
                 return true;
         }
         return false;
     }
 
     const std::vector<Vector>& m_positions;
+    const double m_distance;
     const double m_cellSize;
     std::vector<std::size_t> m_numbers;
     std::unordered_map<Vector, std::size_t, CellHash> m_newestInCell;
@@ -157,6 +162,9 @@ PointCloud withoutOutliers(const PointCloud& cloud, const Progress& progress)
         const auto parameters = CGAL::parameters::point_map(PointMap());
         const double spacing = CGAL::compute_average_spacing<CGAL::Sequential_tag>(
             points, kNeighbors, parameters.callback(whole.part(0, 0.5).callback()));
+        // Nothing lies farther off where all neighbours lie at one place.
+        if (!(spacing > 0))
+            return cloud;
         const auto end = CGAL::remove_outliers<CGAL::Sequential_tag>(
             points, kNeighbors,
             parameters.threshold_percent(100)
@@ -165,6 +173,8 @@ PointCloud withoutOutliers(const PointCloud& cloud, const Progress& progress)
         std::vector<std::size_t> kept;
         for (auto point = points.begin(); point != end; ++point)
             kept.push_back(point->second);
+        if (kept.empty())
+            throw EmptyError("No point of the cloud has as many others near it as a surface");
         // They come out by their distances.
         std::sort(kept.begin(), kept.end());
         whole.report(1);
@@ -183,7 +193,7 @@ PointCloud thinned(const PointCloud& cloud, double gridSize, const Progress& pro
     for (std::size_t number = 0; number < count; ++number) {
         if (number % kPointsPerReport == 0)
             whole.report(double(number) / double(count));
-        if (!points.hasCloserThanACell(cloud.positions[number]))
+        if (!points.hasCloser(cloud.positions[number]))
             points.add(number);
     }
     whole.report(1);

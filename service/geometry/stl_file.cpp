@@ -3,6 +3,7 @@
 #include "output_buffer.h"
 #include "progress_part.h"
 #include "raw_numbers.h"
+#include "reach.h"
 #include "text_words.h"
 
 #include <cmath>
@@ -94,12 +95,10 @@ Mesh readBinary(std::string_view bytes, const ProgressPart& progress)
         const std::array<Vector, 3> read{readVector(triangle), readVector(triangle + 12),
                                          readVector(triangle + 24)};
         for (const Vector& corner : read) {
-            if (!isFinite(corner))
-                throw FileFormatError("Triangle " + std::to_string(number) +
-                                      " has a corner without a place");
-            if (std::max({std::abs(corner.x), std::abs(corner.y), std::abs(corner.z)}) >
-                kFarthestCoordinate)
-                throw FileFormatError("Triangle " + std::to_string(number) + " lies too far out");
+            if (!isWithinReach(corner))
+                throw FileFormatError(
+                    "Triangle " + std::to_string(number) +
+                    (isFinite(corner) ? " lies too far out" : " has a corner without a place"));
         }
         corners.add(read);
     }

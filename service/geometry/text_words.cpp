@@ -1,6 +1,7 @@
 #include "text_words.h"
 
 #include "geometry_error.h"
+#include "reach.h"
 
 #include <charconv>
 #include <cmath>

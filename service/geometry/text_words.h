@@ -7,9 +7,6 @@
 
 namespace trovek::geometry {
 
-/** Far beyond any machine: what lies farther out is no part, and squares of it are no numbers. */
-constexpr double kFarthestCoordinate = 1e9;
-
 /**
  * The words of a text file, between blanks and line ends; CR, LF and CR LF each end a line.
  * What is asked of a word throws FileFormatError with the number of its line.
@@ -35,7 +32,7 @@ public:
     std::size_t line() const { return m_line; }
     std::size_t bytesRead() const { return m_position; }
 
-    /** A finite number within +-kFarthestCoordinate. */
+    /** A number up to kFarthestCoordinate. */
     double coordinate(std::string_view word) const;
     /** Any number, as normals and colors have. */
     double number(std::string_view word) const;

@@ -4,12 +4,15 @@
 #include "geometry/point_cloud.h"
 #include "geometry/point_cloud_file.h"
 #include "geometry/point_cloud_filter.h"
+#include "geometry/reach.h"
 #include "scanner/shape_arguments.h"
 #include "scanner/shape_list.h"
 
 #include <trovek/methods.h>
 #include <trovek/wire.h>
 
+#include <algorithm>
+#include <cmath>
 #include <optional>
 
 namespace trovek::service {
@@ -40,9 +43,13 @@ Json::Value replace(ShapeTask& task, PointCloud cloud)
 
 Json::Value moved(ShapeTask& task, const Alignment& alignment)
 {
+    PointCloud cloud = transformed(task.cloud(0), alignment.transform);
+    if (!std::isfinite(alignment.error) ||
+        !std::all_of(cloud.positions.begin(), cloud.positions.end(), isWithinReach))
+        throw GeometryError("The point cloud cannot be moved there");
     Json::Value answer = toJson(alignment.transform);
     answer["error"] = alignment.error;
-    task.result = Shape(transformed(task.cloud(0), alignment.transform));
+    task.result = Shape(std::move(cloud));
     return answer;
 }
 

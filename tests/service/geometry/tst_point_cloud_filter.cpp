@@ -52,6 +52,9 @@ private slots:
     void keepsACleanCloud_data();
     void keepsACleanCloud();
     void keepsAFewPoints();
+    void keepsPointsAtOnePlace_data();
+    void keepsPointsAtOnePlace();
+    void leavesNoEmptyCloud();
     void removesTheSameEachTime();
 
     void thinsToTheGrid_data();
@@ -156,6 +159,35 @@ void tst_PointCloudFilter::keepsAFewPoints()
     QVERIFY(areSame(withoutOutliers(cloud), cloud));
 }
 
+void tst_PointCloudFilter::keepsPointsAtOnePlace_data()
+{
+    QTest::addColumn<double>("size");
+
+    QTest::newRow("all the same") << 0.0;
+    QTest::newRow("at two places") << 1.0;
+    QTest::newRow("closer than squares can tell") << 1e-200;
+}
+
+void tst_PointCloudFilter::keepsPointsAtOnePlace()
+{
+    QFETCH(double, size);
+    PointCloud cloud;
+    for (int point = 0; point < 100; ++point)
+        cloud.positions.push_back({1, 2, point % 2 * size});
+    QVERIFY(areSame(withoutOutliers(cloud), cloud));
+}
+
+void tst_PointCloudFilter::leavesNoEmptyCloud()
+{
+    // As many at each place as are looked at, and one that is far off: an outlier by the square.
+    PointCloud cloud;
+    for (int place = 0; place < 20; ++place)
+        cloud.positions.insert(cloud.positions.end(), 12, {place * 1.0, 0, 0});
+    QCOMPARE(
+        thrownBy([&] { withoutOutliers(cloud); }),
+        std::string("EmptyError: No point of the cloud has as many others near it as a surface"));
+}
+
 void tst_PointCloudFilter::removesTheSameEachTime()
 {
     const PointCloud cloud = joined(pointsOfBall(2000, 20, 0.1, 1), pointsOfBall(50, 40, 20, 2));
@@ -169,6 +201,7 @@ void tst_PointCloudFilter::thinsToTheGrid_data()
 {
     QTest::addColumn<double>("gridSize");
 
+    QTest::newRow("not at all") << 5e-324;
     QTest::newRow("hardly at all") << 0.1;
     QTest::newRow("a bit") << 1.0;
     QTest::newRow("much") << 7.3;

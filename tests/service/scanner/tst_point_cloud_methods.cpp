@@ -70,6 +70,7 @@ private slots:
     void refusesBadParameters();
     void refusesEmptyClouds_data();
     void refusesEmptyClouds();
+    void anAlignmentThatIsNoNumberIsRefused();
     void whatFailsChangesNothing();
     void refusesFiles_data();
     void refusesFiles();
@@ -303,6 +304,14 @@ void tst_PointCloudMethods::refusesBadParameters_data()
     row("align two pairs", "point_cloud_coarse_alignment",
         R"({"id":1,"target":1,"points":[[0,0,0],[1,0,0]],"target_points":[[0,0,0],[1,0,0]]})",
         "GeometryError");
+    row("align by places beyond all", "point_cloud_coarse_alignment",
+        R"({"id":1,"target":1,"points":[[0,0,0],[1,0,0],[0,1,0]],
+            "target_points":[[1e12,0,0],[1e12,1,0],[1e12,0,1]]})",
+        "GeometryError");
+    row("align by the largest numbers", "point_cloud_coarse_alignment",
+        R"({"id":1,"target":1,"points":[[0,0,0],[1e308,0,0],[0,1e308,0]],
+            "target_points":[[0,0,0],[1,0,0],[0,1,0]]})",
+        "GeometryError");
     row("align more points than targets", "point_cloud_coarse_alignment",
         R"({"id":1,"target":1,"points":[[0,0,0],[1,0,0],[0,1,0],[0,0,1]],
             "target_points":[[0,0,0],[1,0,0],[0,1,0]]})",
@@ -356,6 +365,17 @@ void tst_PointCloudMethods::refusesEmptyClouds()
     QCOMPARE(f.createMesh(), 3);
     QCOMPARE(f.errorFrom(method.constData(), parsed(json)), std::string("EmptyShapeError"));
     QVERIFY(f.downloadCloud(1).positions == points.positions);
+}
+
+void tst_PointCloudMethods::anAlignmentThatIsNoNumberIsRefused()
+{
+    Fixture f;
+    // So small that squares of its size are none.
+    const PointCloud points = ballPoints(1e-200, {}, 300);
+    const int id = f.upload(points);
+    QCOMPARE(f.errorFrom("point_cloud_fine_alignment", object("id", id, "target", id)),
+             std::string("GeometryError"));
+    QVERIFY(f.downloadCloud(id).positions == points.positions);
 }
 
 void tst_PointCloudMethods::whatFailsChangesNothing()
