@@ -49,6 +49,8 @@ void MakeThingDialog::makeOrExportRequested()
     try {
         slicePreview();
     } catch (...) {
+        if (self)
+            d->slice.removeFile();
         reportStartError(self);
     }
 }

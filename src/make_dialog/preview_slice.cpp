@@ -29,7 +29,7 @@ PreviewSlice::PreviewSlice(TrovekQt& facade, QObject* parent)
     });
     connect(m_watch, &JobWatch::failed, this, &PreviewSlice::fail);
     connect(m_watch, &JobWatch::canceled, this, [this] {
-        if (stop())
+        if (giveUp())
             emit canceled();
     });
     // Others wait for this signal too, so whoever shows a message about it does so later.
@@ -81,7 +81,7 @@ void PreviewSlice::cancel()
     if (!m_running)
         return;
     m_watch->cancelJob();
-    stop();
+    giveUp();
 }
 
 void PreviewSlice::showProgress()
@@ -103,7 +103,7 @@ void PreviewSlice::fail()
     } catch (const std::exception& error) {
         TROVEK_LOG(0) << error.what() << std::endl;
     }
-    if (!stop())
+    if (!giveUp())
         return;
     TROVEK_LOG(0) << "The slice for the preview failed: " << toStdString(reason) << std::endl;
     emit failed(reason);
@@ -111,7 +111,7 @@ void PreviewSlice::fail()
 
 void PreviewSlice::loseLink()
 {
-    if (stop())
+    if (giveUp())
         emit linkLost();
 }
 
@@ -121,6 +121,14 @@ bool PreviewSlice::stop()
     if (!std::exchange(m_running, false))
         return false;
     m_watch->clearJobID();
+    return true;
+}
+
+bool PreviewSlice::giveUp()
+{
+    if (!stop())
+        return false;
+    removeFile();
     return true;
 }
 

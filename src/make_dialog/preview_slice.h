@@ -33,6 +33,8 @@ public:
     QString createFile();
     /** The absolute path of the file, which is the caller's from now on. */
     QString takeFile();
+    /** For a file into which nothing will be sliced. */
+    void removeFile();
 
     /** The signals may come before this returns. */
     void watch(Job::ID job);
@@ -51,11 +53,11 @@ signals:
     void linkLost();
 
 private:
-    void removeFile();
     void showProgress();
     void fail();
     void loseLink();
     bool stop();
+    bool giveUp();
 
     TrovekQt& m_facade;
     JobWatch* const m_watch;
