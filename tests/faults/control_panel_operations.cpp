@@ -30,10 +30,8 @@ public:
     bool prepare() override
     {
         FaultScene::settle();
-        if (!selectPort())
-            return false;
         m_before = isMachineOpen();
-        return m_button.isEnabled();
+        return selectPort() && m_button.isEnabled();
     }
     void press() override { QTest::mouseClick(&m_button, Qt::LeftButton); }
     bool isOpen() override { return m_panel.isVisible(); }

@@ -161,7 +161,7 @@ FaultTable::FaultTable(std::vector<WindowOperation> operations)
     qputenv("TMPDIR", QFile::encodeName(m_temporary.path()));
 }
 
-void FaultTable::addRows() const
+void FaultTable::staysUsable_data()
 {
     QTest::addColumn<int>("operation");
     QTest::addColumn<int>("namedError");
@@ -185,7 +185,7 @@ void FaultTable::addRows() const
     }
 }
 
-void FaultTable::runRow()
+void FaultTable::staysUsable()
 {
     QFETCH(int, operation);
     QFETCH(int, namedError);

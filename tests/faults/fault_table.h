@@ -4,21 +4,24 @@
 
 #include <trovek-ui/trovekqt.h>
 
+#include <QObject>
 #include <QTemporaryDir>
 
 #include <vector>
 
 namespace trovek {
 
-/** Every fault at every operation of some windows, as test data and as the test of one of them. */
-class FaultTable
+/** Every fault at every operation of some windows: the window stays usable, and tells the truth. */
+class FaultTable : public QObject
 {
+    Q_OBJECT
+
 public:
     explicit FaultTable(std::vector<WindowOperation> operations);
 
-    void addRows() const;
-    /** The current row. */
-    void runRow();
+private slots:
+    void staysUsable_data();
+    void staysUsable();
 
 private:
     const std::vector<WindowOperation> m_operations;

@@ -6,15 +6,6 @@
 
 namespace trovek {
 
-namespace made {
-const QStringList kServiceError = {QStringLiteral("An error occurred in the background service.")};
-const QStringList kNotStarted = {
-    QStringLiteral("Print Failed"),
-    QStringLiteral("An unexpected error occurred while starting print.")};
-const QStringList kNoService = {QStringLiteral("Service Error"),
-                                QStringLiteral("No connection to background service")};
-} // namespace made
-
 using namespace made;
 
 namespace {
@@ -23,13 +14,6 @@ const QStringList kBusy = {
     QStringLiteral("Printer is busy"),
     QStringLiteral("Wait until your current activity finishes before starting a new job on this "
                    "Orvane.")};
-
-Verdict shows(const QStringList& message)
-{
-    Verdict made;
-    made.messages = {message};
-    return made;
-}
 
 WindowOperation making(const char* name, const char* method, MakeWindow::Dialog dialog,
                        const char* suffix)
@@ -101,7 +85,7 @@ WindowOperation endingExport()
 
 } // namespace
 
-std::vector<WindowOperation> makeOperations()
+std::vector<WindowOperation> makeGCodeOperations()
 {
     return {
         making("make G-code, print", "print", MakeWindow::ForGCode, ""),
@@ -109,6 +93,12 @@ std::vector<WindowOperation> makeOperations()
         making("make G-code, export S3G", "print_to_file", MakeWindow::ForGCode, "s3g"),
         making("make G-code, export G-code", "slice", MakeWindow::ForGCode, "gcode"),
         endingExport(),
+    };
+}
+
+std::vector<WindowOperation> makeThingOperations()
+{
+    return {
         making("make thing, print", "print", MakeWindow::ForThing, ""),
         making("make thing, export X3G", "print_to_file", MakeWindow::ForThing, "x3g"),
         making("make thing, export G-code", "slice", MakeWindow::ForThing, "gcode"),

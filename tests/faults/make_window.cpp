@@ -9,6 +9,31 @@
 
 namespace trovek {
 
+namespace made {
+
+const QStringList kServiceError = {QStringLiteral("An error occurred in the background service.")};
+const QStringList kNotStarted = {
+    QStringLiteral("Print Failed"),
+    QStringLiteral("An unexpected error occurred while starting print.")};
+const QStringList kNoService = {QStringLiteral("Service Error"),
+                                QStringLiteral("No connection to background service")};
+
+Verdict shows(const QStringList& message)
+{
+    Verdict made;
+    made.messages = {message};
+    return made;
+}
+
+Verdict showsAfterSomeLines(const QStringList& message)
+{
+    Verdict made = shows(message);
+    made.logged = -1;
+    return made;
+}
+
+} // namespace made
+
 namespace {
 
 /** The folders that the library makes for the service to write into. */

@@ -16,6 +16,10 @@ namespace made {
 extern const QStringList kServiceError;
 extern const QStringList kNotStarted;
 extern const QStringList kNoService;
+
+Verdict shows(const QStringList& message);
+/** There are lines of other errors before it. */
+Verdict showsAfterSomeLines(const QStringList& message);
 } // namespace made
 
 /** A make dialog that prints, or exports into a file. */

@@ -111,16 +111,16 @@ Json::Value& nameIn(Json::Value& map)
     return map["eeprom_map"]["identity"]["sub_map"]["machine_name"]["value"][0];
 }
 
-/** Another name than the factory's, and a backup of what was before. */
+/** Another name than the factory's; the last backup has yet another. */
 FaultScene& withOwnName(FaultScene& scene)
 {
     RecordingTrovek& witness = scene.witness;
     Printer* const printer = witness.printerFromKey(scene.key);
     Json::Value map = witness.readEeprom(printer).getEepromMap();
-    nameIn(map) = nameIn(map) == Json::Value(kOwnName) ? "Another" : kOwnName;
-    witness.writeEeprom(printer, EepromMap(map));
-    nameIn(map) = kOwnName;
-    witness.writeEeprom(printer, EepromMap(map));
+    for (const char* name : {"Another", kOwnName}) {
+        nameIn(map) = name;
+        witness.writeEeprom(printer, EepromMap(map));
+    }
     return scene;
 }
 
@@ -368,8 +368,10 @@ WindowOperation readingAfterReset()
     made.refused = made.broken = verdict(
         kFailedReset, QStringLiteral("The printer's preferences may not be those shown here."));
     completeForOpenWindow(made);
+    // The form says so too.
     made.special[FaultKind::OddObject] = made.broken;
     made.special[FaultKind::OddObject].error = QString();
+    made.special[FaultKind::OddObject].logged = 2;
     return made;
 }
 

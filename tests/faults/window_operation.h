@@ -102,7 +102,9 @@ struct WindowOperation
 std::vector<WindowOperation> directControlOperations();
 std::vector<WindowOperation> controlPanelOperations();
 std::vector<WindowOperation> onboardOperations();
-std::vector<WindowOperation> makeOperations();
+std::vector<WindowOperation> makeGCodeOperations();
+std::vector<WindowOperation> makeThingOperations();
+std::vector<WindowOperation> profileCheckOperations();
 std::vector<WindowOperation> previewOperations();
 std::vector<WindowOperation> firmwareOperations();
 
