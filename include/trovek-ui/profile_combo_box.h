@@ -37,9 +37,6 @@ public:
     bool isCurrentEnabled() const;
     ProfileListModel& profileModel() const;
 
-    /** Selects the first profile of that name, after looking at the profile directory again. */
-    void selectProfile(const QString& name);
-
     void showPopup() override;
 
 public slots:
@@ -48,6 +45,8 @@ public slots:
      * again. Nothing happens when there is none.
      */
     void selectProfile(const QDir& dir);
+    /** The same with the first profile of that name, of whatever kind. */
+    void selectProfile(const QString& name);
     void indexChanged(int index);
 
 signals:

@@ -152,6 +152,7 @@ void tst_ProfileComboBox::knowsThePointerOfItsSignal()
     const QMetaObject& meta = *box.metaObject();
     QVERIFY(meta.indexOfSignal("currentProfileChanged(Profile*)") >= 0);
     QVERIFY(meta.indexOfSlot("selectProfile(QDir)") >= 0);
+    QVERIFY(meta.indexOfSlot("selectProfile(QString)") >= 0);
     QVERIFY(meta.indexOfSlot("indexChanged(int)") >= 0);
 
     const QSignalSpy spy(&box, &ProfileComboBox::currentProfileChanged);
