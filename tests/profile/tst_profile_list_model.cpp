@@ -35,6 +35,7 @@ private slots:
     void removesNothingElse();
     void tellsWhatIsAlreadyGone();
     void keepsARowThatCannotBeRemoved();
+    void tellsAtOnceWhatIsHalfRemoved();
     void bearsReceiversThatLookAgain();
     void bearsReceiversThatRemoveMore();
     void listsAThousandProfilesQuickly();
@@ -165,6 +166,7 @@ void tst_ProfileListModel::keepsTheOrderOfItsRows()
 
 void tst_ProfileListModel::saysNothingWhenNothingChanged()
 {
+    TestLog log;
     const ProfileWorld world;
     world.addProfile("good");
     writeFile(world.path("bad/strandel.json"), "{}");
@@ -180,6 +182,12 @@ void tst_ProfileListModel::saysNothingWhenNothingChanged()
     model.setMachineTypeFilter(Printer::UnknownType);
 
     QCOMPARE(changed.count() + inserted.count() + removed.count() + reset.count(), 0);
+    QStringList logged;
+    for (const LogEntry& entry : log.sink().entries()) {
+        if (entry.file == "src\\profile\\profile_list_item")
+            logged.append(QString::fromStdString(entry.message));
+    }
+    QCOMPARE(logged, QStringList{text("bad: profile.json is missing")});
 }
 
 void tst_ProfileListModel::keepsWhatCannotBeReadWithTheReason_data()
@@ -461,6 +469,29 @@ void tst_ProfileListModel::keepsARowThatCannotBeRemoved()
     }
     QCOMPARE(rowsOf(model).mid(3), QStringList{text("a")});
     QVERIFY(isEnabled(model, "a"));
+#else
+    QSKIP("Files are protected in another way here");
+#endif
+}
+
+void tst_ProfileListModel::tellsAtOnceWhatIsHalfRemoved()
+{
+#ifdef Q_OS_UNIX
+    const ProfileWorld world;
+    world.addProfile("a");
+    writeFile(world.path("a/zzz/protected"), "x");
+    ProfileListModel model(false, false);
+    QCOMPARE(::chmod(qPrintable(world.base()), 0755), 0);
+    QCOMPARE(::chmod(qPrintable(world.path("a")), 0777), 0);
+
+    {
+        const OrdinaryUser user;
+        QCOMPARE(thrownText([&] { model.removeProfile(QDir(world.path("a"))); }),
+                 "Unable to delete file " + world.path("a/zzz/protected").toStdString());
+    }
+    QVERIFY(!QFileInfo::exists(world.path("a/profile.json")));
+    QVERIFY(!isEnabled(model, "a"));
+    QCOMPARE(reasonOf(model, "a"), text("Invalid profile: profile.json is missing"));
 #else
     QSKIP("Files are protected in another way here");
 #endif

@@ -23,6 +23,7 @@ private slots:
     void followsTheFileOfAProfile();
     void followsAFileThatIsReplacedTwice();
     void noticesAChangeOfTheSameSizeInTheSameMoment();
+    void noticesSuchAChangeWhereNothingIsWatched();
     void followsARenamedFolder();
     void followsADirectoryThatIsRemovedAndMadeAgain();
     void followsADirectoryThatComesLater();
@@ -157,6 +158,23 @@ void tst_ProfileListWatch::noticesAChangeOfTheSameSizeInTheSameMoment()
         QTRY_VERIFY(!isEnabled(model, "a"));
         writeFile(world.path("a/profile.json"), profileJson(R"("fabrino_2")"));
         QTRY_VERIFY(isEnabled(model, "a"));
+    }
+}
+
+void tst_ProfileListWatch::noticesSuchAChangeWhereNothingIsWatched()
+{
+    const ProfileWorld world;
+    world.addProfile("a", R"("fabrino_2")");
+    ProfileListModel model(false, false);
+    watcherOf(model).blockSignals(true);
+
+    for (int round = 0; round < 50; ++round) {
+        writeFile(world.path("a/profile.json"), profileJson(R"("fabrino_9")"));
+        model.update();
+        QVERIFY(!isEnabled(model, "a"));
+        writeFile(world.path("a/profile.json"), profileJson(R"("fabrino_2")"));
+        model.update();
+        QVERIFY(isEnabled(model, "a"));
     }
 }
 
