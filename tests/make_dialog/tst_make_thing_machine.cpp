@@ -200,6 +200,12 @@ void tst_MakeThingMachine::keepsTheMaterialForAMachineOfTheSameType()
     QCOMPARE(opened.machines().machine(), world.printer("archetype 4"));
     QCOMPARE(opened.extruders().leftMaterial(), Orvane::Dissolvable);
     QCOMPARE(opened.extruders().rightMaterial(), Orvane::PLA);
+
+    // A box that is filled anew would close the list that the user has open.
+    QSignalSpy filledAnew(&opened.material("leftMaterial"), &MaterialComboBox::materialChanged);
+    opened.openAdvanced();
+    QVERIFY(opened.numbers().isVisible());
+    QCOMPARE(filledAnew.count(), 0);
 }
 
 void tst_MakeThingMachine::keepsTheUsersMaterialWhereItFits()
