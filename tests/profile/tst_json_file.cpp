@@ -2,6 +2,7 @@
 #include "support/thrown_text.h"
 
 #include <profile/json_file.h>
+#include <profile/profile_json.h>
 #include <profile/strandel_config.h>
 
 #include <QTest>
@@ -29,6 +30,7 @@ private slots:
     void readsStrandelSettings();
     void readsNoPipe();
     void tellsWhyStrandelSettingsAreNotWritten();
+    void tellsWhyADescriptionIsNotWritten();
 
 private:
     QString path(const char* name) const { return m_folder->filePath(text(name)); }
@@ -198,6 +200,20 @@ void tst_JsonFile::tellsWhyStrandelSettingsAreNotWritten()
     QCOMPARE(error, std::string("Failed to write strandel.json"));
     QVERIFY(readStrandelConfig(folder()) == config);
 #endif
+}
+
+void tst_JsonFile::tellsWhyADescriptionIsNotWritten()
+{
+    const Json::Value json = makeProfileJson(SlicerConfiguration::Strandel, {Printer::CubioDual});
+
+    QCOMPARE(thrownText([&] { writeProfileJson(QDir(path("missing")), json); }),
+             std::string("Cannot open profile.json for writing"));
+    writeProfileJson(folder(), json);
+    QCOMPARE(readFile(path("profile.json")),
+             QByteArray("{\n"
+                        "   \"machine_type\" : [ \"cubio_dual\" ],\n"
+                        "   \"slicer\" : \"strandel\"\n"
+                        "}\n"));
 }
 
 QTEST_MAIN(tst_JsonFile)
