@@ -251,13 +251,13 @@ void MakeThingDialog::changeEvent(QEvent* event)
         requestSanitize();
 }
 
+/**
+ * Not at once: between machines and archetypes the box passes others, whose materials would take
+ * the user's numbers away.
+ */
 void MakeThingDialog::machineSelected(Printer*)
 {
-    try {
-        tellMachine();
-    } catch (const std::exception& error) {
-        TROVEK_LOG(0) << error.what() << std::endl;
-    }
+    requestSanitize();
 }
 
 void MakeThingDialog::tellMachine()

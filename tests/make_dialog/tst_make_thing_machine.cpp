@@ -19,7 +19,7 @@ private slots:
     void keepsAHeatThatTheUserChose();
     void selectsTheUsualMaterialOfTheMachine_data();
     void selectsTheUsualMaterialOfTheMachine();
-    void keepsTheMaterialForAMachineOfTheSameType();
+    void keepsWhatTheUserChoseForAMachineOfTheSameType();
     void keepsTheUsersMaterialWhereItFits();
     void fillsTheNumbersForTheMaterials();
     void keepsNumbersWhileTheMaterialsStay();
@@ -186,13 +186,14 @@ void tst_MakeThingMachine::selectsTheUsualMaterialOfTheMachine()
     }
 }
 
-void tst_MakeThingMachine::keepsTheMaterialForAMachineOfTheSameType()
+void tst_MakeThingMachine::keepsWhatTheUserChoseForAMachineOfTheSameType()
 {
     TestLog log;
     ThingWorld world(m_facade);
     const OpenedThing opened(world, "dual");
     opened.material("leftMaterial").select(Orvane::Dissolvable);
     opened.material("rightMaterial").select(Orvane::PLA);
+    opened.find<QSpinBox>("infill").setValue(55);
 
     QTest::mouseClick(&opened.find<QRadioButton>("exportRadio"), Qt::LeftButton, {}, QPoint(8, 8));
     QTRY_COMPARE(opened.mainButton().text(), QStringLiteral("Export!"));
@@ -200,6 +201,7 @@ void tst_MakeThingMachine::keepsTheMaterialForAMachineOfTheSameType()
     QCOMPARE(opened.machines().machine(), world.printer("archetype 4"));
     QCOMPARE(opened.extruders().leftMaterial(), Orvane::Dissolvable);
     QCOMPARE(opened.extruders().rightMaterial(), Orvane::PLA);
+    QCOMPARE(opened.find<QSpinBox>("infill").value(), 55);
 
     // A box that is filled anew would close the list that the user has open.
     QSignalSpy filledAnew(&opened.material("leftMaterial"), &MaterialComboBox::materialChanged);
