@@ -18,6 +18,14 @@ namespace trovek {
 
 namespace {
 
+/** In characters. A file may have names without end, and a tooltip of them would take seconds. */
+constexpr int kLongestReason = 250;
+
+QString shortened(const QString& text)
+{
+    return text.size() <= kLongestReason ? text : text.left(kLongestReason - 1) + QChar(0x2026);
+}
+
 /** A file says itself which names it has, and they may look like markup. */
 QString plainToolTip(const QString& text)
 {
@@ -63,7 +71,7 @@ void ProfileListModel::Item::read()
 
 void ProfileListModel::Item::judge(Printer::Type selectedMachine)
 {
-    const QString reason = reasonAgainst(selectedMachine);
+    const QString reason = shortened(reasonAgainst(selectedMachine));
     // Setting an equal text would still be announced the first time.
     if (accessibleDescription() != reason) {
         setToolTip(plainToolTip(reason));

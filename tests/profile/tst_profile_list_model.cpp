@@ -23,6 +23,8 @@ private slots:
     void keepsWhatCannotBeReadWithTheReason_data();
     void keepsWhatCannotBeReadWithTheReason();
     void showsMarkupInAReasonAsText();
+    void showsTheBeginningOfALongReason_data();
+    void showsTheBeginningOfALongReason();
     void keepsWhatDoesNotFitTheMachineWithTheReason_data();
     void keepsWhatDoesNotFitTheMachineWithTheReason();
     void enablesAgainWhatFitsTheNextMachine();
@@ -256,6 +258,36 @@ void tst_ProfileListModel::showsMarkupInAReasonAsText()
              qPrintable(reasonOf(model, "a")));
     QCOMPARE(model.item(0)->accessibleDescription(),
              text("Invalid profile: machine_type contains invalid name <b>bold</b>"));
+}
+
+void tst_ProfileListModel::showsTheBeginningOfALongReason_data()
+{
+    QTest::addColumn<QByteArray>("types");
+    QTest::addColumn<QString>("beginning");
+
+    QTest::newRow("a long name") << "\"" + QByteArray(100000, 'm') + "\""
+                                 << text(
+                                        "Invalid profile: machine_type contains invalid name mmmm");
+    QTest::newRow("many names") << QByteArray("\"cubio_dual\",").repeated(10000) + "\"cubio_dual\""
+                                << text("This profile is not for the Orvane Fabrino 2.\n"
+                                        "It is for: Orvane Cubio (Dual), Orvane Cubio (Dual), ");
+}
+
+void tst_ProfileListModel::showsTheBeginningOfALongReason()
+{
+    QFETCH(QByteArray, types);
+    QFETCH(QString, beginning);
+    const ProfileWorld world;
+    world.addProfile("a", types);
+    ProfileListModel model(false, false);
+
+    model.setSelectedMachineType(Printer::Fabrino2);
+
+    for (const QString& reason : {reasonOf(model, "a"), model.item(0)->accessibleDescription()}) {
+        QVERIFY2(reason.startsWith(beginning), qPrintable(reason.left(300)));
+        QVERIFY(reason.endsWith(QChar(0x2026)));
+        QCOMPARE(reason.size(), 250);
+    }
 }
 
 void tst_ProfileListModel::keepsWhatDoesNotFitTheMachineWithTheReason_data()
