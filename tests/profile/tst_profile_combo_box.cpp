@@ -178,7 +178,11 @@ void tst_ProfileComboBox::selectsByFolder()
     box.selectProfile(QDir(world.path("Orvane PLA Low/")));
     QCOMPARE(box.currentProfile()->path(), world.path("Orvane PLA Low"));
 
+    box.selectProfile(QDir(world.path("Low/.")));
+    QCOMPARE(box.currentProfile()->path(), world.path("Low"));
+
     // By its name, wherever it is.
+    box.selectProfile(text("Standard"));
     box.selectProfile(QDir(text("/elsewhere/Low")));
     QCOMPARE(box.currentProfile()->path(), world.path("Low"));
 }
