@@ -145,6 +145,8 @@ std::string prusaFailure(const SliceJob& job, const QByteArray& complaints, int 
         return "The model cannot be read: it is damaged, or it is not in the format " +
                toStdString(QFileInfo(job.modelPath).suffix().toUpper());
     }
+    if (says("std::bad_alloc"))
+        return "The model needs more memory than there is";
     if (signalNumber != 0)
         return crashText(signalNumber);
     const std::string words = lastWords(job, complaints);

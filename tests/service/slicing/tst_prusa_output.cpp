@@ -174,6 +174,9 @@ void tst_PrusaOutput::saysWhyItFailed_data()
     QTest::newRow("out of memory") << QByteArray() << SIGKILL
                                    << QByteArray("The slicer was killed; the model may need more "
                                                  "memory than there is");
+    QTest::newRow("less memory than it asks for")
+        << QByteArray("10 => Processing triangulated mesh\nstd::bad_alloc\n") << 0
+        << QByteArray("The model needs more memory than there is");
     QTest::newRow("ended by somebody")
         << QByteArray() << SIGTERM << QByteArray("The slicer was ended from outside");
     QTest::newRow("its own words, without our paths")
