@@ -24,7 +24,7 @@ std::unique_ptr<QFile> openInput(const std::string& path);
  *
  * It must be there already: a regular file of the user that the service runs as, with one name
  * only, and neither it nor its folder may be a link. A file that fails a check keeps its contents.
- * Nothing is created.
+ * Nothing is created. It is not buffered, so that a full disk is told by the write that it fails.
  * @param path absolute, UTF-8
  * @throws std::runtime_error for a user, with the path
  */

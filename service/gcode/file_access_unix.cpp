@@ -121,7 +121,7 @@ std::unique_ptr<QFile> openIn(const Descriptor& folder, const std::string& path,
         fail(kWriting, path, "it has more than one name");
     if (::ftruncate(descriptor.get(), 0) != 0)
         fail(kWriting, path, systemReason());
-    return handOver(kWriting, path, descriptor, QIODevice::WriteOnly);
+    return handOver(kWriting, path, descriptor, QIODevice::WriteOnly | QIODevice::Unbuffered);
 }
 
 } // namespace

@@ -43,7 +43,8 @@ std::unique_ptr<QFile> openInput(const std::string& path)
 std::unique_ptr<QFile> openOutput(const std::string& path)
 {
     return openChecked("write to", path,
-                       QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::ExistingOnly);
+                       QIODevice::WriteOnly | QIODevice::Unbuffered | QIODevice::Truncate |
+                           QIODevice::ExistingOnly);
 }
 
 void checkOutputFolder(const std::string& path)

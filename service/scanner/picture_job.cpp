@@ -3,6 +3,7 @@
 #include "background_task.h"
 #include "gcode/file_access.h"
 #include "scanner/virtual_scanner.h"
+#include "write_all.h"
 
 #include <trovek/text.h>
 
@@ -23,15 +24,15 @@ trovek::Job::Data describeJob(const char* kind, const char* name)
     return data;
 }
 
-void writeAll(const std::string& folder, const std::vector<BoardPicture>& pictures,
-              const std::vector<std::string>& files)
+void writePictures(const std::string& folder, const std::vector<BoardPicture>& pictures,
+                   const std::vector<std::string>& files)
 {
     for (std::size_t i = 0; i < files.size(); ++i) {
         const std::unique_ptr<QFile> file = openOutputIn(folder, pictures[i].fileName);
-        const auto size = static_cast<qint64>(files[i].size());
-        if (file->write(files[i].data(), size) != size || !file->flush()) {
-            throw std::runtime_error("Cannot write " + pictures[i].fileName + ": " +
-                                     toStdString(file->errorString()));
+        try {
+            writeAll(*file, files[i].data(), static_cast<qint64>(files[i].size()));
+        } catch (const WriteError& error) {
+            throw std::runtime_error("Cannot write " + pictures[i].fileName + ": " + error.what());
         }
     }
 }
@@ -65,7 +66,7 @@ void PictureJob::start()
         const ScannerSettings& settings = scanner.settings();
         const std::vector<std::string> files = takePictures(
             scanner.build(), m_pictures, settings.pictureNoise, settings.seed, progress);
-        writeAll(m_folder, m_pictures, files);
+        writePictures(m_folder, m_pictures, files);
     };
     m_task = std::make_unique<BackgroundTask>(m_pool, work);
     connect(m_task.get(), &BackgroundTask::progressed, this, &PictureJob::setProgress);

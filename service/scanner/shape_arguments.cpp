@@ -2,6 +2,7 @@
 
 #include "gcode/file_access.h"
 #include "geometry/rigid_transform.h"
+#include "write_all.h"
 
 #include <trovek/text.h>
 #include <trovek/wire.h>
@@ -116,16 +117,11 @@ void writeClientFile(const std::string& path,
                      const std::function<void(const geometry::ByteSink& sink)>& write)
 {
     const std::unique_ptr<QFile> file = openFile(openOutput, path);
-    const auto check = [&](bool written) {
-        if (!written) {
-            throw fileError("Cannot write to " + path + ": " + toStdString(file->errorString()));
-        }
-    };
     try {
-        write([&](const char* bytes, std::size_t size) {
-            check(file->write(bytes, qint64(size)) == qint64(size));
-        });
-        check(file->flush());
+        write([&](const char* bytes, std::size_t size) { writeAll(*file, bytes, qint64(size)); });
+    } catch (const WriteError& error) {
+        file->resize(0);
+        throw fileError("Cannot write to " + path + ": " + error.what());
     } catch (...) {
         file->resize(0);
         throw;

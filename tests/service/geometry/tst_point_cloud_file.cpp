@@ -1,4 +1,5 @@
 #include "shapes.h"
+#include "support/file_size_limit.h"
 
 #include <geometry/point_cloud_file.h>
 
@@ -9,11 +10,6 @@
 
 #include <cstring>
 #include <limits>
-
-#ifdef Q_OS_UNIX
-#include <csignal>
-#include <sys/resource.h>
-#endif
 
 using namespace shapes;
 
@@ -310,17 +306,11 @@ void tst_PointCloudFile::leavesTheEarlierFileWhenTheDiskIsFull()
     const QString path = folder.filePath(QStringLiteral("scan.ply"));
     makeFile(path, "earlier");
     const PointCloud cloud = pointsOfBall(points, 20, 0);
-    // No file may grow beyond that, which fails as a full disk does.
-    struct rlimit before;
-    QCOMPARE(::getrlimit(RLIMIT_FSIZE, &before), 0);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    struct rlimit limit = before;
-    limit.rlim_cur = rlim_t(room);
-    QCOMPARE(::setrlimit(RLIMIT_FSIZE, &limit), 0);
-    const std::string text =
-        thrownBy([&] { savePointCloud(cloud, path.toStdString(), PointCloudFormat::Ply); });
-    ::setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, handler);
+    std::string text;
+    {
+        const trovek::FileSizeLimit limit{rlim_t(room)};
+        text = thrownBy([&] { savePointCloud(cloud, path.toStdString(), PointCloudFormat::Ply); });
+    }
     QCOMPARE(text, "Other: Cannot write to " + path.toStdString() + ": File too large");
     QCOMPARE(contents(path), QByteArray("earlier"));
     QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), 1);

@@ -1,5 +1,6 @@
 #include "scanner_world.h"
 #include "service/raw_client.h"
+#include "support/file_size_limit.h"
 #include "support/thrown_text.h"
 
 #include <service/geometry/point_cloud_file.h>
@@ -77,6 +78,8 @@ private slots:
     void refusesOutputs_data();
     void refusesOutputs();
     void aRefusedOutputKeepsItsContents();
+    void aFullDiskLeavesAnEmptyFile_data();
+    void aFullDiskLeavesAnEmptyFile();
     void aCloudBelongsToItsClient();
     void cloudsEndWithTheirClient();
     void requestsMayBeSentWithoutWaiting();
@@ -457,6 +460,33 @@ void tst_PointCloudMethods::aRefusedOutputKeepsItsContents()
     QCOMPARE(f.errorFrom("point_cloud_save", object("id", empty, "path", path, "format", "ply")),
              std::string("EmptyShapeError"));
     QCOMPARE(ServiceWorld::read(path), QByteArray("kept"));
+}
+
+void tst_PointCloudMethods::aFullDiskLeavesAnEmptyFile_data()
+{
+    QTest::addColumn<int>("points");
+
+    QTest::newRow("a large file") << 20000;
+    QTest::newRow("a small file") << 100;
+}
+
+void tst_PointCloudMethods::aFullDiskLeavesAnEmptyFile()
+{
+#ifdef Q_OS_UNIX
+    QFETCH(int, points);
+    Fixture f;
+    const int id = f.upload(ballPoints(25, {}, points));
+    const std::string path = f.world.emptyFile(QStringLiteral("out.ply"));
+    const Json::Value params = object("id", id, "path", path, "format", "ply");
+    {
+        const FileSizeLimit limit(1000);
+        QCOMPARE(thrownText([&] { f.call("point_cloud_save", params); }),
+                 "Cannot write to " + path + ": File too large");
+    }
+    QCOMPARE(QFile(QString::fromStdString(path)).size(), qint64(0));
+    QCOMPARE(f.errorFrom("point_cloud_save", params), std::string());
+    QCOMPARE(geometry::loadPointCloud(path).positions.size(), std::size_t(points));
+#endif
 }
 
 void tst_PointCloudMethods::aCloudBelongsToItsClient()
