@@ -53,7 +53,7 @@ public slots:
      * @param defaultMachine selected at first; may be null, or one that has gone meanwhile
      */
     void showMakeThingDialog(const QString& fileToPrint,
-                             trovek::SlicerConfiguration::Extruder extrudersUsedInInputFile,
+                             SlicerConfiguration::Extruder extrudersUsedInInputFile,
                              QSettings* const settings, const Printer* const defaultMachine,
                              const QString& initialDefaultExportPath, bool allowCboExport,
                              QWidget* parent);

@@ -26,6 +26,7 @@ namespace {
 
 void bringToFront(QWidget* window)
 {
+    window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
     window->show();
     window->raise();
     window->activateWindow();

@@ -5,6 +5,7 @@
 #include <trovek-ui/control_panel.h>
 #include <trovek-ui/direct_controls_dialog.h>
 #include <trovek-ui/export_job_mover.h>
+#include <trovek-ui/extruder_label.h>
 #include <trovek-ui/firmware_upload_dialog.h>
 #include <trovek-ui/machine_combo_box.h>
 #include <trovek-ui/make_gcode_dialog.h>
@@ -16,10 +17,14 @@
 #include <trovek/wire.h>
 
 #include <QFile>
+#include <QFileDialog>
+#include <QLabel>
+#include <QMetaMethod>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 #include <memory>
 
@@ -45,6 +50,19 @@ QList<Window*> windows()
     return found;
 }
 
+/** Counts how often a window is raised above the others. */
+class Raises : public QObject
+{
+public:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        count += event->type() == QEvent::ZOrderChange ? 1 : 0;
+        return QObject::eventFilter(watched, event);
+    }
+
+    int count = 0;
+};
+
 void deletePostedNow()
 {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -57,13 +75,17 @@ class tst_WidgetFactory : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase() { QApplication::setAttribute(Qt::AA_DontUseNativeDialogs); }
     void init();
     void cleanup();
 
+    void declaresItsSlotsInTheirOrder();
     void hasOneControlPanel();
     void opensANewControlPanelAfterTheOldIsClosed();
     void hasOneWindowAPrinter_data();
     void hasOneWindowAPrinter();
+    void bringsAMinimizedWindowBack_data();
+    void bringsAMinimizedWindowBack();
     void opensANewWindowAfterTheOldIsClosed_data();
     void opensANewWindowAfterTheOldIsClosed();
     void doesNotShowAClosedWindowAgain_data();
@@ -76,6 +98,8 @@ private slots:
     void looksAgainAfterPreferencesWereMade();
     void runsTheMakeDialogs_data();
     void runsTheMakeDialogs();
+    void handsOverWhatTheMakeDialogsNeed_data();
+    void handsOverWhatTheMakeDialogsNeed();
     void preselectsAMachineByItsKey();
     void preselectsNoMachineThatHasGone();
     void survivesMissingSettings();
@@ -120,6 +144,7 @@ private:
         QTest::newRow("firmware upload") << int(Firmware);
     }
 
+    Raises m_raises;
     std::unique_ptr<TestLog> m_log;
     std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<QSettings> m_settings;
@@ -169,6 +194,29 @@ void tst_WidgetFactory::cleanup()
     m_log.reset();
 }
 
+void tst_WidgetFactory::declaresItsSlotsInTheirOrder()
+{
+    // A host may connect by these texts.
+    QStringList signatures;
+    const QMetaObject& meta = WidgetFactory::staticMetaObject;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
+        signatures.append(QString::fromLatin1(meta.method(i).methodSignature()));
+    const QByteArray thing = QMetaObject::normalizedSignature(
+        "showMakeThingDialog(const QString&, SlicerConfiguration::Extruder, QSettings* const, "
+        "const Printer* const, const QString&, bool, QWidget*)");
+    const QByteArray gcode = QMetaObject::normalizedSignature(
+        "showMakeGCodeDialog(const QString&, QSettings* const, const Printer* const, "
+        "const QString&, bool, QWidget*)");
+    QCOMPARE(signatures,
+             QStringList({text("showControlPanel(QWidget*)"), text(thing), text(gcode),
+                          text("showFirmwareUploadDialog(Printer*,QWidget*)"),
+                          text("showOnboardPreferences(Printer*,QWidget*)"),
+                          text("showDirectControls(Printer*,QWidget*)"),
+                          text("unfinishedExportJobs()"), text("controlPanelDestroyed(QObject*)"),
+                          text("onboardPreferencesDestroyed(QObject*)"),
+                          text("firmwareUploadDialogDestroyed(QObject*)")}));
+}
+
 void tst_WidgetFactory::hasOneControlPanel()
 {
     QWidget parent;
@@ -184,6 +232,8 @@ void tst_WidgetFactory::hasOneControlPanel()
     QTRY_VERIFY(panel->isActiveWindow());
     m_factory->showControlPanel(nullptr);
     delete panel;
+    m_factory->showControlPanel(nullptr);
+    QCOMPARE(windows<ControlPanel>().size(), 1);
 }
 
 void tst_WidgetFactory::opensANewControlPanelAfterTheOldIsClosed()
@@ -217,6 +267,36 @@ void tst_WidgetFactory::hasOneWindowAPrinter()
     open(which);
     QCOMPARE(opened(which).size(), 2);
     QTRY_VERIFY(first->isActiveWindow());
+}
+
+void tst_WidgetFactory::bringsAMinimizedWindowBack_data()
+{
+    addKinds();
+}
+
+void tst_WidgetFactory::bringsAMinimizedWindowBack()
+{
+    QFETCH(int, kind);
+    const auto which = static_cast<Kind>(kind);
+    const auto minimize = [this](QWidget* window) {
+        window->showMinimized();
+        window->installEventFilter(&m_raises);
+        m_raises.count = 0;
+        return window->isMinimized();
+    };
+    open(which);
+    QDialog* const window = opened(which).first();
+    QVERIFY(minimize(window));
+    open(which);
+    QVERIFY(!window->isMinimized());
+    QCOMPARE(m_raises.count, 1);
+
+    m_factory->showControlPanel(nullptr);
+    ControlPanel* const panel = windows<ControlPanel>().first();
+    QVERIFY(minimize(panel));
+    m_factory->showControlPanel(nullptr);
+    QVERIFY(!panel->isMinimized());
+    QCOMPARE(m_raises.count, 1);
 }
 
 void tst_WidgetFactory::opensANewWindowAfterTheOldIsClosed_data()
@@ -321,6 +401,7 @@ void tst_WidgetFactory::takesNoPrinter()
 {
     m_factory->showDirectControls(nullptr, nullptr);
     QVERIFY(m_log->contains("No printer for direct controls", 0));
+    QCOMPARE(m_log->sink().entries().back().file, std::string("src\\core\\widget_factory"));
     QVERIFY(opened(DirectControls).isEmpty());
     m_factory->showFirmwareUploadDialog(nullptr, nullptr);
     QCOMPARE(opened(Firmware).size(), 1);
@@ -389,6 +470,62 @@ void tst_WidgetFactory::runsTheMakeDialogs()
     QVERIFY(wasShown);
     deletePostedNow();
     QVERIFY(parent.findChildren<MakeDialog*>().isEmpty());
+}
+
+void tst_WidgetFactory::handsOverWhatTheMakeDialogsNeed_data()
+{
+    QTest::addColumn<bool>("isModel");
+    QTest::addColumn<bool>("allowsCbo");
+    QTest::newRow("model") << true << false;
+    QTest::newRow("model, exports for the old Cubio") << true << true;
+    QTest::newRow("G-code") << false << false;
+    QTest::newRow("G-code, exports for the old Cubio") << false << true;
+}
+
+void tst_WidgetFactory::handsOverWhatTheMakeDialogsNeed()
+{
+    QFETCH(bool, isModel);
+    QFETCH(bool, allowsCbo);
+    QSignalSpy added(m_facade.get(), &TrovekQt::printerAdded);
+    const Printer::Data archetype = ScriptedService::archetype(Printer::CubioSingle);
+    m_service->addPrinter(archetype);
+    QTRY_COMPARE(added.count(), 1);
+    const Printer* const cbo = m_facade->printerFromKey(archetype.key);
+    const QString file = m_folder->filePath(text("part.gcode"));
+    QVERIFY(QFile(file).open(QIODevice::WriteOnly));
+    const auto extruder = allowsCbo ? SlicerConfiguration::Right : SlicerConfiguration::Left;
+    QString exportDir;
+    ModalDriver driver;
+    driver.expect([&](QDialog* dialog) {
+        const Printer* const machine = dialog->findChild<MachineComboBox*>()->machine();
+        QCOMPARE(machine == cbo, allowsCbo);
+        if (isModel) {
+            QCOMPARE(dialog->findChild<ExtruderLabel*>()->findChild<QLabel*>(text("value"))->text(),
+                     allowsCbo ? QString() : text("Left"));
+        }
+        if (allowsCbo)
+            QTimer::singleShot(0, dialog->findChild<QPushButton*>(text("mainButton")),
+                               &QPushButton::click);
+        else
+            dialog->reject();
+    });
+    if (allowsCbo) {
+        driver.expect<QFileDialog>([&](QFileDialog* save) {
+            exportDir = save->directory().path();
+            save->reject();
+            // Without a window manager nobody gives the focus back to the dialog below.
+            QTimer::singleShot(0, windows<MakeDialog>().first(), &QDialog::reject);
+        });
+    }
+    if (isModel) {
+        m_factory->showMakeThingDialog(file, extruder, m_settings.get(), cbo, m_folder->path(),
+                                       allowsCbo, nullptr);
+    } else {
+        m_factory->showMakeGCodeDialog(file, m_settings.get(), cbo, m_folder->path(), allowsCbo,
+                                       nullptr);
+    }
+    QVERIFY(driver.isDone());
+    QCOMPARE(exportDir, allowsCbo ? m_folder->path() : QString());
 }
 
 void tst_WidgetFactory::preselectsAMachineByItsKey()
