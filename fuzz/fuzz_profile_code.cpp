@@ -11,13 +11,14 @@ namespace {
 
 bool hasBracesOutsideComments(const std::string& text)
 {
-    bool isComment = false;
+    // What ends the comment besides the line; 0 outside of one.
+    char inside = 0;
     for (const char c : text) {
-        if (c == '\n' || c == '\r')
-            isComment = false;
-        else if (c == ';')
-            isComment = true;
-        else if ((c == '{' || c == '}') && !isComment)
+        if (c == '\n' || c == '\r' || (c == ')' && inside == ')'))
+            inside = 0;
+        else if (inside == 0 && (c == ';' || c == '('))
+            inside = c == ';' ? '\n' : ')';
+        else if (inside == 0 && (c == '{' || c == '}'))
             return true;
     }
     return false;
