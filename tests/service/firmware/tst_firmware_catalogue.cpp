@@ -8,6 +8,7 @@
 #include <service/firmware/firmware_source.h>
 #include <service/gcode/machine_definition.h>
 #include <service/onboard/onboard_map.h>
+#include <trovek/text.h>
 
 #include <QTest>
 
@@ -69,6 +70,8 @@ void tst_FirmwareCatalogue::offersWhatItsEntriesSay()
     folder.add("fabrino_2", Printer::Fabrino2, "7.6", "Warm.  Quiet.");
     folder.add("cubio", Printer::CubioSingle, "4.1");
     folder.add("fabrino_2", Printer::Fabrino2, "7.10");
+    Json::Value& hash = folder.index["firmware"][0]["sha256"];
+    hash = toStdString(toQString(hash.asString()).toUpper());
 
     const FirmwareCatalogue catalogue = catalogueOf(folder);
 
