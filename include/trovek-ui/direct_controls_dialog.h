@@ -37,6 +37,9 @@ public:
     DirectControlsDialog(TrovekQt& facade, const MachineName& machine, QWidget* parent = nullptr);
     ~DirectControlsDialog() override;
 
+protected:
+    bool event(QEvent* event) override;
+
 private slots:
     void slotHome();
     /** Shows what to do, waits for the machine, and says that it is done. */

@@ -12,6 +12,7 @@
 #include <trovek/printer.h>
 #include <trovek/text.h>
 
+#include <QEvent>
 #include <QGridLayout>
 #include <QLabel>
 #include <QPointer>
@@ -129,6 +130,15 @@ void DirectControlsDialog::sanitize()
         m_status->setText(tr("Status: Idle"));
     else
         m_status->setText(tr("Status: Busy"));
+}
+
+bool DirectControlsDialog::event(QEvent* event)
+{
+    const bool isHandled = QDialog::event(event);
+    // A notice of several lines makes the window no higher by itself, and would cut the picture.
+    if (event->type() == QEvent::LayoutRequest)
+        resize(width(), qMax(height(), heightForWidth(width())));
+    return isHandled;
 }
 
 void DirectControlsDialog::slotHome()

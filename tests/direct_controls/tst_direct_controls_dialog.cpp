@@ -53,6 +53,8 @@ private slots:
     void homes();
     void showsWhatItWaitsFor();
     void tellsWhyHomingFailed();
+    void hasRoomForALongNotice_data();
+    void hasRoomForALongNotice();
     void stopsItsJogBeforeHoming();
     void calibrates();
     void tellsWhyCalibratingFailed();
@@ -214,6 +216,41 @@ void tst_DirectControlsDialog::tellsWhyHomingFailed()
     QVERIFY(child(dialog, "home")->isEnabled());
     press(dialog, "home");
     QVERIFY(text(dialog, "notice").isEmpty());
+}
+
+void tst_DirectControlsDialog::hasRoomForALongNotice_data()
+{
+    QTest::addColumn<QByteArray>("method");
+    QTest::addColumn<QByteArray>("button");
+
+    QTest::newRow("of a script") << QByteArray("home") << QByteArray("home");
+    QTest::newRow("of the extruders") << QByteArray("jog") << QByteArray("load");
+}
+
+void tst_DirectControlsDialog::hasRoomForALongNotice()
+{
+    QFETCH(QByteArray, method);
+    QFETCH(QByteArray, button);
+    TestLog log;
+    log.expectError("very long");
+    DirectWorld world(Printer::Fabrino2);
+    DirectControlsDialog dialog(world.facade, world.name());
+    dialog.show();
+    std::string reason;
+    for (int i = 0; i < 30; ++i)
+        reason += "very long ";
+    world.service.failNext(method.toStdString(), JsonRpcException(reason));
+
+    press(dialog, button);
+    QCoreApplication::sendPostedEvents();
+
+    for (const QLabel* label : dialog.findChildren<QLabel*>()) {
+        if (!label->isVisible())
+            continue;
+        const int needed = label->wordWrap() ? label->heightForWidth(label->width())
+                                             : label->minimumSizeHint().height();
+        QVERIFY2(label->height() >= needed, qPrintable(label->objectName()));
+    }
 }
 
 void tst_DirectControlsDialog::stopsItsJogBeforeHoming()
