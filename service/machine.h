@@ -83,6 +83,8 @@ public:
 
     /** Waits for nothing; call it when something was changed from outside. */
     void update();
+    /** Emits changed() for what is held back, if there is anything. */
+    void tell();
 
 signals:
     void attached();
@@ -95,8 +97,6 @@ signals:
     void changed();
 
 private:
-    void tell();
-
     const MachineDefinition& m_definition;
     const QString m_folder;
     const std::unique_ptr<MachineDriver> m_driver;

@@ -196,6 +196,9 @@ void Service::Private::addMethods()
 
 Json::Value Service::Private::subscribe(Client& client)
 {
+    // A temperature that is in the result but was told to nobody would never be taken back.
+    for (const auto& machine : machines.machines())
+        machine->tell();
     // What has happened before is in the result, and must not be told a second time.
     flush();
     client.subscribe();

@@ -35,6 +35,7 @@ private slots:
     void anotherFirmwareComesWithAnotherPlugging();
     void firmwareCannotBeExchangedWhileItRuns();
     void twoClientsSeeTheSame();
+    void aClientThatComesBetweenTwoChangesSeesTheSame();
 };
 
 namespace {
@@ -462,6 +463,32 @@ void tst_ServiceMachines::twoClientsSeeTheSame()
     QVERIFY(printer(third, ServiceWorld::kMachine) != nullptr);
     QCOMPARE(third.printers().front()->key().name(), std::string(ServiceWorld::kMachine));
     QTRY_COMPARE(eventsOf(third, "").size(), std::size_t(9));
+}
+
+void tst_ServiceMachines::aClientThatComesBetweenTwoChangesSeesTheSame()
+{
+    TestLog log;
+    ServiceWorld world;
+    world.start();
+    RecordingTrovek first;
+    first.connectToDaemon(world.address());
+    ServiceWorld::openMachine(first);
+    const MachineName key(ServiceWorld::kMachine);
+    const auto targetSeenBy = [&key](const Trovek& client) {
+        return client.printerFromKey(key)->toolheadTargetTemperature().at(0);
+    };
+    // Below room temperature, so that nothing else changes: told, held back, and taken back.
+    first.setToolheadTemperature(key, Printer::RightToolhead, 1);
+    QTRY_COMPARE(targetSeenBy(first), 1);
+    first.setToolheadTemperature(key, Printer::RightToolhead, 2);
+    RecordingTrovek second;
+    second.connectToDaemon(world.address());
+    QCOMPARE(targetSeenBy(second), 2);
+
+    first.setToolheadTemperature(key, Printer::RightToolhead, 1);
+
+    QTRY_COMPARE(targetSeenBy(second), 1);
+    QTRY_COMPARE(targetSeenBy(first), 1);
 }
 
 QTEST_GUILESS_MAIN(tst_ServiceMachines)
