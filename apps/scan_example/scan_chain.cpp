@@ -7,6 +7,7 @@
 
 #include <service/geometry/mesh_file.h>
 #include <service/geometry/point_cloud_file.h>
+#include <service/geometry/whole_file.h>
 #include <trovek/log.h>
 #include <trovek/text.h>
 
@@ -326,19 +327,21 @@ void ScanChain::reconstruct(Next next)
 
 void ScanChain::save(Next next)
 {
-    // The service writes into files that its client made.
-    QFile file(m_file);
-    if (!file.open(QIODevice::WriteOnly))
-        throw std::runtime_error(
-            trovek::toStdString(tr("Cannot write to %1: %2").arg(m_file, file.errorString())));
-    file.close();
+    // Into a file of ours first: what the user has there stays when the service fails.
+    const QString path = emptyFile(QStringLiteral("model"));
     request<mesh_save>(
-        [this](auto& saving) {
+        [&](auto& saving) {
             saving.setId(m_meshId);
-            saving.setPath(trovek::toStdString(QFileInfo(m_file).absoluteFilePath()));
+            saving.setPath(trovek::toStdString(path));
             saving.setFormat(trovek::toStdString(QFileInfo(m_file).suffix().toLower()));
         },
-        std::move(next));
+        [this, path, next] {
+            const std::string model = trovek::geometry::readWholeFile(trovek::toStdString(path));
+            trovek::geometry::replaceFile(
+                trovek::toStdString(QFileInfo(m_file).absoluteFilePath()),
+                [&model](const auto& sink) { sink(model.data(), model.size()); });
+            next();
+        });
 }
 
 void ScanChain::fetchClouds(std::size_t index, Next next)

@@ -192,6 +192,23 @@ void tst_ScanWindow::asksWhereToSave()
     QTest::mouseClick(&f.window.button(ScanChain::Save), Qt::LeftButton);
     QTRY_COMPARE(f.window.chain().stepsDone(), int(ScanChain::kSteps));
     QVERIFY(isClosed(geometry::loadMesh(toStdString(path) + ".stl")));
+    // What is there stays when saving fails.
+    const QString other = toQString(f.world.writeFile(QStringLiteral("model.3mf"), "earlier"));
+    QSignalSpy failures(&f.window.chain(), &ScanChain::stepFailed);
+    f.window.chain().setFile(other);
+    f.window.chain().start(ScanChain::Save);
+    QTRY_COMPARE(failures.count(), 1);
+    QFile earlier(other);
+    QVERIFY(earlier.open(QIODevice::ReadOnly));
+    QCOMPARE(earlier.readAll(), QByteArray("earlier"));
+    f.window.chain().setFile(QStringLiteral("/nowhere/model.stl"));
+    f.log.expectError("Cannot write to /nowhere/model.stl: No such file or directory");
+    f.window.chain().start(ScanChain::Save);
+    QTRY_COMPARE(f.status(), QStringLiteral("7 Save…: Cannot write to /nowhere/model.stl: "
+                                            "No such file or directory"));
+    f.window.chain().setFile(path + QStringLiteral(".stl"));
+    f.window.chain().start(ScanChain::Save);
+    QTRY_COMPARE(f.window.chain().stepsDone(), int(ScanChain::kSteps));
     // Who changes their mind saves nothing.
     QTimer::singleShot(0, [&] { f.window.findChild<QFileDialog*>()->reject(); });
     QTest::mouseClick(&f.window.button(ScanChain::Save), Qt::LeftButton);
