@@ -7,11 +7,14 @@
 
 #include <limits>
 #include <optional>
+#include <string>
+#include <vector>
 
 using namespace trovek;
 using namespace trovek::service;
 
 Q_DECLARE_METATYPE(std::string)
+Q_DECLARE_METATYPE(std::vector<std::string>)
 
 namespace {
 
@@ -85,6 +88,9 @@ private slots:
     void theBedIsTheBuildVolume_data();
     void theBedIsTheBuildVolume();
     void nothingElseRunsOrSpeaks();
+    void nothingElseIsPrinted();
+    void speedsFollowThePrintSpeed_data();
+    void speedsFollowThePrintSpeed();
     void valuesStandForEachTool();
 };
 
@@ -466,6 +472,45 @@ void tst_SliceSettings::nothingElseRunsOrSpeaks()
         QCOMPARE(option(slice(), key), std::string("\"\""));
     QCOMPARE(option(slice(), "layer_gcode"), std::string("G92 E0"));
     QCOMPARE(option(slice(), "gcode_flavor"), std::string("marlin"));
+}
+
+void tst_SliceSettings::nothingElseIsPrinted()
+{
+    for (const char* key : {"extra_perimeters", "solid_infill_below_area", "skirts", "brim_width",
+                            "wipe_tower", "ooze_prevention", "support_material_with_sheath"})
+        QCOMPARE(option(slice(), key), std::string("0"));
+}
+
+void tst_SliceSettings::speedsFollowThePrintSpeed_data()
+{
+    QTest::addColumn<std::string>("speed");
+    QTest::addColumn<std::vector<std::string>>("keys");
+
+    const auto row = [](const char* what, const char* speed, std::vector<std::string> keys) {
+        QTest::newRow(what) << std::string(speed) << std::move(keys);
+    };
+    row("the highest", "80",
+        {"perimeter_speed", "infill_speed", "solid_infill_speed", "support_material_speed",
+         "max_print_speed"});
+    row("half of it", "40", {"small_perimeter_speed", "gap_fill_speed"});
+    row("what is seen", "48",
+        {"external_perimeter_speed", "top_solid_infill_speed", "support_material_interface_speed"});
+    row("over nothing", "50", {"bridge_speed"});
+    row("on the platform", "30", {"first_layer_speed", "first_layer_speed_over_raft"});
+}
+
+void tst_SliceSettings::speedsFollowThePrintSpeed()
+{
+    QFETCH(std::string, speed);
+    QFETCH(std::vector<std::string>, keys);
+    const BareSlice fast = changed([](SlicerConfiguration& asked) { asked.setPrintSpeed(80); });
+    const BareSlice slow = changed([](SlicerConfiguration& asked) { asked.setPrintSpeed(10); });
+
+    for (const std::string& key : keys) {
+        QCOMPARE(option(fast, key), speed);
+        // Nothing is faster than what was asked for.
+        QVERIFY(std::stod(option(slow, key)) <= 10);
+    }
 }
 
 void tst_SliceSettings::valuesStandForEachTool()
