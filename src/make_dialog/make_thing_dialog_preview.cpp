@@ -49,8 +49,6 @@ void MakeThingDialog::makeOrExportRequested()
     try {
         slicePreview();
     } catch (...) {
-        if (self)
-            d->slice.removeFile();
         reportStartError(self);
     }
 }
@@ -64,8 +62,12 @@ void MakeThingDialog::slicePreview()
         return;
     d->previewedMachine = *machine;
     const Job::ID job = startPrintPreviewSlice(d->slice.createFile());
-    if (job == Job::kInvalidID || self.isNull())
+    if (self.isNull())
         return;
+    if (job == Job::kInvalidID) {
+        d->slice.removeFile();
+        return;
+    }
     showPreviewProgress(QString(), 0);
     d->slice.watch(job);
 }
