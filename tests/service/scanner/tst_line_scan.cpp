@@ -59,6 +59,7 @@ class tst_LineScan : public QObject
     Q_OBJECT
 
 private slots:
+    void everyPointIsLitAndSeen_data();
     void everyPointIsLitAndSeen();
     void eachLaserLightsItsPlane();
     void aWallHidesWhatIsBehindIt();
@@ -76,9 +77,21 @@ private slots:
     void aServiceDoesNotStartWithBadSettings();
 };
 
+void tst_LineScan::everyPointIsLitAndSeen_data()
+{
+    QTest::addColumn<bool>("hasPost");
+
+    QTest::newRow("a model by itself") << false;
+    QTest::newRow("a ball behind a post, past which the lasers shine") << true;
+}
+
 void tst_LineScan::everyPointIsLitAndSeen()
 {
-    const RayCaster model(defaultModel());
+    QFETCH(bool, hasPost);
+    Mesh post = cube(1);
+    for (Vector& vertex : post.vertices)
+        vertex = {6 * vertex.x - 3, 10 * vertex.y - 130, 90 * vertex.z};
+    const RayCaster model(hasPost ? both(ball(20, {0, 0, 25}), post) : defaultModel());
     LineScan scan = exactScan(1);
     const auto toTable = scan.scanner.truth.turntable->toCamera(0).inverse();
     for (const Laser laser : {kLeftLaser, kRightLaser}) {
