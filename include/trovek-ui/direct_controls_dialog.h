@@ -49,6 +49,7 @@ private:
     void layOut();
     void showMachine();
     void sanitize();
+    void stopJog();
     /** @return false when it failed; the log and the dialog say why */
     bool runScript(const QString& title, const std::function<void()>& script);
 

@@ -152,17 +152,24 @@ void DirectControlsDialog::slotCalibrateCBO()
         TROVEK_LOG(0) << "Calibration only for CBOs" << std::endl;
         return;
     }
+    // Nobody could press "Stop" while the message is shown.
+    stopJog();
     const QPointer<DirectControlsDialog> self(this);
     message::CBOCalibrationStart(this).exec();
     if (self && runScript(tr("Cubio Calibration"), [this] { m_facade.cboCalibration(m_machine); }))
         message::CBOCalibrationDone(this).exec();
 }
 
+void DirectControlsDialog::stopJog()
+{
+    if (m_extruders->isJogging())
+        m_extruders->slotStopJogging();
+}
+
 bool DirectControlsDialog::runScript(const QString& title, const std::function<void()>& script)
 {
     // One job at a time runs on a machine.
-    if (m_extruders->isJogging())
-        m_extruders->slotStopJogging();
+    stopJog();
     m_notice->setText(title);
     m_notice->repaint();
     try {

@@ -57,6 +57,7 @@ private slots:
     void hasRoomForALongNotice();
     void stopsItsJogBeforeHoming();
     void calibrates();
+    void stopsItsJogBeforeItAsks();
     void tellsWhyCalibratingFailed();
     void calibratesOnlyCbos();
     void survivesItsEndWhileItAsks();
@@ -294,6 +295,28 @@ void tst_DirectControlsDialog::calibrates()
     QCOMPARE(titles, QStringList(QStringLiteral("Cubio Calibration")));
     QCOMPARE(before, QStringList());
     QCOMPARE(between, QStringList(QStringLiteral("cbo_calibration")));
+}
+
+void tst_DirectControlsDialog::stopsItsJogBeforeItAsks()
+{
+    TestLog log;
+    DirectWorld world(Printer::CubioSingle);
+    const DirectControlsDialog dialog(world.facade, world.name());
+    press(dialog, "load");
+    const int id = world.service.lastJobID();
+    world.takeRequests();
+    ModalDriver driver;
+    QStringList before;
+    driver.expect([&](QDialog* box) {
+        before = world.takeRequests();
+        box->reject();
+    });
+    driver.expect([](QDialog* box) { box->reject(); });
+
+    press(dialog, "calibrate");
+
+    QCOMPARE(before, QStringList(QStringLiteral("cancel %1").arg(id)));
+    QCOMPARE(world.takeRequests(), QStringList(QStringLiteral("cbo_calibration")));
 }
 
 void tst_DirectControlsDialog::tellsWhyCalibratingFailed()
