@@ -36,13 +36,17 @@ private slots:
     void keepsThePartsOfA3mf();
     void dropsToolsWhereAllPartsHaveOne();
     void dropsToolsPaintedOnA3mf();
+    void findsPaintThatLiesInTwoPieces();
     void leavesSettingsOutOfAnAmf_data();
     void leavesSettingsOutOfAnAmf();
     void readsAPackedAmf();
+    void readsAnAmfOfManyElements();
     void refusesWhatIsNone_data();
     void refusesWhatIsNone();
     void refusesAnArchiveThatIsCutAnywhere();
     void survivesAnyWrongByteOfAnArchive();
+    void unpacksNoMoreThanAnArchiveTells();
+    void refusesWhatStandsBehindAPackedFile();
     void stopsWhenItIsCanceled_data();
     void stopsWhenItIsCanceled();
     void aFullDiskIsTold();
@@ -100,6 +104,36 @@ std::vector<std::pair<QByteArray, QByteArray>> filesOf(QByteArray archive)
 QByteArray nothingLeft(QByteArray bytes, const QByteArray& part)
 {
     return bytes.contains(part) ? bytes : QByteArray();
+}
+
+/** The archive, with one of its directory's numbers changed for all files. */
+QByteArray withNumber(QByteArray archive, int offset, quint32 number, int bytes = 4)
+{
+    const quint32 little = qToLittleEndian(number);
+    for (int at = 0; (at = archive.indexOf("PK\1\2", at)) >= 0; at += 4)
+        archive.replace(at + offset, bytes, reinterpret_cast<const char*>(&little), bytes);
+    return archive;
+}
+
+/** One file, deflated, with something behind it; says nothing true of its size. */
+QByteArray packedZip(const QByteArray& bytes, const QByteArray& behind)
+{
+    // Without the length, the header and the sum that stand around it.
+    QByteArray packed = qCompress(bytes).mid(6);
+    packed.chop(4);
+    return withNumber(zipOf({{"a.amf", packed + behind}}), 10, 8, 2);
+}
+
+std::string textOfReading(QByteArray archive, qint64* taken)
+{
+    QBuffer buffer(&archive);
+    buffer.open(QIODevice::ReadOnly);
+    ZipReader reader(buffer);
+    *taken = 0;
+    return thrownText([&] {
+        reader.read(reader.entries().front(),
+                    [taken](const char*, qint64 size) { *taken += size; });
+    });
 }
 
 const char kPartSettings[] = "Metadata/Slic3r_PE_model.config";
@@ -326,6 +360,20 @@ void tst_ModelFile::dropsToolsPaintedOnA3mf()
     QCOMPARE(dropped.bytes(kBlock.threeMf(), "b.3mf"), kept.bytes(kBlock.threeMf(), "b.3mf"));
 }
 
+void tst_ModelFile::findsPaintThatLiesInTwoPieces()
+{
+    constexpr int kPieceBytes = 1 << 18;
+    QByteArray shape = "<model><!--";
+    shape += QByteArray(kPieceBytes - shape.size() - 8, 'x') + "mmu_segmentation--></model>";
+    Copy dropped;
+    dropped.tools = PartTools::Dropped;
+
+    const auto files = filesOf(dropped.bytes(zipOf({{"3D/a.model", shape}}), "a.3mf"));
+
+    QVERIFY(!files[0].second.contains("mmu_segmentation"));
+    QCOMPARE(files[0].second.size(), shape.size());
+}
+
 void tst_ModelFile::leavesSettingsOutOfAnAmf_data()
 {
     QTest::addColumn<QByteArray>("metadata");
@@ -384,6 +432,14 @@ void tst_ModelFile::readsAPackedAmf()
              QStringList(QStringLiteral("model.amf")));
 }
 
+void tst_ModelFile::readsAnAmfOfManyElements()
+{
+    const QByteArray name = "<metadata type=\"name\">x</metadata>";
+    Copy copy;
+
+    QCOMPARE(copy.bytes(kBlock.amf(name.repeated(500)), "a.amf").count(name), 500);
+}
+
 void tst_ModelFile::refusesWhatIsNone_data()
 {
     QTest::addColumn<QByteArray>("name");
@@ -424,6 +480,17 @@ void tst_ModelFile::refusesWhatIsNone_data()
     for (int at = 0; (at = large.indexOf("PK\1\2", at)) >= 0; at += 4)
         large.replace(at + 24, 4, "\xff\xff\xff\x8f", 4);
     QTest::newRow("above 2 GiB") << QByteArray("a.3mf") << large << cannot + "it is too large";
+    QTest::newRow("an AMF above 2 GiB")
+        << QByteArray("a.amf") << withNumber(zipOf({{"a.amf", kBlock.amf()}}), 24, 0x8fffffff)
+        << cannot + "it is too large";
+    QTest::newRow("parts above 64 MiB")
+        << QByteArray("a.3mf")
+        << withNumber(zipOf({{kPartSettings, "<config/>"}}), 24, (64 << 20) + 1)
+        << cannot + "it is too large";
+    QTest::newRow("more than ten thousand files")
+        << QByteArray("a.3mf")
+        << zipOf(std::vector<std::pair<QByteArray, QByteArray>>(10001, {"3D/a.model", "x"}))
+        << cannot + "it is too large";
     // Ten thousand of these would fill a disk from a file of a few megabytes.
     QByteArray shared = kBlock.threeMf();
     for (int at = 0; (at = shared.indexOf("PK\1\2", at)) >= 0; at += 4) {
@@ -479,6 +546,27 @@ void tst_ModelFile::survivesAnyWrongByteOfAnArchive()
                 QCOMPARE(read[i].second, files[i].second);
         }
     }
+}
+
+void tst_ModelFile::unpacksNoMoreThanAnArchiveTells()
+{
+    const QByteArray bomb = packedZip(QByteArray(64 << 20, 'x'), QByteArray());
+    QVERIFY(bomb.size() < (1 << 17));
+    qint64 taken = 0;
+
+    QCOMPARE(textOfReading(withNumber(bomb, 24, 1000), &taken), std::string("it is damaged"));
+
+    QCOMPARE(taken, qint64(0));
+}
+
+void tst_ModelFile::refusesWhatStandsBehindAPackedFile()
+{
+    const QByteArray text(1000, 'x');
+    qint64 taken = 0;
+
+    QCOMPARE(textOfReading(withNumber(packedZip(text, "more"), 24, 1000), &taken),
+             std::string("it is damaged"));
+    QCOMPARE(taken, qint64(1000));
 }
 
 void tst_ModelFile::stopsWhenItIsCanceled_data()
