@@ -169,11 +169,6 @@ std::optional<std::string> FirmwareUploadDialog::Private::findMachine() const
 void FirmwareUploadDialog::Private::fillVersions()
 {
     const std::set<FirmwareVersion> offered = facade.getMachineVersions(machine, printer->type());
-    // What the user has chosen of an earlier list stays chosen; else it is the newest.
-    const int chosen = pages.versions->currentIndex();
-    const bool hasChosen = chosen >= 0 && chosen + 1 < int(versions.size());
-    const std::string kept = hasChosen ? versions[std::size_t(chosen)].str() : std::string();
-
     versions.assign(offered.begin(), offered.end());
     noFirmware = versions.empty();
     pages.showError(QString());
@@ -187,10 +182,8 @@ void FirmwareUploadDialog::Private::fillVersions()
         pages.versions->clear();
         for (const FirmwareVersion& version : versions)
             pages.versions->addItem(firmwareVersionToString(version));
-        const auto same = std::find_if(versions.begin(), versions.end(),
-                                       [&](const auto& v) { return hasChosen && v.str() == kept; });
-        pages.versions->setCurrentIndex(same == versions.end() ? int(versions.size()) - 1
-                                                               : int(same - versions.begin()));
+        // The newest, also when the machine was away: it may have come back with another version.
+        pages.versions->setCurrentIndex(int(versions.size()) - 1);
     }
     q->versionChanged(pages.versions->currentIndex());
 }
