@@ -315,6 +315,10 @@ void tst_PointCloudMethods::refusesBadParameters_data()
         R"({"id":1,"target":1,"points":[[0,0,0],[1e308,0,0],[0,1e308,0]],
             "target_points":[[0,0,0],[1,0,0],[0,1,0]]})",
         "GeometryError");
+    row("align so that the error is no number", "point_cloud_coarse_alignment",
+        R"({"id":1,"target":1,"points":[[1,0,0],[-1,0,0],[0,1,0],[0,-1,0]],
+            "target_points":[[1e160,0,0],[-1e160,0,0],[0,1e160,0],[0,-1e160,0]]})",
+        "GeometryError");
     row("align more points than targets", "point_cloud_coarse_alignment",
         R"({"id":1,"target":1,"points":[[0,0,0],[1,0,0],[0,1,0],[0,0,1]],
             "target_points":[[0,0,0],[1,0,0],[0,1,0]]})",
