@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/file_size_limit.h"
+
 #include <trovek-ui/machine_types.h>
 #include <trovek-ui/profile_list_model.h>
 
@@ -11,8 +13,6 @@
 #include <vector>
 
 #ifdef Q_OS_UNIX
-#include <csignal>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #endif
@@ -163,26 +163,6 @@ public:
 
 private:
     const bool m_wasRoot;
-};
-
-/** No file grows beyond so many bytes for a while, as on a disk that is nearly full. */
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        ::getrlimit(RLIMIT_FSIZE, &m_earlier);
-        rlimit limit = m_earlier;
-        limit.rlim_cur = bytes;
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-    ~FileSizeLimit() { ::setrlimit(RLIMIT_FSIZE, &m_earlier); }
-
-private:
-    rlimit m_earlier;
 };
 #endif
 

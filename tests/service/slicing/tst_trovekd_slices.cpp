@@ -1,6 +1,7 @@
 #include "fake_slicer.h"
 #include "platform/trovek/recording_trovek.h"
 #include "service/daemon.h"
+#include "support/file_size_limit.h"
 #include "support/test_log.h"
 #include "support/thrown_text.h"
 
@@ -13,8 +14,6 @@
 #include <QTest>
 
 #include <csignal>
-
-#include <sys/resource.h>
 
 using namespace trovek;
 
@@ -90,29 +89,6 @@ struct Fixture
     FakeSlicer slicer;
     Daemon daemon;
     std::unique_ptr<RecordingTrovek> client;
-};
-
-/** What processes that are started meanwhile may write into one file. */
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-    {
-        ::getrlimit(RLIMIT_FSIZE, &m_before);
-        struct rlimit limit = m_before;
-        limit.rlim_cur = bytes;
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-        // A write fails then, as on a full disk.
-        std::signal(SIGXFSZ, SIG_IGN);
-    }
-    ~FileSizeLimit()
-    {
-        ::setrlimit(RLIMIT_FSIZE, &m_before);
-        std::signal(SIGXFSZ, SIG_DFL);
-    }
-
-private:
-    struct rlimit m_before = {};
 };
 
 } // namespace
