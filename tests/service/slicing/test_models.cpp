@@ -1,6 +1,10 @@
 #include "test_models.h"
 
+#include <service/slicing/zip_archive.h>
+
+#include <QBuffer>
 #include <QByteArrayList>
+#include <QtEndian>
 
 #include <zlib.h>
 
@@ -185,6 +189,30 @@ QByteArray zipOf(const std::vector<std::pair<QByteArray, QByteArray>>& files)
     append(archive, start);
     append(archive, static_cast<quint16>(0));
     return archive;
+}
+
+QByteArray withNumber(QByteArray archive, int offset, quint32 number, int bytes)
+{
+    const quint32 little = qToLittleEndian(number);
+    for (int at = 0; (at = archive.indexOf("PK\1\2", at)) >= 0; at += 4)
+        archive.replace(at + offset, bytes, reinterpret_cast<const char*>(&little), bytes);
+    return archive;
+}
+
+std::vector<std::pair<QByteArray, QByteArray>> filesOf(QByteArray archive)
+{
+    QBuffer buffer(&archive);
+    buffer.open(QIODevice::ReadOnly);
+    service::ZipReader reader(buffer);
+    std::vector<std::pair<QByteArray, QByteArray>> files;
+    for (const service::ZipEntry& entry : reader.entries()) {
+        QByteArray bytes;
+        reader.read(entry, [&](const char* piece, qint64 size) {
+            bytes.append(piece, static_cast<int>(size));
+        });
+        files.emplace_back(QByteArray::fromStdString(entry.name), bytes);
+    }
+    return files;
 }
 
 } // namespace trovek

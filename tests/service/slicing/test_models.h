@@ -29,4 +29,10 @@ struct Block
 /** A ZIP archive of files that are not compressed. */
 QByteArray zipOf(const std::vector<std::pair<QByteArray, QByteArray>>& files);
 
+/** The archive, with one of its directory's numbers changed for all files. */
+QByteArray withNumber(QByteArray archive, int offset, quint32 number, int bytes = 4);
+
+/** The names of an archive's files and what is in them. @throws std::runtime_error */
+std::vector<std::pair<QByteArray, QByteArray>> filesOf(QByteArray archive);
+
 } // namespace trovek
