@@ -151,8 +151,13 @@ void FaultScene::plugIn()
 
 void FaultScene::unplug()
 {
-    const std::string port = portName();
     witness.simulateUnplug(key.name());
+    waitUntilUnplugged();
+}
+
+void FaultScene::waitUntilUnplugged()
+{
+    const std::string port = portName();
     waitUntil("the port has gone",
               [&] { return !hasPort(facade, port) && !hasPort(witness, port); });
     settle();
@@ -238,6 +243,7 @@ void FaultScene::breakIt(const SimulatedFault& fault)
 void FaultScene::breakIt(FaultKind kind)
 {
     const std::string method = m_operation.method;
+    m_pullsCable = kind == FaultKind::UnplugAtOnce || kind == FaultKind::UnplugDuring;
     switch (kind) {
     case FaultKind::Late:
         breakIt(SimulatedFault::late(method, kLateMs));
@@ -337,6 +343,15 @@ void FaultScene::endServiceInTheMiddle(bool kill)
     ready.get_future().wait();
 }
 
+bool FaultScene::hasFailed()
+{
+    try {
+        return witness.simulatedFaults().empty();
+    } catch (const std::exception&) {
+        return true;
+    }
+}
+
 void FaultScene::joinBreaker()
 {
     if (!m_breaker)
@@ -359,6 +374,9 @@ void FaultScene::repair()
     }
     if (!witness.isConnected())
         witness.connectToDaemon(m_address);
+    // The news of it come after the error of the request.
+    if (m_pullsCable && hasFailed())
+        waitUntilUnplugged();
     witness.clearSimulatedFaults();
     cancelJobs();
     // What was begun is over before a window looks again.

@@ -38,6 +38,8 @@ public:
     /** Lets the next request of the operation's method meet the fault. */
     void breakIt(FaultKind kind);
     void breakIt(const SimulatedFault& fault);
+    /** Whether the request has come that was to fail. */
+    bool hasFailed();
     /** Waits for what ends the service in the middle of a request. */
     void joinBreaker();
     /** Everything is as it was in the beginning, but for what the windows have done. */
@@ -76,6 +78,7 @@ private:
     void connectClients();
     void plugIn();
     void unplug();
+    void waitUntilUnplugged();
     void openMachine();
     void waitUntilSeen(bool present);
     void endServiceInTheMiddle(bool kill);
@@ -91,6 +94,8 @@ private:
     std::unique_ptr<Daemon> m_daemon;
     Address m_address = Address::local(std::string());
     std::unique_ptr<QThread> m_breaker;
+    /** The request takes the machine away. */
+    bool m_pullsCable = false;
     std::atomic<bool> m_isOver{false};
 
 public:

@@ -173,6 +173,8 @@ WindowOperation machines()
 {
     WindowOperation made = lookingUp("firmware, machines", "getuploadablemachines");
     made.special[FaultKind::OddList] = tells("", Verdict::NotDone, 0);
+    // The next request may find it out.
+    made.special[FaultKind::DropAfter].logged = -1;
     return made;
 }
 
@@ -181,7 +183,6 @@ WindowOperation versions()
     WindowOperation made = lookingUp("firmware, versions", "getmachineversions");
     made.special[FaultKind::OddList] = tells("", Verdict::NotDone, 2);
     made.special[FaultKind::OddList].error = QStringLiteral("Firmware version left out");
-    // The link that the first request needs is gone already.
     return made;
 }
 

@@ -186,7 +186,8 @@ protected:
     static void choose(ModalDriver& driver)
     {
         driver.expect([](QDialog* backups) {
-            QVERIFY(backups->findChild<QListWidget*>()->count() > 0);
+            const auto* const list = backups->findChild<QListWidget*>();
+            QVERIFY(list != nullptr && list->count() > 0);
             pressButton(backups, QStringLiteral("&Load"));
         });
     }
@@ -213,13 +214,12 @@ public:
     {
         RecordingTrovek& witness = m_scene.witness;
         witness.simulateUnplug(m_scene.key.name());
-        QTRY_COMPARE(told(), kGone);
+        QTRY_COMPARE_WITH_TIMEOUT(told(), kGone, 20000);
         witness.simulatePlugIn(m_scene.key.name());
         const std::string port = m_scene.portName();
-        QTRY_VERIFY(!witness.ports().empty() && hasPort(witness, port));
+        QTRY_VERIFY_WITH_TIMEOUT(hasPort(witness, port), 20000);
         witness.connectToPort(witness.portFromName(port));
-        QTRY_VERIFY(isDone() || !m_scene.facade.isConnected() ||
-                    (told() != kGone && told() != QLatin1String("The printer is getting ready.")));
+        QTRY_VERIFY_WITH_TIMEOUT(m_scene.hasFailed(), 20000);
     }
     bool isDone() override { return form().isEnabled(); }
 
@@ -399,6 +399,8 @@ WindowOperation readingBackup()
     made.refused = made.broken =
         verdict({QStringLiteral("Failed to read the backups"), QStringLiteral("%1")});
     completeForOpenWindow(made);
+    // The list cannot be asked for.
+    made.special[FaultKind::StopUnseen].isAsked = false;
     made.special[FaultKind::OddObject] = verdict(
         {QStringLiteral("Failed to load onboard preferences"), QStringLiteral("The backup of ")});
     made.special[FaultKind::OddObject].error = QString();
@@ -416,6 +418,9 @@ WindowOperation readingAgain()
     completeForOpenWindow(made);
     made.special[FaultKind::OddObject] = with(made.broken, kOther);
     made.special[FaultKind::OddObject].error = QString();
+    made.special[FaultKind::OddObject].logged = 2;
+    // It is read, and gone again.
+    made.special[FaultKind::DropAfter].effect = Verdict::NotDone;
     made.notMet = {FaultKind::StopUnseen, FaultKind::OtherFirmware, FaultKind::OtherPort};
     return made;
 }
@@ -424,8 +429,12 @@ WindowOperation readingAgain()
 
 std::vector<WindowOperation> onboardOperations()
 {
-    return {opening(), writing(),       resetting(),   readingAfterReset(),
-            listing(), readingBackup(), readingAgain()};
+    return {opening(), writing(), resetting(), readingAfterReset(), readingAgain()};
+}
+
+std::vector<WindowOperation> backupOperations()
+{
+    return {listing(), readingBackup()};
 }
 
 } // namespace trovek

@@ -102,6 +102,7 @@ struct WindowOperation
 std::vector<WindowOperation> directControlOperations();
 std::vector<WindowOperation> controlPanelOperations();
 std::vector<WindowOperation> onboardOperations();
+std::vector<WindowOperation> backupOperations();
 std::vector<WindowOperation> makeGCodeOperations();
 std::vector<WindowOperation> makeThingOperations();
 std::vector<WindowOperation> profileCheckOperations();
