@@ -21,7 +21,10 @@ void control(ServiceManager& manager, Action action)
         if (failure.empty())
             return;
         TROVEK_LOG(0) << failure << std::endl;
-        message::WindowsServiceError(nullptr).exec();
+        message::WindowsServiceError notice(nullptr);
+        notice.exec();
+        // Without a parent nobody else would.
+        delete notice.box();
     } catch (const std::exception& e) {
         TROVEK_LOG(0) << e.what() << std::endl;
     }

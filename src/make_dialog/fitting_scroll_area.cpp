@@ -49,6 +49,12 @@ FittingScrollArea::FittingScrollArea(QWidget* parent)
     window()->installEventFilter(this);
 }
 
+FittingScrollArea::~FittingScrollArea()
+{
+    // The focus leaves the content while it is destroyed, when only the widget is left of the area.
+    disconnect(qApp, nullptr, this, nullptr);
+}
+
 QSize FittingScrollArea::sizeHint() const
 {
     if (widget() == nullptr)

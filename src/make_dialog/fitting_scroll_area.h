@@ -15,6 +15,7 @@ class FittingScrollArea : public VerticalScrollArea
 {
 public:
     explicit FittingScrollArea(QWidget* parent = nullptr);
+    ~FittingScrollArea() override;
 
     QSize sizeHint() const override;
 
