@@ -282,8 +282,6 @@ bool BuiltInProfileWidget::Private::compareWithPreset()
     if (isKnown(rightMaterial))
         expected.emplace(defaultsOf(preset), rightMaterial);
     const PresetValues* const values = expected ? &*expected : nullptr;
-    // A machine without it has no use for a value that the user cannot even change back.
-    const PresetValues* const platformValues = hasHeatedPlatform ? values : nullptr;
 
     bool differs = false;
     differs |= mark(form.infillLabel, form.infill, &PresetValues::infillPercent, values);
@@ -292,7 +290,7 @@ bool BuiltInProfileWidget::Private::compareWithPreset()
     differs |= mark(form.rightTemperatureLabel, form.rightTemperature,
                     &PresetValues::extruderCelsius, values);
     differs |= mark(form.platformTemperatureLabel, form.platformTemperature,
-                    &PresetValues::platformCelsius, platformValues);
+                    &PresetValues::platformCelsius, values);
     differs |=
         mark(form.extrudingSpeedLabel, form.extrudingSpeed, &PresetValues::printSpeed, values);
     differs |=

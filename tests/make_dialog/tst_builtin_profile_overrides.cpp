@@ -15,7 +15,7 @@ private slots:
     void hasNoMarkAfterAFill();
     void comparesAsShown_data();
     void comparesAsShown();
-    void saysNothingOfThePlatformThatIsNotThere();
+    void comparesThePlatformAlsoWhereThereIsNone();
     void tellsOnceOfEachSetter();
     void tellsOfEveryChangeByTheUser();
     void revertsToTheDefaults();
@@ -153,7 +153,7 @@ void tst_BuiltInProfileOverrides::comparesAsShown()
     QTEST(form.marked(), "marked");
 }
 
-void tst_BuiltInProfileOverrides::saysNothingOfThePlatformThatIsNotThere()
+void tst_BuiltInProfileOverrides::comparesThePlatformAlsoWhereThereIsNone()
 {
     TestLog log;
     ProfileNumbers form;
@@ -161,12 +161,12 @@ void tst_BuiltInProfileOverrides::saysNothingOfThePlatformThatIsNotThere()
     QCOMPARE(form.takeSignals(), QStringList("1:yes"_s));
 
     form.widget.setHasHeatedPlatform(false);
-    QCOMPARE(form.takeSignals(), QStringList("1:no"_s));
-    QCOMPARE(form.marked(), QStringList());
-
-    form.widget.setHasHeatedPlatform(true);
     QCOMPARE(form.takeSignals(), QStringList("1:yes"_s));
     QCOMPARE(form.marked(), QStringList("platformTemperature"_s));
+
+    form.spin("platformTemperature")->setValue(110);
+    QCOMPARE(form.takeSignals(), QStringList("1:no"_s));
+    QCOMPARE(form.marked(), QStringList());
 }
 
 void tst_BuiltInProfileOverrides::tellsOnceOfEachSetter()
