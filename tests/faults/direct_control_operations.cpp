@@ -244,6 +244,9 @@ std::vector<WindowOperation> directControlOperations()
     Verdict& failed = stop.special[FaultKind::UnplugAtOnce];
     failed.logged = 0;
     failed.effect = Verdict::Either;
+    // Nor does it last for as long as the window waits.
+    stop.special[FaultKind::Never] = stop.broken;
+    stop.special[FaultKind::Never].effect = Verdict::Either;
 
     std::vector<WindowOperation> operations = {home, calibrate, jog, stop};
     for (WindowOperation& one : operations) {
