@@ -244,6 +244,7 @@ void FaultScene::breakIt(FaultKind kind)
 {
     const std::string method = m_operation.method;
     m_pullsCable = kind == FaultKind::UnplugAtOnce || kind == FaultKind::UnplugDuring;
+    m_endsLink = kind == FaultKind::DropBefore || kind == FaultKind::DropAfter;
     switch (kind) {
     case FaultKind::Late:
         breakIt(SimulatedFault::late(method, kLateMs));
@@ -374,9 +375,11 @@ void FaultScene::repair()
     }
     if (!witness.isConnected())
         witness.connectToDaemon(m_address);
-    // The news of it come after the error of the request.
+    // The news of it come after the answer of the request.
     if (m_pullsCable && hasFailed())
         waitUntilUnplugged();
+    if (m_endsLink && hasFailed())
+        waitUntil("the client hears of the end", [this] { return !facade.isConnected(); });
     witness.clearSimulatedFaults();
     cancelJobs();
     // What was begun is over before a window looks again.

@@ -96,6 +96,7 @@ private:
     std::unique_ptr<QThread> m_breaker;
     /** The request takes the machine away. */
     bool m_pullsCable = false;
+    bool m_endsLink = false;
     std::atomic<bool> m_isOver{false};
 
 public:
