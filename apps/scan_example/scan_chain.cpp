@@ -56,6 +56,15 @@ std::vector<Point> landmarks(const PointCloud& cloud)
     return found;
 }
 
+/** It is deleted after its answer, or with its owner: a client that has gone answers nothing. */
+template <typename Request>
+Request* makeRequest(QObject* owner)
+{
+    auto* const request = new Request;
+    request->setParent(owner);
+    return request;
+}
+
 } // namespace
 
 ScanChain::ScanChain(trovek::TrovekQt& facade, QObject* parent)
@@ -148,7 +157,7 @@ void ScanChain::forget()
 template <typename Request, typename Set>
 void ScanChain::request(Set set, Next next)
 {
-    auto* const asking = new FinishedOrFailedMethod<Request>;
+    auto* const asking = makeRequest<FinishedOrFailedMethod<Request>>(this);
     set(*asking);
     connect(asking, &FinishedOrFailedQObject::finished, this, [this, next, time = m_time] {
         if (time == m_time)
@@ -165,7 +174,7 @@ void ScanChain::request(Set set, Next next)
 
 void ScanChain::createCloud(Next next)
 {
-    auto* const asking = new PointCloudCreate;
+    auto* const asking = makeRequest<PointCloudCreate>(this);
     connect(asking, &PointCloudCreate::pointCloudIdReceived, this,
             [this, next, time = m_time](PointCloudID id) {
                 if (time != m_time)
@@ -188,7 +197,7 @@ void ScanChain::createMesh(Next next)
         next();
         return;
     }
-    auto* const asking = new MeshCreate;
+    auto* const asking = makeRequest<MeshCreate>(this);
     connect(asking, &MeshCreate::meshIdReceived, this, [this, next, time = m_time](MeshID id) {
         if (time != m_time)
             return;
@@ -214,7 +223,7 @@ void ScanChain::destroyAll()
 
 void ScanChain::scanInto(PointCloudID cloud, Next next)
 {
-    auto* const asking = new CreateJobMethod<scan>;
+    auto* const asking = makeRequest<CreateJobMethod<scan>>(this);
     asking->setPointCloud(cloud);
     asking->setSteps(m_pictures);
     m_afterScan = std::move(next);
