@@ -72,8 +72,6 @@ WindowOperation operation(const char* name, const char* method, const char* butt
     made.method = method;
     made.answerIsRead = false;
     made.isOpen = !opensPort;
-    made.success.effect = Verdict::Done;
-    made.success.logged = 0;
     made.refused.messages = {message};
     made.broken.messages = {message};
     // There is no port that a button could be for.

@@ -190,8 +190,6 @@ WindowOperation operation(const char* name, const char* method, int deadlineMs, 
     made.name = name;
     made.method = method;
     made.deadlineMs = deadlineMs;
-    made.success.effect = Verdict::Done;
-    made.success.logged = 0;
     made.refused = tells(told);
     made.broken = tells(told);
     return made;

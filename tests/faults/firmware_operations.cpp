@@ -123,21 +123,6 @@ public:
     bool isOpen() override { return !isDone(); }
 };
 
-template <typename Window>
-WindowOperation operation(const char* name, const char* method, int deadlineMs)
-{
-    WindowOperation made;
-    made.name = name;
-    made.method = method;
-    made.deadlineMs = deadlineMs;
-    made.success.effect = Verdict::Done;
-    made.success.logged = 0;
-    made.open = [](FaultScene& scene) {
-        return std::make_unique<Window>(scene);
-    };
-    return made;
-}
-
 Verdict tells(const char* text, Verdict::Effect effect = Verdict::NotDone, int logged = 1)
 {
     Verdict made;

@@ -21,8 +21,6 @@ WindowOperation making(const char* name, const char* method, MakeWindow::Dialog 
     WindowOperation made;
     made.name = name;
     made.method = method;
-    made.success.effect = Verdict::Done;
-    made.success.logged = 0;
     made.refused = shows(kServiceError);
     made.broken = shows(kNotStarted);
     made.namedErrors = {{wire::makeError("PrintQueuedException", "It prints"), shows(kBusy)}};

@@ -16,6 +16,9 @@ namespace trovek {
 
 namespace {
 
+/** Writing and reading a whole memory takes its time. */
+constexpr int kDeadlineMs = 180000;
+
 const QString kGone = QStringLiteral("The printer is not connected. Connect it again to go on.");
 const QString kOther = QStringLiteral("The printer has come back with other preferences");
 
@@ -256,21 +259,6 @@ Verdict isGone()
     return made;
 }
 
-template <typename Window>
-WindowOperation operation(const char* name, const char* method)
-{
-    WindowOperation made;
-    made.name = name;
-    made.method = method;
-    made.deadlineMs = 180000;
-    made.success.effect = Verdict::Done;
-    made.success.logged = 0;
-    made.open = [](FaultScene& scene) {
-        return std::make_unique<Window>(scene);
-    };
-    return made;
-}
-
 JsonRpcException exceptionOf(const char* name)
 {
     Json::Value data(Json::objectValue);
@@ -302,7 +290,8 @@ void completeForOpenWindow(WindowOperation& operation)
 
 WindowOperation opening()
 {
-    WindowOperation made = operation<Opening>("onboard preferences, open", "read_eeprom");
+    WindowOperation made =
+        operation<Opening>("onboard preferences, open", "read_eeprom", kDeadlineMs);
     made.refused = made.broken = verdict(
         cannotShow("An error occurred displaying onboard preferences for firmware version 7.5."));
     // A memory of which nothing is known to anybody.
@@ -323,7 +312,8 @@ WindowOperation opening()
 
 WindowOperation writing()
 {
-    WindowOperation made = operation<Writing>("onboard preferences, write", "write_eeprom");
+    WindowOperation made =
+        operation<Writing>("onboard preferences, write", "write_eeprom", kDeadlineMs);
     made.answerIsRead = false;
     made.success.messages = {{QStringLiteral("Successfully updated onboard preferences")}};
     made.broken = verdict({QStringLiteral("Failed to save onboard preferences")});
@@ -346,7 +336,7 @@ const QStringList kFailedReset = {
 WindowOperation resetting()
 {
     WindowOperation made =
-        operation<Resetting>("onboard preferences, reset", "reset_eeprom_completely");
+        operation<Resetting>("onboard preferences, reset", "reset_eeprom_completely", kDeadlineMs);
     made.answerIsRead = false;
     made.success.messages = {{QStringLiteral("Successfully reset onboard preferences")}};
     made.broken = verdict(kFailedReset);
@@ -363,7 +353,7 @@ WindowOperation resetting()
 WindowOperation readingAfterReset()
 {
     WindowOperation made =
-        operation<Resetting>("onboard preferences, read after a reset", "read_eeprom");
+        operation<Resetting>("onboard preferences, read after a reset", "read_eeprom", kDeadlineMs);
     made.success.messages = {{QStringLiteral("Successfully reset onboard preferences")}};
     made.refused = made.broken = verdict(
         kFailedReset, QStringLiteral("The printer's preferences may not be those shown here."));
@@ -377,8 +367,8 @@ WindowOperation readingAfterReset()
 
 WindowOperation listing()
 {
-    WindowOperation made =
-        operation<Loading>("onboard preferences, list of backups", "list_eeprom_backups");
+    WindowOperation made = operation<Loading>("onboard preferences, list of backups",
+                                              "list_eeprom_backups", kDeadlineMs);
     made.deadlineMs = 10000;
     made.success.hasResult = true;
     made.success.told = QStringLiteral("The backup of ");
@@ -392,8 +382,8 @@ WindowOperation listing()
 
 WindowOperation readingBackup()
 {
-    WindowOperation made =
-        operation<LoadingOfListed>("onboard preferences, read a backup", "read_eeprom_backup");
+    WindowOperation made = operation<LoadingOfListed>("onboard preferences, read a backup",
+                                                      "read_eeprom_backup", kDeadlineMs);
     made.deadlineMs = 10000;
     made.success.told = QStringLiteral("The backup of ");
     made.refused = made.broken =
@@ -409,8 +399,8 @@ WindowOperation readingBackup()
 
 WindowOperation readingAgain()
 {
-    WindowOperation made =
-        operation<ReadingAgain>("onboard preferences, read when it returns", "read_eeprom");
+    WindowOperation made = operation<ReadingAgain>("onboard preferences, read when it returns",
+                                                   "read_eeprom", kDeadlineMs);
     made.refused = made.broken =
         verdict({QStringLiteral("Error reading onboard preferences"),
                  QStringLiteral("An error occurred while reading the EEPROM.")},

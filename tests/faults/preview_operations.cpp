@@ -66,20 +66,6 @@ public:
     bool isDone() override { return !isSlicing() && find<QPushButton>("mainButton").isEnabled(); }
 };
 
-template <typename Window>
-WindowOperation operation(const char* name, const char* method)
-{
-    WindowOperation made;
-    made.name = name;
-    made.method = method;
-    made.success.effect = Verdict::Done;
-    made.success.logged = 0;
-    made.open = [](FaultScene& scene) {
-        return std::make_unique<Window>(scene);
-    };
-    return made;
-}
-
 WindowOperation slicing()
 {
     WindowOperation made = operation<Preview>("preview, slice", "slice");

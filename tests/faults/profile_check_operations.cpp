@@ -60,8 +60,6 @@ WindowOperation operation(const char* name, const char* method, const char* stra
     WindowOperation made;
     made.name = name;
     made.method = method;
-    made.success.effect = Verdict::Done;
-    made.success.logged = 0;
     made.open = [=](FaultScene& scene) {
         return std::make_unique<PrintWithProfile>(scene, strandel, isUpgraded);
     };

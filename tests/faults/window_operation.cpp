@@ -4,6 +4,14 @@ namespace trovek {
 
 WindowInUse::~WindowInUse() = default;
 
+Verdict Verdict::done()
+{
+    Verdict verdict;
+    verdict.effect = Done;
+    verdict.logged = 0;
+    return verdict;
+}
+
 Verdict WindowOperation::verdictOf(FaultKind kind) const
 {
     if (const auto found = special.find(kind); found != special.end())

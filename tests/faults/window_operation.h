@@ -50,6 +50,9 @@ struct Verdict
 {
     enum Effect { Done, NotDone, Either };
 
+    /** What the button says, without a word. */
+    static Verdict done();
+
     /** Read and closed with "OK", in order; the beginnings of the texts. "%1" is the error's. */
     QList<QStringList> messages;
     /** The beginning of what stands in the window. */
@@ -74,7 +77,8 @@ struct WindowOperation
     int deadlineMs = 10000;
     std::function<std::unique_ptr<WindowInUse>(FaultScene&)> open;
 
-    Verdict success;
+    /** Nothing is wrong. */
+    Verdict success = Verdict::done();
     /** The service answers an error. */
     Verdict refused;
     /** There is no answer, or an odd one. */
@@ -98,6 +102,19 @@ struct WindowOperation
 
     Verdict verdictOf(FaultKind kind) const;
 };
+
+template <typename Window>
+WindowOperation operation(const char* name, const char* method, int deadlineMs = 10000)
+{
+    WindowOperation made;
+    made.name = name;
+    made.method = method;
+    made.deadlineMs = deadlineMs;
+    made.open = [](FaultScene& scene) {
+        return std::make_unique<Window>(scene);
+    };
+    return made;
+}
 
 std::vector<WindowOperation> directControlOperations();
 std::vector<WindowOperation> controlPanelOperations();
