@@ -1,3 +1,5 @@
+#include "support/test_file.h"
+
 #include <gcode/file_access.h>
 
 #include <QDir>
@@ -12,22 +14,10 @@
 #include <unistd.h>
 #endif
 
+using namespace trovek;
 using namespace trovek::service;
 
 namespace {
-
-QByteArray contents(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
-}
-
-void makeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(bytes), qint64(bytes.size()));
-}
 
 template <typename Open>
 QString thrownBy(Open open, const QString& path)

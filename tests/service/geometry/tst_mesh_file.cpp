@@ -1,4 +1,5 @@
 #include "shapes.h"
+#include "support/test_file.h"
 
 #include <geometry/mesh_file.h>
 
@@ -12,6 +13,8 @@
 #include <optional>
 
 using namespace shapes;
+using trovek::contents;
+using trovek::makeFile;
 
 namespace {
 
@@ -106,19 +109,6 @@ std::string textStl(const std::string& vertex)
 {
     return "solid a name\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex " + vertex +
            "\nvertex 0 1 0\nendloop\nendfacet\nendsolid a name\n";
-}
-
-QByteArray contents(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
-}
-
-void makeFile(const QString& path, const std::string& bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(bytes.data(), qint64(bytes.size())), qint64(bytes.size()));
 }
 
 } // namespace
@@ -714,7 +704,7 @@ void tst_MeshFile::replacesAFileAsAWhole()
 {
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("part.obj"));
-    makeFile(path, std::string(100000, 'x'));
+    makeFile(path, QByteArray(100000, 'x'));
     saveMesh({{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {{0, 1, 2}}}, path.toStdString(), MeshFormat::Obj);
     QCOMPARE(contents(path), QByteArray(kTriangleObj));
 }

@@ -1,5 +1,6 @@
 #include "shapes.h"
 #include "support/file_size_limit.h"
+#include "support/test_file.h"
 
 #include <geometry/point_cloud_file.h>
 
@@ -12,6 +13,8 @@
 #include <limits>
 
 using namespace shapes;
+using trovek::contents;
+using trovek::makeFile;
 
 namespace {
 
@@ -48,19 +51,6 @@ std::string plyOf(const std::string& properties, const std::string& body)
 
 const std::string kPlace = "property float x\nproperty float y\nproperty float z\n";
 const std::string kNormal = "property float nx\nproperty float ny\nproperty float nz\n";
-
-QByteArray contents(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
-}
-
-void makeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(bytes), qint64(bytes.size()));
-}
 
 } // namespace
 
